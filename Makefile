@@ -1,0 +1,62 @@
+# The front door. Each target first makes sure that what it needs is installed.
+#
+#   make              build the bundle at build/Corvane.app and the link build/corvanectl
+#   make run          a sample Mac, kept up to date in front of you
+#   make test         build, tests, format and layer checks
+#   make bench        every figure in one run
+#   make screenshots  every window in its states, drawn without a display
+#   make format       clang-format over the sources
+#   make lint         clang-tidy over the sources
+#   make docs         write the generated documents anew
+#   make clean        remove build/
+
+SHELL := /bin/sh
+export CCACHE_BASEDIR := $(CURDIR)
+export CCACHE_NOHASHDIR := 1
+SOURCES = $(shell git ls-files '*.cpp' '*.h' 2>/dev/null)
+
+.PHONY: all bundle run test asan tsan bench screenshots format lint docs clean bootstrap
+all: bundle
+
+bootstrap:
+	@tools/bootstrap
+
+build/%/build.ninja: CMakePresets.json | bootstrap
+	@cmake --preset $*
+
+bundle: build/release/build.ninja
+	@cmake --build --preset release
+	@ln -sfn Corvane.app/Contents/MacOS/corvanectl build/corvanectl
+
+run: bundle
+	@tools/run
+
+test: build/debug/build.ninja
+	cmake --build --preset debug
+	ctest --preset debug
+	tools/check_format
+	tools/check_layers
+
+asan tsan: %: build/%/build.ninja
+	cmake --build --preset $@
+	ctest --preset $@
+
+bench: bundle
+	@tools/bench
+
+screenshots: bundle
+	@tools/screenshots
+
+format: bootstrap
+	@clang-format-14 -i $(SOURCES)
+
+lint: build/debug/build.ninja
+	@tools/bootstrap --lint
+	@tools/lint
+
+docs: build/debug/build.ninja
+	@cmake --build --preset debug --target corvane_core_preferences_tests
+	@CORVANE_UPDATE_DOCS=1 build/debug/tests/corvane_core_preferences_tests --gtest_filter='*Document*'
+
+clean:
+	@rm -rf build
