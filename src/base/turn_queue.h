@@ -1,0 +1,76 @@
+// Posts and timers in their one order. It never waits: whoever drives it does (libuv, Qt's loop through
+// libuv, or virtual time), so the order that tests prove is the order that runs.
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "base/main_queue.h"
+
+namespace corvane {
+
+// The two clocks a turn queue reads. Both are called on the main thread.
+struct TurnClock {
+  std::function<SteadyTime()> steady;
+  std::function<Date()> wall;
+};
+
+class TurnQueue final : public MainQueue {
+ public:
+  // `wake` is called from any thread when there is something to do sooner than the driver believes.
+  TurnQueue(TurnClock clock, std::function<void()> wake);
+  ~TurnQueue() override;
+
+  void post(Task task) override;
+  Lease after(Duration delay, Task task, Duration leeway) override;
+  Lease every(Duration interval, std::move_only_function<void()> task, Duration leeway) override;
+  Lease at(Date date, Task task) override;
+  [[nodiscard]] bool isMainThread() const override;
+
+  // Runs what is ready: first all posts made before the call, then the timers that are due, in the
+  // order (due, armed); posts made by a timer run before the next timer. Gives whether anything ran.
+  bool runReady();
+
+  // How long the driver may wait: zero when posts stand ready, absent when nothing is armed. Wall-time
+  // alarms are looked at no later than a minute from now, so that a set clock is noticed.
+  [[nodiscard]] std::optional<Duration> timeToNext() const;
+
+  // True while posts wait to run.
+  [[nodiscard]] bool hasPosts() const;
+
+ private:
+  struct Timer {
+    bool wall = false;
+    Duration interval{};  // zero: once
+    std::move_only_function<void()> task;
+    SteadyTime steadyDue{};
+    Date wallDue{};
+  };
+  using SteadyKey = std::pair<SteadyTime, std::uint64_t>;
+  using WallKey = std::pair<Date, std::uint64_t>;
+  struct Cancelled;
+
+  Lease arm(std::shared_ptr<Timer> timer);
+  void enqueue(const std::shared_ptr<Timer>& timer, std::uint64_t id);
+  bool runPosts();
+  bool runOneTimer(SteadyTime steadyLimit, Date wallLimit, std::uint64_t lastId);
+
+  TurnClock clock_;
+  std::function<void()> wake_;
+  std::thread::id mainThread_;
+  mutable std::mutex postsMutex_;
+  std::deque<Task> posts_;
+  std::uint64_t nextId_ = 1;
+  std::map<SteadyKey, std::shared_ptr<Timer>> steadyTimers_;
+  std::map<WallKey, std::shared_ptr<Timer>> wallTimers_;
+  std::shared_ptr<TurnQueue*> self_;
+};
+
+}  // namespace corvane

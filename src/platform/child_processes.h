@@ -1,0 +1,58 @@
+// Child processes with an argument vector and an environment built from nothing.
+#pragma once
+
+#include <sys/types.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "base/date.h"
+#include "base/error.h"
+#include "base/task.h"
+
+namespace corvane {
+
+struct ChildSpec {
+  std::string executable;                                         // absolute path; no search, no shell
+  std::vector<std::string> arguments;                             // without argv[0]
+  std::vector<std::pair<std::string, std::string>> environment;  // the whole of it
+  std::string folder = "/";
+  std::optional<std::pair<uid_t, gid_t>> runAs;  // supplementary groups are dropped
+  std::optional<Duration> timeLimit;             // then the child's process group is terminated, and killed 5 s later
+  std::size_t outputLimit = 4U << 20U;           // bytes kept a stream; what is over is read and dropped
+  bool detached = false;                         // a session of its own that outlives us; output goes nowhere
+};
+
+struct ChildExit {
+  int code = 0;            // 128 + signal when ended by one
+  bool timedOut = false;
+  std::string output;      // standard output
+  std::string errors;      // standard error
+};
+
+// Kills the child's process group when it is asked to. Dying does nothing.
+class ChildHandle {
+ public:
+  virtual ~ChildHandle() = default;
+  [[nodiscard]] virtual pid_t pid() const = 0;
+  virtual void kill() = 0;
+};
+
+// Main thread.
+class ChildProcesses {
+ public:
+  virtual ~ChildProcesses() = default;
+
+  // Starts a child in a process group of its own. `onLine`, when given, gets each line of standard output
+  // and standard error as it comes. `done` runs once in a later turn, after both streams have ended and
+  // the child was reaped; a child that cannot be started fails there too.
+  virtual std::shared_ptr<ChildHandle> start(ChildSpec spec, std::function<void(std::string_view)> onLine,
+                                             Completion<Result<ChildExit>> done) = 0;
+};
+
+}  // namespace corvane

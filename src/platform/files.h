@@ -1,0 +1,33 @@
+// Small files: state, locks' neighbours, logs. Bundle and label scans read the tree directly instead.
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "base/date.h"
+#include "base/error.h"
+
+namespace corvane {
+
+// Any thread. The real adapter is base's atomic files; the scripted one fails to order.
+class Files {
+ public:
+  virtual ~Files() = default;
+  [[nodiscard]] virtual Result<std::string> read(const std::filesystem::path& path) const = 0;
+  [[nodiscard]] virtual Status replace(const std::filesystem::path& path, std::string_view bytes, mode_t mode) = 0;
+  // Appends in one write to a file opened for appending, which is made when missing. With `makeFolders` the
+  // folders above it too.
+  [[nodiscard]] virtual Status append(const std::filesystem::path& path, std::string_view bytes, mode_t mode) = 0;
+  [[nodiscard]] virtual Status makeFolders(const std::filesystem::path& folder) = 0;
+  [[nodiscard]] virtual Status rename(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
+  [[nodiscard]] virtual Status remove(const std::filesystem::path& path) = 0;
+  [[nodiscard]] virtual bool exists(const std::filesystem::path& path) const = 0;
+  [[nodiscard]] virtual std::optional<Date> modified(const std::filesystem::path& path) const = 0;
+  [[nodiscard]] virtual std::optional<std::uint64_t> size(const std::filesystem::path& path) const = 0;
+};
+
+}  // namespace corvane
