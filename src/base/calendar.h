@@ -12,8 +12,8 @@ namespace corvane {
 
 struct LocalTime {
   std::chrono::year_month_day day;
-  std::chrono::minutes sinceMidnight{};   // whole minutes of the local clock
-  std::chrono::seconds offset{};          // east of UTC
+  std::chrono::minutes sinceMidnight{};  // whole minutes of the local clock
+  std::chrono::seconds offset{};         // east of UTC
 };
 
 // A cheap value. Local times in a skipped hour move forward by the gap; of a doubled hour the first counts.
@@ -42,7 +42,11 @@ class Calendar {
 
  private:
   explicit Calendar(const void* zone) : zone_(zone) {}
-  const void* zone_;  // of the time-zone database, which lives as long as the process
+  [[nodiscard]] std::chrono::seconds offsetAt(Date date) const;
+  // The instant at which the local clock, read as if it were UTC, shows `wall` since 1970.
+  [[nodiscard]] Date fromWall(Duration wall) const;
+
+  const void* zone_;  // of the time-zone database, which lives as long as the process; null is plain UTC
 };
 
 }  // namespace corvane

@@ -39,8 +39,10 @@ class TurnQueue final : public MainQueue {
   bool runReady();
 
   // How long the driver may wait: zero when posts stand ready, absent when nothing is armed. Wall-time
-  // alarms are looked at no later than a minute from now, so that a set clock is noticed.
-  [[nodiscard]] std::optional<Duration> timeToNext() const;
+  // alarms are looked at no later than a minute from now, so that a set clock is noticed. With leeway used,
+  // alarms that allow it wait for one another.
+  enum class Leeway { unused, used };
+  [[nodiscard]] std::optional<Duration> timeToNext(Leeway leeway = Leeway::unused) const;
 
   // True while posts wait to run.
   [[nodiscard]] bool hasPosts() const;
@@ -49,18 +51,27 @@ class TurnQueue final : public MainQueue {
   struct Timer {
     bool wall = false;
     Duration interval{};  // zero: once
+    Duration leeway{};
     std::move_only_function<void()> task;
     SteadyTime steadyDue{};
     Date wallDue{};
+    std::uint64_t id = 0;  // the order of arming
+    bool cancelled = false;
   };
   using SteadyKey = std::pair<SteadyTime, std::uint64_t>;
   using WallKey = std::pair<Date, std::uint64_t>;
-  struct Cancelled;
+  struct Instant {
+    SteadyTime steady;
+    Date wall;
+  };
 
   Lease arm(std::shared_ptr<Timer> timer);
-  void enqueue(const std::shared_ptr<Timer>& timer, std::uint64_t id);
+  void enqueue(const std::shared_ptr<Timer>& timer);
+  void dequeue(const Timer& timer);
+  void cancel(Timer& timer);
   bool runPosts();
-  bool runOneTimer(SteadyTime steadyLimit, Date wallLimit, std::uint64_t lastId);
+  std::shared_ptr<Timer> takeDue(const Instant& now, std::uint64_t armedBefore);
+  void fire(const std::shared_ptr<Timer>& timer, SteadyTime now);
 
   TurnClock clock_;
   std::function<void()> wake_;
@@ -68,6 +79,7 @@ class TurnQueue final : public MainQueue {
   mutable std::mutex postsMutex_;
   std::deque<Task> posts_;
   std::uint64_t nextId_ = 1;
+  bool running_ = false;  // the driver asks for the next wait afterwards, so nobody needs to wake it
   std::map<SteadyKey, std::shared_ptr<Timer>> steadyTimers_;
   std::map<WallKey, std::shared_ptr<Timer>> wallTimers_;
   std::shared_ptr<TurnQueue*> self_;

@@ -1,0 +1,180 @@
+#include "base/turn_queue.h"
+
+#include <algorithm>
+#include <cassert>
+
+namespace corvane {
+namespace {
+
+// How long a set wall clock may go unnoticed where nothing else tells of it.
+constexpr Duration kWallLook = 1min;
+
+}  // namespace
+
+TurnQueue::TurnQueue(TurnClock clock, std::function<void()> wake)
+    : clock_(std::move(clock)),
+      wake_(std::move(wake)),
+      mainThread_(std::this_thread::get_id()),
+      self_(std::make_shared<TurnQueue*>(this)) {}
+
+TurnQueue::~TurnQueue() {
+  // What dropped closures hold may release leases of ours or post once more.
+  *self_ = nullptr;
+  const auto steady = std::exchange(steadyTimers_, {});
+  const auto wall = std::exchange(wallTimers_, {});
+  std::deque<Task> posts;
+  {
+    const std::scoped_lock lock(postsMutex_);
+    posts.swap(posts_);
+  }
+}
+
+bool TurnQueue::isMainThread() const { return std::this_thread::get_id() == mainThread_; }
+
+bool TurnQueue::hasPosts() const {
+  const std::scoped_lock lock(postsMutex_);
+  return !posts_.empty();
+}
+
+void TurnQueue::post(Task task) {
+  {
+    const std::scoped_lock lock(postsMutex_);
+    posts_.push_back(std::move(task));
+  }
+  if (!isMainThread() || !running_) wake_();
+}
+
+Lease TurnQueue::after(Duration delay, Task task, Duration leeway) {
+  auto timer = std::make_shared<Timer>();
+  timer->leeway = leeway;
+  timer->task = std::move(task);
+  timer->steadyDue = clock_.steady() + std::max(delay, Duration::zero());
+  return arm(std::move(timer));
+}
+
+Lease TurnQueue::every(Duration interval, std::move_only_function<void()> task, Duration leeway) {
+  assert(interval > Duration::zero());
+  auto timer = std::make_shared<Timer>();
+  timer->interval = std::max(interval, Duration(1ms));
+  timer->leeway = leeway;
+  timer->task = std::move(task);
+  timer->steadyDue = clock_.steady() + timer->interval;
+  return arm(std::move(timer));
+}
+
+Lease TurnQueue::at(Date date, Task task) {
+  auto timer = std::make_shared<Timer>();
+  timer->wall = true;
+  timer->task = std::move(task);
+  timer->wallDue = date;
+  return arm(std::move(timer));
+}
+
+Lease TurnQueue::arm(std::shared_ptr<Timer> timer) {
+  assert(isMainThread());
+  enqueue(timer);
+  if (!running_) wake_();
+  return Lease([queue = self_, weak = std::weak_ptr(timer)] {
+    if (const auto live = weak.lock(); live && *queue) (*queue)->cancel(*live);
+  });
+}
+
+void TurnQueue::enqueue(const std::shared_ptr<Timer>& timer) {
+  timer->id = nextId_++;
+  if (timer->wall)
+    wallTimers_.emplace(WallKey{timer->wallDue, timer->id}, timer);
+  else
+    steadyTimers_.emplace(SteadyKey{timer->steadyDue, timer->id}, timer);
+}
+
+void TurnQueue::dequeue(const Timer& timer) {
+  if (timer.wall)
+    wallTimers_.erase({timer.wallDue, timer.id});
+  else
+    steadyTimers_.erase({timer.steadyDue, timer.id});
+}
+
+void TurnQueue::cancel(Timer& timer) {
+  timer.cancelled = true;
+  dequeue(timer);
+}
+
+bool TurnQueue::runPosts() {
+  std::deque<Task> batch;
+  {
+    const std::scoped_lock lock(postsMutex_);
+    batch.swap(posts_);
+  }
+  const bool any = !batch.empty();
+  while (!batch.empty()) {
+    auto task = std::move(batch.front());
+    batch.pop_front();
+    task();
+  }
+  return any;
+}
+
+std::shared_ptr<TurnQueue::Timer> TurnQueue::takeDue(const Instant& now, std::uint64_t armedBefore) {
+  // A timer armed since the turn began may stand first without being meant; those behind it still are.
+  const auto first = [armedBefore](const auto& timers, auto limit) -> std::shared_ptr<Timer> {
+    for (const auto& [key, timer] : timers) {
+      if (key.first > limit) break;
+      if (key.second < armedBefore) return timer;
+    }
+    return nullptr;
+  };
+  auto steady = first(steadyTimers_, now.steady);
+  auto wall = first(wallTimers_, now.wall);
+  auto due = steady;
+  if (wall) {
+    // Both kinds share one order: by how long each has been due, then by arming.
+    const auto wallAge = now.wall - wall->wallDue;
+    const auto steadyAge = steady ? now.steady - steady->steadyDue : Duration::min();
+    if (!steady || wallAge > steadyAge || (wallAge == steadyAge && wall->id < steady->id)) due = wall;
+  }
+  if (due) dequeue(*due);
+  return due;
+}
+
+void TurnQueue::fire(const std::shared_ptr<Timer>& timer, SteadyTime now) {
+  if (timer->interval > Duration::zero()) {
+    const auto missed = (now - timer->steadyDue) / timer->interval;
+    timer->steadyDue += timer->interval * (missed + 1);
+    enqueue(timer);
+  }
+  timer->task();
+}
+
+bool TurnQueue::runReady() {
+  assert(isMainThread() && !running_ && "turns do not nest");
+  running_ = true;
+  const auto armedBefore = nextId_;
+  bool any = runPosts();
+  const Instant now{.steady = clock_.steady(), .wall = clock_.wall()};
+  while (const auto timer = takeDue(now, armedBefore)) {
+    any = true;
+    fire(timer, now.steady);
+    runPosts();
+  }
+  running_ = false;
+  return any;
+}
+
+std::optional<Duration> TurnQueue::timeToNext(Leeway leeway) const {
+  if (hasPosts()) return Duration::zero();
+  std::optional<Duration> next;
+  const auto offer = [&next](Duration wait) {
+    wait = std::max(wait, Duration::zero());
+    if (!next || wait < *next) next = wait;
+  };
+  const auto steadyNow = clock_.steady();
+  for (const auto& [key, timer] : steadyTimers_) {
+    const auto wait = key.first - steadyNow;
+    if (next && wait >= *next) break;
+    offer(wait + (leeway == Leeway::used ? timer->leeway : Duration::zero()));
+  }
+  if (!wallTimers_.empty()) offer(std::min(wallTimers_.begin()->first.first - clock_.wall(), kWallLook));
+  return next;
+}
+
+}  // namespace corvane
