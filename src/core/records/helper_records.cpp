@@ -1,0 +1,89 @@
+#include "core/records/helper_records.h"
+
+#include "core/records/json_fields.h"
+
+namespace corvane {
+namespace {
+
+JsonValue toJson(const BackgroundPatchSummary& summary) {
+  return JsonObject{{"runID", summary.runID},
+                    {"completedAt", secondsSince2001(summary.completedAt)},
+                    {"labels", labelTexts(summary.labels)},
+                    {"totalLabels", summary.totalLabels},
+                    {"patchedCount", summary.patchedCount},
+                    {"failureCount", summary.failureCount},
+                    {"hasFailures", summary.hasFailures}};
+}
+
+Result<BackgroundPatchSummary> summaryFromJson(const JsonValue& value) {
+  JsonFieldReader fields(value, "BackgroundPatchSummary");
+  return fields.finish(BackgroundPatchSummary{.runID = fields.text("runID"),
+                                              .completedAt = fields.dateSince2001("completedAt"),
+                                              .labels = fields.labels("labels"),
+                                              .totalLabels = fields.integer("totalLabels"),
+                                              .patchedCount = fields.integer("patchedCount"),
+                                              .failureCount = fields.integer("failureCount"),
+                                              .hasFailures = fields.flag("hasFailures")});
+}
+
+JsonValue toJson(const HelperBackgroundCurrentRun& run) {
+  JsonObject object{{"runID", run.runID},
+                    {"startedAt", secondsSince2001(run.startedAt)},
+                    {"totalLabels", run.totalLabels},
+                    {"completedCount", run.completedCount}};
+  setIfPresent(object, "currentLabel", run.currentLabel);
+  setIfPresent(object, "currentLabelDisplayName", run.currentLabelDisplayName);
+  return object;
+}
+
+Result<HelperBackgroundCurrentRun> currentRunFromJson(const JsonValue& value) {
+  JsonFieldReader fields(value, "HelperBackgroundCurrentRun");
+  return fields.finish(
+      HelperBackgroundCurrentRun{.runID = fields.text("runID"),
+                                 .startedAt = fields.dateSince2001("startedAt"),
+                                 .totalLabels = fields.integer("totalLabels"),
+                                 .completedCount = fields.integer("completedCount"),
+                                 .currentLabel = fields.optionalText("currentLabel"),
+                                 .currentLabelDisplayName = fields.optionalText("currentLabelDisplayName")});
+}
+
+JsonValue toJson(const ScheduledDiscoverySummary& summary) {
+  return JsonObject{{"runID", summary.runID},
+                    {"completedAt", secondsSince2001(summary.completedAt)},
+                    {"appCount", summary.appCount},
+                    {"pendingUpdateCount", summary.pendingUpdateCount}};
+}
+
+Result<ScheduledDiscoverySummary> discoveryFromJson(const JsonValue& value) {
+  JsonFieldReader fields(value, "ScheduledDiscoverySummary");
+  return fields.finish(ScheduledDiscoverySummary{.runID = fields.text("runID"),
+                                                 .completedAt = fields.dateSince2001("completedAt"),
+                                                 .appCount = fields.integer("appCount"),
+                                                 .pendingUpdateCount = fields.integer("pendingUpdateCount")});
+}
+
+}  // namespace
+
+bool HelperPatchState::isBackgroundPassActive(Date now, Duration staleAfter) const {
+  return currentRun && now - currentRun->startedAt < staleAfter;
+}
+
+JsonValue toJson(const HelperPatchState& state) {
+  JsonObject object;
+  if (state.lastBackgroundPatchSummary)
+    object.set("lastBackgroundPatchSummary", toJson(*state.lastBackgroundPatchSummary));
+  if (state.currentRun) object.set("currentRun", toJson(*state.currentRun));
+  if (state.lastScheduledDiscoverySummary)
+    object.set("lastScheduledDiscoverySummary", toJson(*state.lastScheduledDiscoverySummary));
+  return object;
+}
+
+Result<HelperPatchState> helperPatchStateFromJson(const JsonValue& value) {
+  JsonFieldReader fields(value, "HelperPatchState");
+  return fields.finish(HelperPatchState{
+      .lastBackgroundPatchSummary = fields.optionalRecord("lastBackgroundPatchSummary", summaryFromJson),
+      .currentRun = fields.optionalRecord("currentRun", currentRunFromJson),
+      .lastScheduledDiscoverySummary = fields.optionalRecord("lastScheduledDiscoverySummary", discoveryFromJson)});
+}
+
+}  // namespace corvane

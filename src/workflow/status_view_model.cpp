@@ -1,0 +1,249 @@
+#include "workflow/status_view_model.h"
+
+#include <fmt/format.h>
+
+#include <list>
+
+#include "base/localized.h"
+#include "core/records/notifications.h"
+#include "workflow/blocking_prompt_watch.h"
+#include "workflow/deferral_actions.h"
+#include "workflow/helper_lifecycle.h"
+#include "workflow/helper_pass_mirror.h"
+#include "workflow/inventory.h"
+#include "workflow/patch_cycle.h"
+#include "workflow/patch_run.h"
+#include "workflow/side_effect_sequence.h"
+#include "workflow/status_texts.h"
+
+namespace corvane {
+
+// The rooms, and the arrows between them.
+struct StatusViewModel::Rooms final : Crossings {
+  explicit Rooms(const WorkflowServices& given) : services(given) {}
+
+  AppFacts facts() override { return inventory.facts(); }
+  void replaceApps(Apps apps) override { inventory.replaceApps(std::move(apps)); }
+  void recomputeCounts(SideEffects sideEffects) override { inventory.recomputeCounts(sideEffects); }
+  void storeApps() override { inventory.storeApps(); }
+  void storeFingerprint() override { inventory.storeFingerprint(); }
+  void recordDiscovery(Date when) override { inventory.recordDiscovery(when); }
+  void recordUpdateCheck(Date when) override { inventory.recordUpdateCheck(when); }
+  void refreshDeadlineDisplay() override { inventory.refreshDeadlineDisplay(); }
+  void invalidateReceiptCaches() override { inventory.invalidateReceiptCaches(); }
+  void forgetDeferralEvents() override { inventory.forgetDeferralEvents(); }
+
+  void discoverInstalledApps() override { pipeline.discoverInstalledApps(); }
+  void checkForUpdates(const Labels& labels) override { pipeline.checkForUpdates(labels); }
+
+  void patchErrorFollowUp(DiscoveryOperation operation, const Labels& labels, const std::string& message) override {
+    cycle.applyPatchErrorFollowUp(operation, labels, message);
+  }
+  void completePatchingCycle() override { cycle.completePatchingCycle(); }
+
+  void startBlockingPromptWatch(const std::string& appName) override { watch.startBlockingPromptWatch(appName); }
+  void stopBlockingPromptWatch() override { watch.stopBlockingPromptWatch(); }
+  void renameBlockingPrompt(const std::string& appName) override { watch.rename(appName); }
+
+  void recordDeferralEvents(const Labels& labels, DeferralEventType type, std::optional<std::int64_t> minutes,
+                            std::optional<DeferralEscalation> escalation) override {
+    deferrals.recordDeferralEvents(labels, type, minutes, escalation);
+  }
+  void dismissDeferralPrompt() override { deferrals.dismissDeferralPrompt(); }
+  void deadlineRead(std::optional<Date> hardDeadline) override { deferrals.setHardDeadlineDate(hardDeadline); }
+  void deadlineSettled() override { deferrals.settleDeadline(); }
+
+  void refreshHelperState(bool runAutoReset) override { lifecycle.refreshHelperState(runAutoReset); }
+  void evaluateAutoReset() override { services.helperReset.evaluateAutoReset(); }
+
+  void pendingUpdatesCounted() override { sequence.pendingUpdatesCounted(); }
+  void refreshFailed() override { sequence.refreshFailed(); }
+  void forgetStagedLabels() override { sequence.forgetStagedLabels(); }
+  void forgetClosedAppsAttempt() override { sequence.forgetClosedAppsAttempt(); }
+
+  void fieldsChanged() override {
+    if (changeTold) return;
+    changeTold = true;
+    services.main.post(lifeline.guard([this] { tellObservers(); }));
+  }
+
+  void tellObservers() {
+    changeTold = false;
+    // An observer may end its own subscription or make a new one while it is told.
+    const std::list<std::shared_ptr<std::function<void()>>> round = observers;
+    for (const auto& observer : round)
+      if (*observer) (*observer)();
+  }
+
+  void subscribe();
+
+  template <class N, class F>
+  void on(F handler) {
+    subscriptions.push_back(services.notifications.observe<N>(std::move(handler)));
+  }
+
+  WorkflowServices services;
+  StatusFields fields;
+  Logger log{services.log, "StatusViewModel"};
+  bool changeTold = false;
+  std::list<std::shared_ptr<std::function<void()>>> observers;
+
+  std::function<void()> changed = [this] { fieldsChanged(); };
+  OperationGate gate{services.main, fields.gate, changed};
+  UserMessages messages{fields.messages, changed};
+  RoomContext context{services, fields, gate, messages, *this, log};
+  Inventory inventory{context, fields.inventory};
+  DiscoveryPipeline pipeline{context, fields.discovery};
+  PatchRun run{context, fields.patch};
+  PatchCycle cycle{context};
+  BlockingPromptWatch watch{context, fields.blockingPrompt};
+  HelperPassMirror mirror{context};
+  HelperLifecycle lifecycle{context, fields.helper};
+  DeferralActions deferrals{context, fields.deferral};
+  SideEffectSequence sequence{context, fields.sideEffects};
+  std::vector<Lease> subscriptions;
+  Lifeline lifeline;
+};
+
+void StatusViewModel::Rooms::subscribe() {
+  on<CorvaneDidBecomeActive>([this](const auto&) { inventory.updateDockBadge(); });
+  lifecycle.refreshHelperState(false);
+  services.helperReset.reconcileHelperAfterLogin();
+  on<CorvaneScheduledDiscoveryCompleted>([this](const CorvaneScheduledDiscoveryCompleted& discovery) {
+    log.info(fmt::format("Received .corvaneScheduledDiscoveryCompleted (runID {}); applying inventory-only refresh.",
+                         discovery.runID.empty() ? "<unknown>" : discovery.runID));
+    pipeline.applyScheduledDiscoveryInventory();
+  });
+  on<CorvaneHelperPassCompleted>([this](const CorvaneHelperPassCompleted& pass) { mirror.completed(pass); });
+  on<CorvaneHelperPassEnded>([this](const auto&) { mirror.ended(); });
+  on<CorvaneHelperPassStarted>([this](const CorvaneHelperPassStarted& pass) { mirror.started(pass); });
+  on<CorvaneHelperPassProgress>([this](const CorvaneHelperPassProgress& pass) { mirror.progressed(pass); });
+  on<ShowDeferralPromptFromNotification>([this](const auto&) {
+    log.info("Received notification deep-link — invoking updateAll() to surface the deferral prompt.");
+    services.updateAll.updateAll(DeferralPromptHost::standalone);
+  });
+  on<CorvaneSettingsDidChange>([this](const auto&) {
+    inventory.refreshDeadlineDisplay();
+    inventory.applyIgnoredLabelsToApps();
+  });
+}
+
+StatusViewModel::StatusViewModel(const WorkflowServices& services) : rooms_(std::make_unique<Rooms>(services)) {
+  rooms_->lifecycle.load();
+  rooms_->deferrals.load();
+  rooms_->inventory.load();
+}
+
+StatusViewModel::~StatusViewModel() = default;
+
+void StatusViewModel::begin() {
+  if (!rooms_->fields.inventory.apps.empty()) rooms_->inventory.recomputeCounts(SideEffects::run);
+  rooms_->subscribe();
+}
+
+const StatusFields& StatusViewModel::fields() const { return rooms_->fields; }
+
+Lease StatusViewModel::observe(std::function<void()> changed) {
+  auto observer = std::make_shared<std::function<void()>>(std::move(changed));
+  rooms_->observers.push_back(observer);
+  return Lease(rooms_->lifeline.guard([rooms = rooms_.get(), observer] {
+    *observer = nullptr;
+    rooms->observers.remove(observer);
+  }));
+}
+
+AppFacts StatusViewModel::facts() const { return rooms_->inventory.facts(); }
+
+Apps StatusViewModel::filteredApps() const {
+  return corvane::filteredApps(fields().inventory.apps, fields().filterMode, facts(), rooms_->services.locale);
+}
+
+std::string StatusViewModel::statusLine() const { return corvane::statusLine(fields(), rooms_->services.clock.now()); }
+
+std::string_view StatusViewModel::statusSymbolName() const {
+  return corvane::statusSymbolName(fields(), rooms_->services.clock.now());
+}
+
+std::int64_t StatusViewModel::uncheckedAppCount() const { return corvane::uncheckedAppCount(fields().inventory.apps); }
+
+std::int64_t StatusViewModel::updateCheckFailedCount() const {
+  return corvane::updateCheckFailedCount(fields().inventory.apps, facts());
+}
+
+Labels StatusViewModel::actionableUpdateLabels() const {
+  return corvane::actionableUpdateLabels(fields().inventory.apps, facts());
+}
+
+Labels StatusViewModel::promptableUpdateLabels() const {
+  return corvane::promptableUpdateLabels(fields().inventory, facts());
+}
+
+std::optional<std::string> StatusViewModel::computeCycleCompletionMessage() const {
+  return rooms_->inventory.computeCycleCompletionMessage();
+}
+
+bool StatusViewModel::isIdle() const { return !rooms_->gate.busy(); }
+
+std::vector<PatchingReceipt> StatusViewModel::receipts(const Label& label, std::size_t limit) {
+  return rooms_->inventory.receipts(label, limit);
+}
+
+std::vector<DeferralEventRecord> StatusViewModel::deferralEvents(const Label& label, std::size_t limit) {
+  return rooms_->inventory.deferralEvents(label, limit);
+}
+
+void StatusViewModel::setFilterMode(FilterMode mode) {
+  rooms_->fields.filterMode = mode;
+  rooms_->fieldsChanged();
+}
+
+void StatusViewModel::setSelectedDeferralMinutes(std::int64_t minutes) {
+  rooms_->deferrals.setSelectedDeferralMinutes(minutes);
+}
+
+void StatusViewModel::recomputeCounts() { rooms_->inventory.recomputeCounts(SideEffects::run); }
+void StatusViewModel::updateDockBadge() { rooms_->inventory.updateDockBadge(); }
+void StatusViewModel::refreshDeadlineDisplay() { rooms_->inventory.refreshDeadlineDisplay(); }
+void StatusViewModel::invalidateReceiptCaches() { rooms_->inventory.invalidateReceiptCaches(); }
+void StatusViewModel::applyIgnoredLabelsToApps() { rooms_->inventory.applyIgnoredLabelsToApps(); }
+void StatusViewModel::scheduleIdleWork() { rooms_->gate.scheduleIdleWork(); }
+void StatusViewModel::queueIdleWork(Task work) { rooms_->gate.whenIdle(std::move(work)); }
+void StatusViewModel::helperPassEnded() { rooms_->mirror.ended(); }
+
+void StatusViewModel::loadStatus() { rooms_->pipeline.loadStatus(); }
+void StatusViewModel::discoverInstalledApps() { rooms_->pipeline.discoverInstalledApps(); }
+void StatusViewModel::checkForUpdates() { rooms_->pipeline.checkForUpdates(); }
+void StatusViewModel::checkForUpdates(const Labels& labels) { rooms_->pipeline.checkForUpdates(labels); }
+void StatusViewModel::forceRecheck(const Label& label) { rooms_->pipeline.forceRecheck(label); }
+void StatusViewModel::forceRecheckAllAlerts() { rooms_->pipeline.forceRecheckAllAlerts(); }
+void StatusViewModel::applyScheduledDiscoveryInventory() { rooms_->pipeline.applyScheduledDiscoveryInventory(); }
+void StatusViewModel::startDiscovery(DiscoveryRequest request) { rooms_->pipeline.startDiscovery(std::move(request)); }
+
+void StatusViewModel::updateApp(const AppInfo& app) { rooms_->run.updateApp(app); }
+void StatusViewModel::startPatching(const Labels& labels, DiscoveryOperation operation, const Labels& alsoStageLabels,
+                                    PatchCompletion completion) {
+  rooms_->run.startPatching(labels, operation, alsoStageLabels, std::move(completion));
+}
+void StatusViewModel::startBackgroundPatch(const Labels& labels, const Labels& alsoStageLabels,
+                                           PatchCompletion completion) {
+  rooms_->run.startBackgroundPatch(labels, alsoStageLabels, std::move(completion));
+}
+void StatusViewModel::completePatchingCycle() { rooms_->cycle.completePatchingCycle(); }
+void StatusViewModel::recordSuccessfulPatchRun(Date completedAt) {
+  rooms_->cycle.recordSuccessfulPatchRun(completedAt);
+}
+bool StatusViewModel::completeSatisfiedDeferralCycleIfNeeded() {
+  return rooms_->cycle.completeSatisfiedDeferralCycleIfNeeded();
+}
+
+void StatusViewModel::dismissDeferralPrompt() { rooms_->deferrals.dismissDeferralPrompt(); }
+void StatusViewModel::recordDeferralEvents(const Labels& labels, DeferralEventType type,
+                                           std::optional<std::int64_t> minutes,
+                                           std::optional<DeferralEscalation> escalation) {
+  rooms_->deferrals.recordDeferralEvents(labels, type, minutes, escalation);
+}
+
+void StatusViewModel::refreshHelperState(bool runAutoReset) { rooms_->lifecycle.refreshHelperState(runAutoReset); }
+void StatusViewModel::markFirstRunSetupIfComplete() { rooms_->lifecycle.markFirstRunSetupIfComplete(); }
+
+}  // namespace corvane

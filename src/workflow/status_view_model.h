@@ -1,0 +1,106 @@
+// The one object that knows what the program is doing. It holds the rooms of the workflow together and
+// decides nothing itself; views and schedulers call its operations and read its fields.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "base/lease.h"
+#include "core/records/history_records.h"
+#include "workflow/app_facts.h"
+#include "workflow/app_predicates.h"
+#include "workflow/crossings.h"
+#include "workflow/discovery_pipeline.h"
+#include "workflow/status_fields.h"
+#include "workflow/workflow_services.h"
+
+namespace corvane {
+
+// Main thread only. One instance for the life of the process. Every operation answers at once; what takes time
+// shows in the fields.
+class StatusViewModel {
+ public:
+  // Loads the stored inventory, dates and deadline and counts them. Writes nothing, asks nobody, and sets off
+  // nothing: the counts of stored applications start no work before begin().
+  explicit StatusViewModel(const WorkflowServices& services);
+  ~StatusViewModel();
+
+  // From here on the model acts: the badge and what the loaded counts set off, then the broadcasts, the state
+  // of the helper and the wait for a late one. Call it once, after this process has claimed the instance.
+  void begin();
+
+  [[nodiscard]] const StatusFields& fields() const;
+
+  // Called in a later turn after fields changed, once however many they were.
+  [[nodiscard]] Lease observe(std::function<void()> changed);
+
+  // What the predicates of app_predicates.h are asked with; taken anew from the stores at each call. Take
+  // it once for a list of rows.
+  [[nodiscard]] AppFacts facts() const;
+
+  // Derived from the fields and fresh facts.
+  [[nodiscard]] Apps filteredApps() const;
+  [[nodiscard]] std::string statusLine() const;
+  [[nodiscard]] std::string_view statusSymbolName() const;
+  [[nodiscard]] std::int64_t uncheckedAppCount() const;
+  [[nodiscard]] std::int64_t updateCheckFailedCount() const;
+  [[nodiscard]] Labels actionableUpdateLabels() const;
+  [[nodiscard]] Labels promptableUpdateLabels() const;
+  [[nodiscard]] std::optional<std::string> computeCycleCompletionMessage() const;
+  // Neither flag is set and no run of this process is unanswered.
+  [[nodiscard]] bool isIdle() const;
+
+  // The newest first, at most `limit`; read once a label and kept until a run or a helper pass ends.
+  [[nodiscard]] std::vector<PatchingReceipt> receipts(const Label& label, std::size_t limit);
+  [[nodiscard]] std::vector<DeferralEventRecord> deferralEvents(const Label& label, std::size_t limit);
+
+  void setFilterMode(FilterMode mode);
+  void setSelectedDeferralMinutes(std::int64_t minutes);
+
+  // Inventory.
+  void recomputeCounts();
+  void updateDockBadge();
+  void refreshDeadlineDisplay();
+  void invalidateReceiptCaches();
+  void applyIgnoredLabelsToApps();
+  void scheduleIdleWork();
+  void queueIdleWork(Task work);
+  void helperPassEnded();
+
+  // The first load, right after begin(): deadline and helper; where nothing was ever discovered, a discovery.
+  void loadStatus();
+
+  // Discovery and checks. Only the force re-checks test the gate; callers of the others have.
+  void discoverInstalledApps();
+  void checkForUpdates();
+  void checkForUpdates(const Labels& labels);
+  void forceRecheck(const Label& label);
+  void forceRecheckAllAlerts();
+  void applyScheduledDiscoveryInventory();
+  void startDiscovery(DiscoveryRequest request);
+
+  // Patching. Only startPatching does not test the gate: its callers have.
+  void updateApp(const AppInfo& app);
+  void startPatching(const Labels& labels, DiscoveryOperation operation, const Labels& alsoStageLabels,
+                     PatchCompletion completion);
+  void startBackgroundPatch(const Labels& labels, const Labels& alsoStageLabels, PatchCompletion completion);
+  void completePatchingCycle();
+  void recordSuccessfulPatchRun(Date completedAt);
+  bool completeSatisfiedDeferralCycleIfNeeded();
+
+  // Deferrals.
+  void dismissDeferralPrompt();
+  void recordDeferralEvents(const Labels& labels, DeferralEventType type, std::optional<std::int64_t> minutes,
+                            std::optional<DeferralEscalation> escalation);
+
+  // Helper.
+  void refreshHelperState(bool runAutoReset);
+  void markFirstRunSetupIfComplete();
+
+ private:
+  struct Rooms;
+  std::unique_ptr<Rooms> rooms_;
+};
+
+}  // namespace corvane

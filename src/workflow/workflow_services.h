@@ -1,0 +1,62 @@
+// What the workflow uses of the world: one struct of references, handed down at construction. Everything in
+// it outlives the model.
+#pragma once
+
+#include "base/notification_center.h"
+#include "base/work_queue.h"
+#include "core/client/helper_installation_service.h"
+#include "core/client/xpc_service_client.h"
+#include "core/discovery/app_discovery_service.h"
+#include "core/history/deferral_event_manager.h"
+#include "core/history/helper_state_stores.h"
+#include "core/history/label_history_caches.h"
+#include "core/history/receipt_manager.h"
+#include "core/logging/logging_service.h"
+#include "core/places.h"
+#include "core/preferences/preference_manager.h"
+#include "core/records/usage_signals.h"
+#include "platform/application.h"
+#include "platform/clock.h"
+#include "platform/entropy.h"
+#include "platform/files.h"
+#include "platform/locale.h"
+#include "platform/running_applications.h"
+#include "workflow/helper_reset_decision.h"
+#include "workflow/pending_update_side_effects.h"
+#include "workflow/prompt_presenter.h"
+#include "workflow/self_update_display.h"
+#include "workflow/update_all_entry.h"
+
+namespace corvane {
+
+struct WorkflowServices {
+  MainQueue& main;
+  WorkQueue& work;
+  Clock& clock;
+  Locale& locale;
+  Entropy& entropy;
+  NotificationCenter& notifications;
+  LogSink& log;
+  Files& files;
+  RunningApplications& processes;
+  Application& application;
+  const CorvaneConstants& places;
+
+  PreferenceManager& preferences;
+  XPCServiceClient& helper;
+  HelperInstallationService& installation;
+  HelperScheduledDiscoveryAppsStore& scheduledApps;
+  ReceiptManager& receipts;
+  DeferralEventManager& deferralEvents;
+  LabelFailureHistoryCache& failures;
+  LabelInstallHistoryCache& installs;
+
+  PendingUpdateSideEffects& sideEffects;
+  PromptPresenter& prompts;
+  UsageSignals& signals;
+  SelfUpdateDisplay& selfUpdateDisplay;
+  HelperResetDecision& helperReset;
+  UpdateAllEntry& updateAll;
+};
+
+}  // namespace corvane

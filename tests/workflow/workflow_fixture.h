@@ -1,0 +1,266 @@
+// A whole workflow on virtual time, with a helper that answers to order and a folder tree as its Mac. After every
+// step it holds the two rules that no flow may break.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/client/helper_installation_service.h"
+#include "core/records/notifications.h"
+#include "platform/scripted/scripted_application.h"
+#include "platform/scripted/scripted_entropy.h"
+#include "platform/scripted/scripted_files.h"
+#include "platform/scripted/scripted_helper_registration.h"
+#include "platform/scripted/scripted_locale.h"
+#include "platform/scripted/scripted_own_bundle.h"
+#include "platform/scripted/scripted_preference_domains.h"
+#include "platform/scripted/scripted_running_applications.h"
+#include "platform/scripted/virtual_time.h"
+#include "support/recording_log.h"
+#include "support/scripted_service_client.h"
+#include "workflow/neutral_parts.h"
+#include "workflow/status_view_model.h"
+
+namespace corvane {
+
+inline Label label(const char* name) { return Label(name); }
+
+struct AppSpec {
+  const char* label;
+  const char* installed = "1.0";  // null: not installed
+  const char* latest = nullptr;
+};
+inline AppInfo makeApp(const AppSpec& spec) {
+  AppInfo app;
+  app.label = Label(spec.label);
+  app.name = std::string("The ") + spec.label;
+  if (spec.installed != nullptr) app.currentVersion = spec.installed;
+  if (spec.latest != nullptr) app.newVersion = spec.latest;
+  return app;
+}
+inline AppInfo outdated(const char* name) { return makeApp({.label = name, .latest = "2.0"}); }
+inline AppInfo current(const char* name) { return makeApp({.label = name, .latest = "1.0"}); }
+inline AppInfo unchecked(const char* name) { return makeApp({.label = name}); }
+
+struct RecordingSignals final : UsageSignals {
+  std::vector<UsageSignal> sent;
+  void send(const UsageSignal& signal) override { sent.push_back(signal); }
+  [[nodiscard]] const UsageSignal* find(std::string_view name) const {
+    for (const auto& signal : sent)
+      if (signal.name == name) return &signal;
+    return nullptr;
+  }
+};
+
+// Does what a test tells it to when counts set it off.
+struct ScriptedSideEffects final : PendingUpdateSideEffects {
+  int started = 0;
+  int delivered = 0;
+  std::function<void()> onStart;
+  void runPendingUpdateSideEffects() override {
+    ++started;
+    if (onStart) onStart();
+  }
+  void deliverDeferral(bool, bool) override { ++delivered; }
+};
+
+struct CountingPresenter final : PromptPresenter {
+  int hidden = 0;
+  int remindersCancelled = 0;
+  void showStandaloneWindow() override {}
+  void hideStandaloneWindow() override { ++hidden; }
+  void cancelReminders() override { ++remindersCancelled; }
+};
+
+struct CountingReset final : HelperResetDecision {
+  int evaluated = 0;
+  int reconciled = 0;
+  void evaluateAutoReset() override { ++evaluated; }
+  void reconcileHelperAfterLogin() override { ++reconciled; }
+};
+
+struct CountingUpdateAll final : UpdateAllEntry {
+  std::vector<DeferralPromptHost> hosts;
+  void updateAll(DeferralPromptHost host) override { hosts.push_back(host); }
+};
+
+struct CountingDisplay final : SelfUpdateDisplay {
+  int lookedUp = 0;
+  void lookUp(const Apps&) override { ++lookedUp; }
+};
+
+// A folder that is gone when the test is.
+class TemporaryRoot {
+ public:
+  TemporaryRoot() {
+    auto pattern = (std::filesystem::temp_directory_path() / "corvane-workflow-XXXXXX").string();
+    path = mkdtemp(pattern.data());
+  }
+  ~TemporaryRoot() { std::filesystem::remove_all(path); }
+  TemporaryRoot(const TemporaryRoot&) = delete;
+  TemporaryRoot& operator=(const TemporaryRoot&) = delete;
+  std::filesystem::path path;
+};
+
+class WorkflowTest : public testing::Test {
+ protected:
+  WorkflowTest() {
+    helper.generation = [this] { return model ? model->fields().discovery.discoveryGeneration : 0; };
+    std::filesystem::create_directories(places.root / "Applications");
+    (void)files.makeFolders(places.deferralEventsFolder());
+    setHelperAlive(true);
+    setScript(true);
+  }
+
+  // The model as the application builds it, listening.
+  void build() {
+    model = std::make_unique<StatusViewModel>(services);
+    model->begin();
+    settle();
+  }
+  void buildWith(const Apps& apps) {
+    preferences.writeDiscoveredApps(apps);
+    preferences.writePreference("LastDiscoveryDate", time.now() - 24h);
+    build();
+  }
+
+  void setHelperAlive(bool alive) {
+    registration.current = alive ? HelperStatus::enabled : HelperStatus::notRegistered;
+    if (alive) files.put(places.helperHeartbeat(), "");
+  }
+  void setScript(bool present) {
+    if (present)
+      files.put(places.installomatorScript(), "#!/bin/zsh\n");
+    else
+      (void)files.remove(places.installomatorScript());
+  }
+  // A label that finds `bundle` in /Applications, and the bundle itself, for scans of the tree.
+  void writeLabel(const std::string& name) const {
+    std::filesystem::create_directories(places.labelsFolder());
+    std::ofstream(places.labelsFolder() / (name + ".sh"))
+        << name << ")\n    name=\"" << name << "\"\n    type=\"dmg\"\n    expectedTeamID=\"ABCDE12345\"\n    ;;\n";
+  }
+  void writeBundle(const std::string& name, const std::string& version) const {
+    const auto contents = places.root / "Applications" / (name + ".app") / "Contents";
+    std::filesystem::create_directories(contents);
+    std::ofstream(contents / "Info.plist")
+        << R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0"><dict>)"
+        << "<key>CFBundleShortVersionString</key><string>" << version << "</string></dict></plist>";
+  }
+  // The state file of the stored fingerprint, as a discovery would have left it.
+  void rememberInventory() {
+    preferences.writeLastInventoryFingerprint(AppDiscoveryService::fingerprintInstalledApps(places, log));
+  }
+
+  // The cycle is over for now: a run completed after its start.
+  void completeCycle() {
+    preferences.writePatchingCadenceState({.currentPatchingStartDate = time.now() - 48h,
+                                           .lastPatchingCompletionDate = time.now() - 1h,
+                                           .nextCycleStartDate = time.now() + 72h});
+  }
+  void fail(const char* name, int times, const char* target = "2.0", std::int64_t code = 2) {
+    for (int i = 0; i < times; ++i)
+      ASSERT_TRUE(receipts.append({.label = Label(name),
+                                   .timestamp = time.now() - 1h + std::chrono::minutes(i),
+                                   .status = PatchingStatus::failure,
+                                   .targetVersion = target,
+                                   .installomatorExitCode = code}));
+  }
+
+  // Runs what is ready; then two runs of ours at once, and an idle gate while a check is out, are failures.
+  void settle() {
+    time.runUntilIdle();
+    checkInvariants();
+  }
+  void advance(Duration by) {
+    time.advance(by);
+    checkInvariants();
+  }
+  void checkInvariants() {
+    if (!model) return;
+    const auto& fields = model->fields();
+    const auto ownRuns = std::ranges::count_if(helper.runs, [](const auto& run) { return !run.labels.empty(); });
+    EXPECT_LE(ownRuns, 1) << "two runs of this process at once";
+    for (const auto& call : helper.discoveries) {
+      const bool counts = call.generation == fields.discovery.discoveryGeneration;
+      EXPECT_TRUE(fields.gate.isLoading || !counts) << "an idle gate while a check is out";
+    }
+  }
+
+  void answer(Result<Apps> apps, std::size_t index = 0) {
+    helper.answerDiscovery(std::move(apps), index);
+    settle();
+  }
+  void answerRun(Result<PatchRunAnswer> result, std::size_t index = 0) {
+    helper.answerRun(std::move(result), index);
+    settle();
+  }
+
+  [[nodiscard]] const StatusFields& fields() const { return model->fields(); }
+  [[nodiscard]] std::string status() const { return fields().messages.statusMessage.value_or("<none>"); }
+  [[nodiscard]] std::string error() const { return fields().messages.errorMessage.value_or("<none>"); }
+
+  TemporaryRoot folder;
+  CorvaneConstants places{.root = folder.path, .home = folder.path / "Users/ada"};
+  VirtualMachine time;
+  ScriptedLocale locale;
+  ScriptedEntropy entropy;
+  RecordingLog log;
+  ScriptedFiles files{time.clock()};
+  ScriptedRunningApplications processes;
+  ScriptedApplication application;
+  ScriptedPreferenceDomains domains{time.main()};
+  NotificationCenter notifications{time.main()};
+  PreferenceManager preferences{domains, notifications, log};
+  ScriptedHelperRegistration registration{time.main()};
+  ScriptedOwnBundle bundle;
+  HelperInstallationService installation{{registration, files, bundle, preferences, time.clock(), time.main(), entropy},
+                                         places.helperHeartbeat()};
+  HelperScheduledDiscoveryAppsStore scheduledApps{places.helperDiscoveredApps(), files, log};
+  ReceiptManager receipts{places.receipts(), files, log};
+  ReceiptsSnapshot snapshot{receipts, files};
+  LabelFailureHistoryCache failures{snapshot};
+  LabelInstallHistoryCache installs{snapshot};
+  DeferralEventManager deferralEvents{places.deferralEventsFolder(), "ada", files, log};
+  ScriptedServiceClient helper{time.main()};
+  ScriptedSideEffects sideEffects;
+  CountingPresenter prompts;
+  RecordingSignals signals;
+  CountingDisplay display;
+  CountingReset reset;
+  CountingUpdateAll updateAll;
+  WorkflowServices services{.main = time.main(),
+                            .work = time.work(),
+                            .clock = time.clock(),
+                            .locale = locale,
+                            .entropy = entropy,
+                            .notifications = notifications,
+                            .log = log,
+                            .files = files,
+                            .processes = processes,
+                            .application = application,
+                            .places = places,
+                            .preferences = preferences,
+                            .helper = helper,
+                            .installation = installation,
+                            .scheduledApps = scheduledApps,
+                            .receipts = receipts,
+                            .deferralEvents = deferralEvents,
+                            .failures = failures,
+                            .installs = installs,
+                            .sideEffects = sideEffects,
+                            .prompts = prompts,
+                            .signals = signals,
+                            .selfUpdateDisplay = display,
+                            .helperReset = reset,
+                            .updateAll = updateAll};
+  std::unique_ptr<StatusViewModel> model;
+};
+
+}  // namespace corvane
