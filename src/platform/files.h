@@ -19,9 +19,10 @@ class Files {
   virtual ~Files() = default;
   [[nodiscard]] virtual Result<std::string> read(const std::filesystem::path& path) const = 0;
   [[nodiscard]] virtual Status replace(const std::filesystem::path& path, std::string_view bytes, mode_t mode) = 0;
-  // Appends in one write to a file opened for appending, which is made when missing. With `makeFolders` the
-  // folders above it too.
+  // Appends in one write to a file opened for appending, which is made when missing; its folder is not.
   [[nodiscard]] virtual Status append(const std::filesystem::path& path, std::string_view bytes, mode_t mode) = 0;
+  // What was appended is on disk when this returns. A double has nothing that could be lost.
+  [[nodiscard]] virtual Status sync(const std::filesystem::path&) { return {}; }
   [[nodiscard]] virtual Status makeFolders(const std::filesystem::path& folder) = 0;
   [[nodiscard]] virtual Status rename(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
   [[nodiscard]] virtual Status remove(const std::filesystem::path& path) = 0;

@@ -1,0 +1,119 @@
+#include "platform/posix/child_helper_registration.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include "base/json.h"
+#include "platform/posix/process_stamp.h"
+#include "platform/posix/system_clock.h"
+#include "platform/uv/uv_main_loop.h"
+#include "support/temporary_folder.h"
+
+namespace corvane::testing {
+
+class ChildHelperRegistrationTest : public ::testing::Test {
+ protected:
+  ~ChildHelperRegistrationTest() override {
+    if (const auto pid = recordedPid(); pid > 1 && processStamp(pid)) ::kill(pid, SIGKILL);
+  }
+  // Tells by a file that it is up, so that a test need not wait blindly.
+  void writeHelper(const std::string& body) {
+    folder_.writeExecutable("Helper", "#!/bin/sh\n" + body);
+    std::filesystem::remove(folder_.path() / "up");
+  }
+  pid_t recordedPid() {
+    const auto json = parseJson(TemporaryFolder::read(record_));
+    return json && json->find("pid") != nullptr ? static_cast<pid_t>(*json->find("pid")->integer()) : 0;
+  }
+  // Looks again every few milliseconds: nothing in the loop tells of other processes.
+  bool wait(const std::function<bool()>& done) {
+    const auto tick = loop_.mainQueue().every(5ms, [] {});
+    return loop_.pump(done, 30s);
+  }
+  bool isUp() {
+    return wait([&] { return std::filesystem::exists(folder_.path() / "up"); });
+  }
+  Status unregister() {
+    std::optional<Status> ended;
+    registration_.unregisterDaemon([&](Status status) { ended = std::move(status); });
+    EXPECT_FALSE(ended.has_value());
+    EXPECT_TRUE(loop_.pump([&] { return ended.has_value(); }, 30s));
+    return *ended;
+  }
+
+  TemporaryFolder folder_;
+  SystemClock clock_;
+  UvMainLoop loop_{clock_};
+  std::filesystem::path record_ = folder_.path() / "support/helper-registration.json";
+  ChildHelperRegistration registration_{loop_.mainQueue(),
+                                        {.executable = folder_.path() / "Helper",
+                                         .arguments = {"--root", folder_.path()},
+                                         .environment = {{"PATH", "/usr/bin:/bin"}}},
+                                        record_};
+};
+
+TEST_F(ChildHelperRegistrationTest, TheHelperLivesThroughItsStates) {
+  EXPECT_EQ(registration_.status(), HelperStatus::notFound);
+  EXPECT_EQ(registration_.kickstart(), kDaemonNotLoaded);
+  writeHelper("echo \"$@\" > \"$2/up\"; exec sleep 1000\n");
+  EXPECT_EQ(registration_.status(), HelperStatus::notRegistered);
+  EXPECT_EQ(registration_.kickstart(), kDaemonNotLoaded);
+  EXPECT_EQ(registration_.printExitCode(), kDaemonNotLoaded);
+
+  ASSERT_TRUE(registration_.registerDaemon());
+  const auto pid = recordedPid();
+  EXPECT_EQ(registration_.status(), HelperStatus::enabled);
+  EXPECT_EQ(registration_.printExitCode(), 0);
+  ASSERT_TRUE(isUp());
+  EXPECT_NE(::getsid(pid), ::getsid(0)) << "a session of its own";
+  ASSERT_TRUE(registration_.registerDaemon());
+  EXPECT_EQ(registration_.kickstart(), 0);
+  EXPECT_EQ(recordedPid(), pid) << "a running helper is kept";
+
+  ::kill(pid, SIGKILL);
+  ASSERT_TRUE(wait([&] { return !processStamp(pid).has_value(); }));
+  EXPECT_EQ(registration_.status(), HelperStatus::enabled);
+  EXPECT_EQ(registration_.printExitCode(), kDaemonNotLoaded);
+  EXPECT_EQ(registration_.kickstart(), 0);
+  EXPECT_NE(recordedPid(), pid);
+  EXPECT_EQ(registration_.printExitCode(), 0);
+
+  const auto second = recordedPid();
+  ASSERT_TRUE(unregister());
+  EXPECT_FALSE(processStamp(second).has_value());
+  EXPECT_EQ(registration_.status(), HelperStatus::notRegistered);
+  ASSERT_TRUE(unregister()) << "what is not registered is taken away already";
+}
+
+TEST_F(ChildHelperRegistrationTest, AHelperThatIgnoresThePoliteSignalIsForced) {
+  writeHelper("trap '' TERM; touch \"$2/up\"; while :; do sleep 1; done\n");
+  ASSERT_TRUE(registration_.registerDaemon());
+  ASSERT_TRUE(isUp());
+  const auto pid = recordedPid();
+  ASSERT_TRUE(unregister());
+  EXPECT_FALSE(processStamp(pid).has_value());
+}
+
+TEST_F(ChildHelperRegistrationTest, ANumberThatNowBelongsToAnotherProcessIsLeftAlone) {
+  writeHelper("exec sleep 1000\n");
+  folder_.write(
+      "support/helper-registration.json",
+      writeJson(JsonObject{{"version", 1}, {"pid", static_cast<std::int64_t>(::getpid())}, {"stamp", "old/1"}}));
+  EXPECT_EQ(registration_.status(), HelperStatus::enabled);
+  EXPECT_EQ(registration_.printExitCode(), kDaemonNotLoaded);
+  ASSERT_TRUE(unregister()) << "and we are still here";
+  EXPECT_FALSE(std::filesystem::exists(record_));
+}
+
+TEST_F(ChildHelperRegistrationTest, DamagedRecordsAndBinariesAreTold) {
+  folder_.writeExecutable("Helper", "no program at all\n\x01\x02");
+  folder_.write("support/helper-registration.json", "{\"pid\":");
+  EXPECT_EQ(registration_.status(), HelperStatus::enabled);
+  EXPECT_EQ(registration_.kickstart(), ENOEXEC);
+  const auto registered = registration_.registerDaemon();
+  ASSERT_FALSE(registered);
+  EXPECT_EQ(registered.error().domain, "CRVDetachedProcess");
+}
+
+}  // namespace corvane::testing

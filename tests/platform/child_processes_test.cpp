@@ -1,0 +1,166 @@
+#include "support/child_processes_contract.h"
+
+#include <signal.h>
+#include <unistd.h>
+
+#include "platform/posix/system_clock.h"
+#include "platform/scripted/scripted_child_processes.h"
+#include "platform/scripted/virtual_time.h"
+#include "platform/uv/line_splitter.h"
+#include "platform/uv/uv_child_processes.h"
+#include "platform/uv/uv_main_loop.h"
+#include "support/temporary_folder.h"
+
+namespace corvane::testing {
+
+namespace {
+
+constexpr Duration kPatience = 30s;  // a failing test's, never a passing one's
+
+class RealWorld {
+ public:
+  ChildProcesses& children() { return children_; }
+  static ChildSpec shell(const std::string& script) {
+    return {.executable = "/bin/sh", .arguments = {"-c", script}, .environment = {{"PATH", "/usr/bin:/bin"}}};
+  }
+  // Looks again every few milliseconds: nothing in the loop tells of a grandchild's end.
+  bool wait(const std::function<bool()>& done) {
+    const auto tick = loop_.mainQueue().every(5ms, [] {});
+    return loop_.pump(done, kPatience);
+  }
+
+ private:
+  SystemClock clock_;
+  UvMainLoop loop_{clock_};
+  UvChildProcesses children_{loop_.loop(), loop_.mainQueue()};
+};
+
+class ScriptedWorld {
+ public:
+  ChildProcesses& children() { return children_; }
+  static ChildSpec shell(const std::string& script) { return {.executable = "/bin/sh", .arguments = {"-c", script}}; }
+  bool wait(const std::function<bool()>& done) {
+    machine_.advance(10s);
+    return done();
+  }
+
+ private:
+  static ScriptedChild play(const ChildSpec& spec) {
+    if (spec.executable != "/bin/sh") return {.exit = failure("CRVChildProcess", ENOENT, "no such file")};
+    if (spec.arguments.at(1) == kHangScript) return {.takes = 1000s};
+    return {.exit = ChildExit{.code = 3, .output = "one\n", .errors = "two\n"}, .lines = {"one", "two"}};
+  }
+  VirtualMachine machine_;
+  ScriptedChildProcesses children_{machine_.main(), play};
+};
+
+}  // namespace
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Uv, ChildProcessesContract, RealWorld);
+INSTANTIATE_TYPED_TEST_SUITE_P(Scripted, ChildProcessesContract, ScriptedWorld);
+
+class UvChildProcessesTest : public ::testing::Test {
+ protected:
+  Result<ChildExit> run(ChildSpec spec) {
+    std::optional<Result<ChildExit>> exit;
+    world_.children().start(
+        std::move(spec), [this](std::string_view line) { lines_.emplace_back(line); },
+        [&](Result<ChildExit> ended) { exit = std::move(ended); });
+    EXPECT_TRUE(world_.wait([&] { return exit.has_value(); }));
+    return std::move(exit).value_or(failure("test", 0, "never ended"));
+  }
+
+  RealWorld world_;
+  TemporaryFolder folder_;
+  std::vector<std::string> lines_;
+};
+
+TEST_F(UvChildProcessesTest, TheEnvironmentIsWhatWasGivenAndArgumentsAreTakenLiterally) {
+  auto spec = RealWorld::shell("");
+  spec.executable = "/usr/bin/env";
+  spec.arguments = {};
+  spec.environment = {{"ONLY", "this one"}};
+  EXPECT_EQ(run(spec)->output, "ONLY=this one\n");
+
+  spec.executable = "/bin/echo";
+  spec.arguments = {"$(touch x)", "; rm -rf", "a  b"};
+  EXPECT_EQ(run(spec)->output, "$(touch x) ; rm -rf a  b\n");
+
+  spec.executable = "echo";
+  EXPECT_FALSE(run(spec).has_value()) << "PATH is never searched";
+}
+
+TEST_F(UvChildProcessesTest, OutputOverTheLimitIsReadAndDropped) {
+  auto spec = RealWorld::shell("head -c 300000 /dev/zero; echo end >&2");
+  spec.outputLimit = 1000;
+  const auto exit = run(spec);
+  EXPECT_EQ(exit->code, 0) << "the child was never kept waiting";
+  EXPECT_EQ(exit->output.size(), 1000U);
+  EXPECT_EQ(exit->errors, "end\n");
+}
+
+TEST_F(UvChildProcessesTest, StreamsCanBeReopenedByNameAndInputIsEmpty) {
+  const auto exit = run(RealWorld::shell("cat; echo out > /dev/stdout; echo err > /dev/stderr"));
+  EXPECT_EQ(exit->code, 0);
+  EXPECT_EQ(exit->output, "out\n");
+  EXPECT_EQ(exit->errors, "err\n");
+}
+
+TEST_F(UvChildProcessesTest, AProcessThatKeepsTheStreamsOpenDoesNotHoldTheAnswer) {
+  const auto exit = run(RealWorld::shell("sleep 1000 & echo $!; exit 0"));
+  ASSERT_TRUE(exit.has_value());
+  EXPECT_EQ(exit->code, 0);
+  const auto left = std::stoi(exit->output);
+  EXPECT_EQ(::kill(left, 0), 0) << "what the child left behind without a time limit lives";
+  ::kill(left, SIGKILL);
+}
+
+TEST_F(UvChildProcessesTest, TheTimeLimitReachesTheWholeGroup) {
+  auto spec = RealWorld::shell("trap '' TERM; (trap '' TERM; exec sleep 1000) & echo $!; exec sleep 0.2");
+  spec.timeLimit = 50ms;
+  const auto exit = run(spec);
+  ASSERT_TRUE(exit.has_value());
+  EXPECT_TRUE(exit->timedOut);
+  const auto stubborn = std::stoi(exit->output);
+  EXPECT_TRUE(world_.wait([&] {
+    const auto stat = TemporaryFolder::read("/proc/" + std::to_string(stubborn) + "/stat");
+    return stat.empty() || stat.find(") Z ") != std::string::npos;
+  }));
+}
+
+TEST_F(UvChildProcessesTest, ChildrenRunAsAnotherUserWithoutOurGroups) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root may become somebody else";
+  auto spec = RealWorld::shell("id -u; id -G");
+  spec.runAs = {65534, 65534};
+  EXPECT_EQ(run(spec)->output, "65534\n65534\n");
+}
+
+TEST_F(UvChildProcessesTest, OwnersMayDieBeforeTheirChildren) {
+  SystemClock clock;
+  UvMainLoop loop(clock);
+  pid_t pid = 0;
+  {
+    UvChildProcesses children(loop.loop(), loop.mainQueue());
+    pid = children
+              .start(RealWorld::shell(kHangScript), nullptr,
+                     [](Result<ChildExit>) { FAIL() << "nobody is left to hear"; })
+              ->pid();
+    children.start({.executable = "/nonexistent"}, nullptr, [](Result<ChildExit>) { FAIL(); });
+  }
+  loop.turn();
+  EXPECT_EQ(::kill(pid, SIGKILL), 0);
+}
+
+TEST(LineSplitterTest, LinesAreCutAcrossPiecesAndAtTheLimit) {
+  using ::testing::ElementsAre;
+  LineSplitter splitter(4);
+  EXPECT_THAT(splitter.take("ab"), ElementsAre());
+  EXPECT_THAT(splitter.take("c\r\n\nde"), ElementsAre("abc", ""));
+  EXPECT_THAT(splitter.take("fg\n"), ElementsAre("defg")) << "at the limit";
+  EXPECT_THAT(splitter.take("12345\n"), ElementsAre("1234", "5")) << "one past it";
+  EXPECT_THAT(splitter.take("end"), ElementsAre());
+  EXPECT_THAT(splitter.rest(), ElementsAre("end"));
+  EXPECT_THAT(splitter.rest(), ElementsAre());
+}
+
+}  // namespace corvane::testing

@@ -1,0 +1,179 @@
+#include "platform/uv/uv_helper_channel.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <thread>
+
+#include "base/frame.h"
+#include "platform/posix/system_clock.h"
+#include "platform/scripted/scripted_helper_channel.h"
+#include "platform/scripted/virtual_time.h"
+#include "platform/uv/socket_address.h"
+#include "platform/uv/uv_main_loop.h"
+#include "support/temporary_folder.h"
+
+namespace corvane::testing {
+
+namespace {
+
+// A helper of one connection: reads a frame, sends what it was told to, byte by piece, and hangs up.
+class OneAnswerServer {
+ public:
+  OneAnswerServer(const std::filesystem::path& path, std::string bytes) : bytes_(std::move(bytes)) {
+    listener_ = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const auto text = SocketAddress::of(path);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    text->text().copy(address.sun_path, sizeof address.sun_path - 1);
+    EXPECT_EQ(::bind(listener_, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    EXPECT_EQ(::listen(listener_, 4), 0);
+    thread_ = std::jthread([this] { serve(); });
+  }
+  ~OneAnswerServer() {
+    ::shutdown(listener_, SHUT_RDWR);
+    thread_ = {};
+    ::close(listener_);
+  }
+  std::string received() {
+    if (thread_.joinable()) thread_.join();
+    return received_;
+  }
+
+ private:
+  void serve() {
+    const int peer = ::accept(listener_, nullptr, nullptr);
+    if (peer < 0) return;
+    FrameDecoder decoder(kRequestFrameLimit);
+    std::string block(4096, '\0');
+    for (auto body = decoder.next(); !body; body = decoder.next()) {
+      const auto got = ::read(peer, block.data(), block.size());
+      if (got <= 0) break;
+      if (!decoder.feed(std::string_view(block).substr(0, static_cast<std::size_t>(got)))) break;
+      if (auto whole = decoder.next()) {
+        received_ = *whole;
+        break;
+      }
+    }
+    for (std::size_t i = 0; i < bytes_.size(); i += 7) {
+      const auto piece = std::string_view(bytes_).substr(i, 7);
+      if (::send(peer, piece.data(), piece.size(), MSG_NOSIGNAL) < 0) break;
+    }
+    ::close(peer);
+  }
+
+  std::string bytes_;
+  std::string received_;
+  int listener_ = -1;
+  std::jthread thread_;
+};
+
+}  // namespace
+
+class UvHelperChannelTest : public ::testing::Test {
+ protected:
+  Result<std::string> ask(std::string body) {
+    UvHelperChannel channel(loop_.loop(), loop_.mainQueue(), socket_);
+    std::optional<Result<std::string>> answer;
+    channel.request(std::move(body), [&](Result<std::string> got) { answer = std::move(got); });
+    EXPECT_FALSE(answer.has_value()) << "never within the request";
+    EXPECT_TRUE(loop_.pump([&] { return answer.has_value(); }, 30s));
+    return std::move(answer).value_or(failure("test", 0, "no answer"));
+  }
+
+  SystemClock clock_;
+  UvMainLoop loop_{clock_};
+  TemporaryFolder folder_;
+  std::filesystem::path socket_ = folder_.path() / "helper.sock";
+};
+
+TEST_F(UvHelperChannelTest, ARequestIsAnsweredWholeHoweverItComes) {
+  const std::string large(200'000, 'r');
+  OneAnswerServer server(socket_, encodeFrame("the answer"));
+  EXPECT_EQ(ask(large).value(), "the answer");
+  EXPECT_EQ(server.received(), large);
+}
+
+TEST_F(UvHelperChannelTest, SocketsMayLieDeep) {
+  socket_ = folder_.path() / std::string(90, 'a') / std::string(90, 'b') / "helper.sock";
+  std::filesystem::create_directories(socket_.parent_path());
+  OneAnswerServer server(socket_, encodeFrame("deep"));
+  EXPECT_EQ(ask("{}").value(), "deep");
+}
+
+TEST_F(UvHelperChannelTest, FailuresOfTheRoadAreTyped) {
+  EXPECT_EQ(ask("{}").error().code, HelperChannelError::unreachable) << "no socket";
+  EXPECT_EQ(ask("{}").error().domain, HelperChannelError::domain);
+  folder_.write("helper.sock", "");
+  EXPECT_EQ(ask("{}").error().code, HelperChannelError::unreachable) << "a plain file";
+  EXPECT_EQ(ask(std::string(kRequestFrameLimit + 1, 'x')).error().code, HelperChannelError::requestTooLong);
+
+  const std::pair<std::string, int> rows[] = {
+      {"", HelperChannelError::hungUp},
+      {encodeFrame("torn").substr(0, 6), HelperChannelError::hungUp},
+      {std::string("\xFF\xFF\xFF\xFF", 4), HelperChannelError::answerTooLong},
+  };
+  for (const auto& [bytes, code] : rows) {
+    std::filesystem::remove(socket_);
+    OneAnswerServer server(socket_, bytes);
+    EXPECT_EQ(ask("{}").error().code, code);
+  }
+}
+
+TEST_F(UvHelperChannelTest, AChannelMayDieWithRequestsOpen) {
+  OneAnswerServer server(socket_, encodeFrame("late"));
+  {
+    UvHelperChannel channel(loop_.loop(), loop_.mainQueue(), socket_);
+    channel.request("{}", [](Result<std::string>) { FAIL() << "nobody is left to hear"; });
+    loop_.turn();
+  }
+  loop_.turn();
+}
+
+TEST(ScriptedHelperChannelTest, AnswersHangsAndDies) {
+  VirtualMachine machine;
+  ScriptedHelperChannel channel(machine.main());
+  std::vector<std::string> heard;
+  const auto ask = [&](const std::string& body) {
+    channel.request(body,
+                    [&](Result<std::string> got) { heard.push_back(got ? *got : std::to_string(got.error().code)); });
+  };
+  ask("nobody");
+  machine.runUntilIdle();
+  EXPECT_THAT(heard, ::testing::ElementsAre("1"));
+  channel.setHandler([](const std::string& body) {
+    return body == "hang" ? ScriptedAnswer{.body = std::nullopt} : ScriptedAnswer{.body = body + "!", .takes = 2s};
+  });
+  ask("a");
+  ask("hang");
+  machine.advance(1s);
+  EXPECT_EQ(heard.size(), 1U);
+  machine.advance(1s);
+  EXPECT_THAT(heard, ::testing::ElementsAre("1", "a!"));
+  channel.hangUp();
+  machine.runUntilIdle();
+  EXPECT_THAT(heard, ::testing::ElementsAre("1", "a!", "2"));
+}
+
+TEST(FrameTest, FramesSurviveEveryCutAndTheLimitIsExact) {
+  const auto stream = encodeFrame("one") + encodeFrame("") + encodeFrame(std::string(300, 'x'));
+  for (std::size_t cut = 1; cut <= stream.size(); ++cut) {
+    FrameDecoder decoder(300);
+    std::vector<std::string> bodies;
+    for (std::size_t i = 0; i < stream.size(); i += cut) {
+      ASSERT_TRUE(decoder.feed(std::string_view(stream).substr(i, cut)));
+      while (auto body = decoder.next()) bodies.push_back(*body);
+    }
+    EXPECT_THAT(bodies, ::testing::ElementsAre("one", "", std::string(300, 'x')));
+    EXPECT_FALSE(decoder.insideFrame());
+  }
+  FrameDecoder strict(299);
+  const auto fed = strict.feed(stream);
+  ASSERT_FALSE(fed);
+  EXPECT_EQ(fed.error().code, FrameDecoder::tooLong);
+}
+
+}  // namespace corvane::testing

@@ -1,0 +1,89 @@
+// What every answer to the Files port does. Instantiate with a world that has `files()` and `folder()`, an
+// existing empty folder.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+#include "platform/files.h"
+
+namespace corvane::testing {
+
+template <class World>
+class FilesContract : public ::testing::Test {
+ protected:
+  World world_;
+};
+TYPED_TEST_SUITE_P(FilesContract);
+
+TYPED_TEST_P(FilesContract, WhatWasWrittenIsReadAndReplacedWhole) {
+  Files& files = this->world_.files();
+  const auto file = this->world_.folder() / "state.json";
+  EXPECT_EQ(files.read(file).error().code, ENOENT);
+  EXPECT_FALSE(files.exists(file));
+  EXPECT_FALSE(files.size(file).has_value());
+  ASSERT_TRUE(files.replace(file, "a long first value", 0644));
+  ASSERT_TRUE(files.replace(file, "second", 0644));
+  EXPECT_EQ(files.read(file).value(), "second");
+  EXPECT_EQ(files.size(file), 6U);
+  EXPECT_TRUE(files.exists(file));
+  EXPECT_TRUE(files.modified(file).has_value());
+}
+
+TYPED_TEST_P(FilesContract, AppendingMakesTheFileAndKeepsWhatStood) {
+  Files& files = this->world_.files();
+  const auto file = this->world_.folder() / "receipts.jsonl";
+  ASSERT_TRUE(files.append(file, "one\n", 0644));
+  ASSERT_TRUE(files.append(file, "two\n", 0644));
+  EXPECT_EQ(files.read(file).value(), "one\ntwo\n");
+}
+
+TYPED_TEST_P(FilesContract, NothingIsWrittenIntoAFolderThatIsMissing) {
+  Files& files = this->world_.files();
+  const auto folder = this->world_.folder() / "a/b";
+  EXPECT_EQ(files.replace(folder / "file", "x", 0644).error().code, ENOENT);
+  EXPECT_EQ(files.append(folder / "file", "x", 0644).error().code, ENOENT);
+  ASSERT_TRUE(files.makeFolders(folder));
+  ASSERT_TRUE(files.makeFolders(folder));
+  EXPECT_TRUE(files.exists(folder));
+  EXPECT_TRUE(files.append(folder / "file", "x", 0644));
+}
+
+TYPED_TEST_P(FilesContract, AFileInTheWayOfAFolderIsToldAndKept) {
+  Files& files = this->world_.files();
+  const auto file = this->world_.folder() / "plain";
+  ASSERT_TRUE(files.replace(file, "kept", 0644));
+  EXPECT_FALSE(files.makeFolders(file / "below"));
+  EXPECT_FALSE(files.makeFolders(file));
+  EXPECT_EQ(files.read(file).value(), "kept");
+}
+
+TYPED_TEST_P(FilesContract, RenamingReplacesAndRemovingRemoves) {
+  Files& files = this->world_.files();
+  const auto from = this->world_.folder() / "from";
+  const auto to = this->world_.folder() / "to";
+  EXPECT_EQ(files.rename(from, to).error().code, ENOENT);
+  EXPECT_EQ(files.remove(from).error().code, ENOENT);
+  ASSERT_TRUE(files.replace(from, "new", 0644));
+  ASSERT_TRUE(files.replace(to, "old", 0644));
+  ASSERT_TRUE(files.rename(from, to));
+  EXPECT_FALSE(files.exists(from));
+  EXPECT_EQ(files.read(to).value(), "new");
+  ASSERT_TRUE(files.remove(to));
+  EXPECT_FALSE(files.exists(to));
+}
+
+TYPED_TEST_P(FilesContract, ErrorsNameTheFile) {
+  const auto file = this->world_.folder() / "missing";
+  const auto error = this->world_.files().read(file).error();
+  EXPECT_EQ(error.domain, "CRVFiles");
+  EXPECT_THAT(error.text, ::testing::HasSubstr(file.string()));
+}
+
+REGISTER_TYPED_TEST_SUITE_P(FilesContract, WhatWasWrittenIsReadAndReplacedWhole, AppendingMakesTheFileAndKeepsWhatStood,
+                            NothingIsWrittenIntoAFolderThatIsMissing, AFileInTheWayOfAFolderIsToldAndKept,
+                            RenamingReplacesAndRemovingRemoves, ErrorsNameTheFile);
+
+}  // namespace corvane::testing
