@@ -1,0 +1,199 @@
+#include "core/discovery/bundle_inventory.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <openssl/evp.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <system_error>
+#include <utility>
+
+#include "core/discovery/file_name_folding.h"
+#include "core/discovery/folder_reader.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::string_view kBundleExtension = ".app";
+
+char lowered(char letter) { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter; }
+
+bool containsIgnoringCase(std::string_view text, std::string_view part) {
+  return !part.empty() && !std::ranges::search(text, part, {}, lowered, lowered).empty();
+}
+
+bool isBundleName(std::string_view name) {
+  if (name.size() <= kBundleExtension.size() || name.front() == '.') return false;
+  const auto extension = name.substr(name.size() - kBundleExtension.size());
+  return std::ranges::equal(extension, kBundleExtension, {}, lowered);
+}
+
+std::optional<struct stat> statusAt(int folder, const char* name, int flags) {
+  struct stat status {};
+  if (::fstatat(folder, name, &status, flags) != 0) return std::nullopt;
+  return status;
+}
+
+std::optional<dev_t> volumeOf(const std::filesystem::path& path) {
+  const auto status = statusAt(AT_FDCWD, path.c_str(), 0);
+  return status ? std::optional(status->st_dev) : std::nullopt;
+}
+
+// One walk over the folders of applications.
+class Scan {
+ public:
+  Scan(const CorvaneConstants& constants, const ScanRules& rules, const Logger& logger)
+      : root_(constants.root.string()), rules_(rules), logger_(logger) {
+    while (root_.ends_with('/')) root_.pop_back();
+    if (rules.ignoreExternalDrives)
+      for (const auto& place : {constants.root, constants.root / "Applications", constants.home})
+        if (const auto volume = volumeOf(place)) ownVolumes_.insert(*volume);
+  }
+
+  // errno of the folder itself; 0 when it was read or is not there.
+  int walkRoot(const std::filesystem::path& folder, bool inHome) {
+    inHome_ = inHome;
+    const auto opened = Descriptor::openFolder(folder);
+    if (!opened) return opened.error() == ENOENT ? 0 : opened.error();
+    return walk(opened->get(), folder.string(), 0);
+  }
+
+  // A link counts only where it leads to a bundle that was not found without one.
+  std::vector<InstalledBundle> take() {
+    std::set<Identity> seen;
+    if (!linked_.empty())
+      for (const auto& bundle : found_)
+        if (const auto status = statusAt(AT_FDCWD, bundle.path.c_str(), 0)) seen.insert(identityOf(*status));
+    for (auto& linked : linked_)
+      if (seen.insert(linked.identity).second) found_.push_back(std::move(linked.bundle));
+    std::ranges::sort(found_, {}, &InstalledBundle::path);
+    return std::move(found_);
+  }
+
+ private:
+  using Identity = std::pair<dev_t, ino_t>;
+  struct Linked {
+    InstalledBundle bundle;
+    Identity identity;
+  };
+  static Identity identityOf(const struct stat& status) { return {status.st_dev, status.st_ino}; }
+
+  int walk(int folder, const std::string& path, int depth) {
+    auto entries = folderEntries(folder);
+    if (!entries) return entries.error();
+    // Sorted, so that which of two links to one bundle counts does not hang on the disk's order.
+    std::ranges::sort(*entries, {}, &FolderEntry::name);
+    for (const auto& entry : *entries) {
+      if (isBundleName(entry.name))
+        bundle(folder, path, entry);
+      else if (entry.kind == EntryKind::folder && depth < kScanDepth && entry.name.front() != '.')
+        subfolder(folder, path, entry, depth);
+      else if (entry.kind == EntryKind::link && depth == 0 && entry.name == "Utilities")
+        subfolder(folder, path, entry, depth);
+    }
+    return 0;
+  }
+
+  void subfolder(int folder, const std::string& path, const FolderEntry& entry, int depth) {
+    auto inner = path + "/" + entry.name;
+    if (isIgnoredPath(inner, rules_.ignoredPaths)) return;
+    const auto opened = Descriptor::openFolderAt(folder, entry.name.c_str());
+    const int problem = opened ? walk(opened->get(), inner, depth + 1) : opened.error();
+    if (problem != 0 && problem != ENOENT)
+      logger_.warning(fmt::format("Folder {} is skipped: {}", inner, std::generic_category().message(problem)));
+  }
+
+  void bundle(int folder, const std::string& path, const FolderEntry& entry) {
+    if (entry.kind != EntryKind::folder && entry.kind != EntryKind::link) return;
+    InstalledBundle found{.path = path + "/" + entry.name, .logicalPath = {}, .inHome = inHome_};
+    if (isIgnoredPath(found.path, rules_.ignoredPaths)) return;
+    found.logicalPath = found.path.starts_with(root_ + "/") ? found.path.substr(root_.size()) : found.path;
+    if (entry.kind == EntryKind::link || rules_.ignoreExternalDrives) {
+      const auto status = statusAt(folder, entry.name.c_str(), 0);
+      if (!status || !S_ISDIR(status->st_mode) || isExternal(found.path, *status, entry.kind)) return;
+      if (entry.kind == EntryKind::link) {
+        linked_.push_back({std::move(found), identityOf(*status)});
+        return;
+      }
+    }
+    found_.push_back(std::move(found));
+  }
+
+  bool isExternal(const std::string& path, const struct stat& status, EntryKind kind) const {
+    if (!rules_.ignoreExternalDrives) return false;
+    if (!ownVolumes_.contains(status.st_dev)) return true;
+    if (kind != EntryKind::link) return false;
+    std::error_code problem;
+    const auto target = std::filesystem::canonical(path, problem).string();
+    const auto root = std::filesystem::canonical(root_.empty() ? "/" : root_, problem).string();
+    return !problem && target.starts_with(root == "/" ? "/Volumes/" : root + "/Volumes/");
+  }
+
+  std::string root_;  // without a "/" behind it
+  const ScanRules& rules_;
+  const Logger& logger_;
+  std::set<dev_t> ownVolumes_;
+  bool inHome_ = false;
+  std::vector<InstalledBundle> found_;
+  std::vector<Linked> linked_;
+};
+
+}  // namespace
+
+bool isIgnoredPath(std::string_view path, const std::vector<std::string>& substrings) {
+  const auto whole = std::string(path) + "/";
+  return std::ranges::any_of(kIgnoredPathDefaults, [&](auto part) { return containsIgnoringCase(whole, part); }) ||
+         std::ranges::any_of(substrings, [&](const auto& part) { return containsIgnoringCase(whole, part); });
+}
+
+Result<BundleInventory> BundleInventory::scan(const CorvaneConstants& constants, const ScanRules& rules,
+                                              const Logger& logger) {
+  Scan scan(constants, rules, logger);
+  const auto applications = constants.root / "Applications";
+  if (const int problem = scan.walkRoot(applications, false); problem != 0)
+    return failure("CRVBundles", problem,
+                   fmt::format("The folder {} could not be read: {}", applications.string(),
+                               std::generic_category().message(problem)));
+  const auto own = constants.home / "Applications";
+  if (!constants.home.empty())
+    if (const int problem = scan.walkRoot(own, true); problem != 0)
+      logger.warning(fmt::format("Folder {} is skipped: {}", own.string(), std::generic_category().message(problem)));
+
+  BundleInventory inventory;
+  inventory.bundles_ = scan.take();
+  inventory.byName_.reserve(inventory.bundles_.size());
+  for (std::size_t i = 0; i < inventory.bundles_.size(); ++i)
+    inventory.byName_.emplace(foldedFileName(inventory.bundles_[i].fileName()), i);
+  return inventory;
+}
+
+std::vector<const InstalledBundle*> BundleInventory::named(std::string_view fileName) const {
+  std::vector<const InstalledBundle*> found;
+  const auto [first, last] = byName_.equal_range(foldedFileName(fileName));
+  for (auto at = first; at != last; ++at) found.push_back(&bundles_[at->second]);
+  std::ranges::sort(found);
+  return found;
+}
+
+std::string BundleInventory::fingerprint() const {
+  std::vector<std::string_view> paths;
+  paths.reserve(bundles_.size());
+  for (const auto& bundle : bundles_) paths.push_back(bundle.logicalPath);
+  std::ranges::sort(paths);
+  std::string all;
+  for (const auto path : paths) all.append(path).push_back('\0');  // no path holds a NUL
+  std::array<std::uint8_t, EVP_MAX_MD_SIZE> digest{};
+  unsigned length = 0;
+  EVP_Digest(all.data(), all.size(), digest.data(), &length, EVP_sha256(), nullptr);
+  std::string text;
+  for (unsigned i = 0; i < length; ++i) text += fmt::format("{:02x}", digest[i]);
+  return text;
+}
+
+}  // namespace corvane

@@ -1,0 +1,34 @@
+// Work on many small files, shared with one more thread.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <system_error>
+#include <thread>
+
+namespace corvane {
+
+// Below this many files the second thread costs more than it saves.
+inline constexpr std::size_t kWorthAThread = 64;
+
+// Calls `work(i)` once for each i below `count`, in no order, from this thread and at most one other. `work` must be
+// callable from two threads at a time and must not throw. Returns when all calls have.
+template <class Work>
+void forEachShared(std::size_t count, const Work& work) {
+  constexpr std::size_t kPortion = 16;  // neighbours in a list are neighbours on disk
+  std::atomic<std::size_t> next{0};
+  const auto takeAll = [&] {
+    for (auto from = next.fetch_add(kPortion); from < count; from = next.fetch_add(kPortion))
+      for (auto i = from; i < from + kPortion && i < count; ++i) work(i);
+  };
+  std::jthread second;
+  if (count >= kWorthAThread && std::thread::hardware_concurrency() > 1) {
+    try {
+      second = std::jthread(takeAll);
+    } catch (const std::system_error&) {  // no thread to be had: this one does it all
+    }
+  }
+  takeAll();
+}
+
+}  // namespace corvane

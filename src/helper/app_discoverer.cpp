@@ -1,0 +1,128 @@
+#include "helper/app_discoverer.h"
+
+#include <fmt/format.h>
+
+#include <cerrno>
+
+#include "core/client/xpc_service_client.h"
+#include "core/discovery/app_discovery_service.h"
+#include "core/discovery/bundle_inventory.h"
+#include "core/discovery/label_catalog.h"
+
+namespace corvane {
+
+struct AppDiscoverer::Scan {
+  Result<Apps> apps;
+  std::vector<VersionQuestion> questions;
+  CheckSetting check;
+};
+
+namespace {
+
+VersionQuestion questionFor(const Label& label, const LabelCatalog& catalog) {
+  const auto* fragment = catalog.find(label);
+  const bool computed = fragment && fragment->isComputed(LabelVariable::appNewVersion);
+  return {.label = label,
+          .literal = fragment && !computed ? fragment->appNewVersion : std::nullopt,
+          .namedInMetadata = computed || (fragment && fragment->appNewVersion && !fragment->appNewVersion->empty()),
+          .fragment = catalog.file(label).value_or(std::filesystem::path())};
+}
+
+std::optional<std::set<Label>> knownLabels(const std::optional<std::set<Label>>& asked, const LabelCatalog& catalog,
+                                           const Logger& log) {
+  if (!asked) return std::nullopt;
+  std::set<Label> known;
+  for (const auto& label : *asked) {
+    if (catalog.contains(label))
+      known.insert(label);
+    else
+      log.warning(fmt::format("The catalogue has no label {}; it is left out.", label.text));
+  }
+  return known;
+}
+
+}  // namespace
+
+Apps withLatestVersions(Apps apps, const VersionAnswers& answers) {
+  for (auto& app : apps) {
+    const auto found = answers.find(app.label);
+    if (found == answers.end()) continue;
+    app.newVersion = found->second.version;
+    app.updateCheckFailed = !app.newVersion;
+    app.updateCheckFailureReason =
+        app.newVersion ? std::nullopt : std::optional<std::string>(found->second.failureReason);
+  }
+  return apps;
+}
+
+AppDiscoverer::AppDiscoverer(Services services) : s_(std::move(services)) {}
+
+AppDiscoverer::Scan AppDiscoverer::scan(const HelperSetting& setting, const Order& order, LogSink& log) {
+  const Logger logger(log, "AppDiscoverer");
+  Scan scan{.apps = Apps{},
+            .questions = {},
+            .check = {.functions = setting.constants.fragmentsPath() / "functions.sh", .askTool = {}}};
+  if (setting.config.versionComparisonInstallomatorFallback)
+    scan.check.askTool = setting.constants.installomatorScript();
+  const auto catalog = LabelCatalog::read(setting.constants.labelsFolder(), logger);
+  if (!catalog) {
+    if (catalog.error().code != ENOENT) scan.apps = std::unexpected(XPCError::discovery(catalog.error().text));
+    return scan;
+  }
+  const auto inventory =
+      BundleInventory::scan(setting.constants, AppDiscoveryService::scanRules(setting.config), logger);
+  if (!inventory) {
+    scan.apps = std::unexpected(XPCError::discovery(inventory.error().text));
+    return scan;
+  }
+  AppDiscoveryService service(setting.config, order.latest != Latest::no, knownLabels(order.labels, *catalog, logger),
+                              setting.constants, log, setting.savedApps);
+  scan.apps = service.discoverApps(*catalog, *inventory);
+  if (order.latest == Latest::no) return scan;
+  for (const auto& app : *scan.apps) scan.questions.push_back(questionFor(app.label, *catalog));
+  return scan;
+}
+
+void AppDiscoverer::discover(Order order, Completion<Result<Apps>> done) {
+  const auto latest = order.latest;
+  runThen(
+      s_.work, s_.main,
+      [setting = s_.setting(), order = std::move(order), &log = s_.log] { return scan(setting, order, log); },
+      lifeline_.guard([this, latest, done = std::move(done)](Scan scan) mutable {
+        if (latest == Latest::no || !scan.apps) return done(std::move(scan.apps));
+        checkVersions(std::move(scan), latest, std::move(done));
+      }));
+}
+
+void AppDiscoverer::checkVersions(Scan scan, Latest latest, Completion<Result<Apps>> done) {
+  auto known = latest == Latest::remembered ? takeRemembered(scan.questions) : VersionAnswers{};
+  s_.versions.check(std::move(scan.questions), scan.check,
+                    lifeline_.guard([this, apps = std::move(*scan.apps), known = std::move(known),
+                                     done = std::move(done)](VersionAnswers answers) mutable {
+                      remember(answers);
+                      answers.merge(known);
+                      done(withLatestVersions(std::move(apps), answers));
+                    }));
+}
+
+VersionAnswers AppDiscoverer::takeRemembered(std::vector<VersionQuestion>& questions) const {
+  VersionAnswers known;
+  std::erase_if(questions, [&](const VersionQuestion& question) {
+    const auto found = remembered_.find(question.label);
+    if (found == remembered_.end() || s_.clock.steadyNow() - found->second.at > kVersionMemory) return false;
+    known[question.label] = {.version = found->second.version};
+    return true;
+  });
+  return known;
+}
+
+void AppDiscoverer::remember(const VersionAnswers& answers) {
+  for (const auto& [label, answer] : answers) {
+    if (answer.version)
+      remembered_[label] = {.version = *answer.version, .at = s_.clock.steadyNow()};
+    else
+      remembered_.erase(label);
+  }
+}
+
+}  // namespace corvane

@@ -1,0 +1,179 @@
+#include "helper/helper_connection.h"
+
+#include <fmt/format.h>
+#include <sys/socket.h>
+#include <uv.h>
+
+#include <array>
+
+namespace corvane {
+
+struct HelperConnection::Handles {
+  uv_pipe_t pipe{};
+  std::array<char, 64U << 10U> buffer{};
+
+  [[nodiscard]] uv_stream_t* stream() { return reinterpret_cast<uv_stream_t*>(&pipe); }
+  [[nodiscard]] uv_handle_t* handle() { return reinterpret_cast<uv_handle_t*>(&pipe); }
+};
+
+namespace {
+
+struct Write {
+  uv_write_t request{};
+  std::string frame;
+  std::shared_ptr<HelperConnection> connection;
+};
+
+}  // namespace
+
+HelperConnection::HelperConnection(MainQueue& main, Closed closed)
+    : main_(main), closed_(std::move(closed)), decoder_(kRequestFrameLimit), handles_(std::make_unique<Handles>()) {}
+
+HelperConnection::~HelperConnection() = default;
+
+std::shared_ptr<HelperConnection> HelperConnection::accept(uv_loop_s* loop, uv_stream_s* listening, MainQueue& main,
+                                                           Closed closed) {
+  auto connection = std::shared_ptr<HelperConnection>(new HelperConnection(main, std::move(closed)));
+  if (uv_pipe_init(loop, &connection->handles_->pipe, 0) != 0) return nullptr;
+  connection->keepAlive_ = connection;
+  connection->handles_->pipe.data = connection.get();
+  if (uv_accept(listening, connection->handles_->stream()) != 0) {
+    connection->closeNow();
+    return nullptr;
+  }
+  return connection;
+}
+
+std::optional<uid_t> HelperConnection::peerUid() const {
+  uv_os_fd_t fd = -1;
+  ucred credentials{};
+  socklen_t size = sizeof credentials;
+  if (uv_fileno(handles_->handle(), &fd) != 0) return std::nullopt;
+  if (getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &credentials, &size) != 0) return std::nullopt;
+  return credentials.uid;
+}
+
+void HelperConnection::serve(Handler handler) {
+  handler_ = std::move(handler);
+  const auto give = [](uv_handle_t* handle, std::size_t, uv_buf_t* buffer) {
+    auto& self = *static_cast<HelperConnection*>(handle->data);
+    *buffer = uv_buf_init(self.handles_->buffer.data(), static_cast<unsigned>(self.handles_->buffer.size()));
+  };
+  const auto take = [](uv_stream_t* stream, ssize_t count, const uv_buf_t* buffer) {
+    const auto self = static_cast<HelperConnection*>(stream->data)->shared_from_this();
+    if (count > 0) self->took({buffer->base, static_cast<std::size_t>(count)});
+    if (count < 0) self->ended();
+  };
+  reading_ = uv_read_start(handles_->stream(), give, take) == 0;
+  if (!reading_) return closeNow();
+  restartIdleLimit();
+}
+
+void HelperConnection::took(std::string_view bytes) {
+  const auto fed = decoder_.feed(bytes);
+  while (!last_) {
+    const auto body = decoder_.next();
+    if (!body) break;
+    takeRequest(*body);
+  }
+  if (!fed && !last_)
+    refuse({}, helperError(HelperErrorCode::tooLarge,
+                           fmt::format("a request may have {} bytes at most", kRequestFrameLimit)));
+}
+
+void HelperConnection::takeRequest(const std::string& body) {
+  auto request = parseRequest(body);
+  if (!request) return refuse(request.error().id, request.error().error);
+  if (unanswered_ == kPeerRequestsLimit)
+    return refuse(request->id, helperError(HelperErrorCode::busy,
+                                           fmt::format("{} requests of this connection wait", kPeerRequestsLimit)));
+  ++unanswered_;
+  idleLimit_.release();
+  handler_(std::move(*request), [weak = weak_from_this()](std::string answer) {
+    if (const auto self = weak.lock()) self->answer(std::move(answer));
+  });
+}
+
+void HelperConnection::ended() {
+  stopReading();
+  if (decoder_.insideFrame() && !last_)
+    return refuse({}, helperError(HelperErrorCode::malformed, "the connection ended inside a request"));
+  closeWhenAnswered();
+}
+
+void HelperConnection::answer(std::string body) {
+  --unanswered_;
+  if (refused_) return;
+  if (body.size() > kAnswerFrameLimit)
+    body = composeRefusal({}, helperError(HelperErrorCode::tooLarge, "the answer is larger than a frame may be"));
+  write(body);
+  restartIdleLimit();
+}
+
+void HelperConnection::refuse(std::string_view id, const Error& error) {
+  stopReading();
+  last_ = refused_ = true;
+  write(composeRefusal(id, error));
+  restartIdleLimit();
+}
+
+void HelperConnection::write(const std::string& body) {
+  if (uv_is_closing(handles_->handle())) return;
+  auto* write = new Write{.request = {}, .frame = encodeFrame(body), .connection = shared_from_this()};
+  write->request.data = write;
+  ++unwritten_;
+  const auto buffer = uv_buf_init(write->frame.data(), static_cast<unsigned>(write->frame.size()));
+  const auto done = [](uv_write_t* request, int status) {
+    const std::unique_ptr<Write> finished(static_cast<Write*>(request->data));
+    finished->connection->written(status == 0);
+  };
+  if (uv_write(&write->request, handles_->stream(), &buffer, 1, done) != 0) {
+    delete write;
+    --unwritten_;
+    closeNow();
+  }
+}
+
+void HelperConnection::written(bool ok) {
+  --unwritten_;
+  if (!ok) return closeNow();
+  closeIfDone();
+}
+
+void HelperConnection::stopReading() {
+  if (std::exchange(reading_, false)) uv_read_stop(handles_->stream());
+}
+
+// While a run of hours is awaited nobody is idle; once nothing is, or an answer is not taken, the limit counts.
+void HelperConnection::restartIdleLimit() {
+  if (uv_is_closing(handles_->handle())) return;
+  if (unanswered_ > 0 && unwritten_ == 0) return idleLimit_.release();
+  idleLimit_ = main_.after(kPeerIdleLimit, [this] {
+    if (unwritten_ > 0) return closeNow();
+    refuse({}, helperError(HelperErrorCode::idle, "no whole request came in 30 seconds"));
+  });
+}
+
+void HelperConnection::closeWhenAnswered() {
+  stopReading();
+  last_ = true;
+  closeIfDone();
+}
+
+void HelperConnection::closeIfDone() {
+  if (last_ && unwritten_ == 0 && (unanswered_ == 0 || refused_)) closeNow();
+}
+
+void HelperConnection::closeNow() {
+  stopReading();
+  last_ = true;
+  idleLimit_.release();
+  if (uv_is_closing(handles_->handle())) return;
+  const auto self = shared_from_this();
+  uv_close(handles_->handle(), [](uv_handle_t* handle) {
+    const auto last = std::move(static_cast<HelperConnection*>(handle->data)->keepAlive_);
+  });
+  if (closed_) closed_(self);
+}
+
+}  // namespace corvane

@@ -1,0 +1,62 @@
+// The helper's door: one socket a root, peers known by the kernel before a byte of theirs is read.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <set>
+
+#include "core/logging/logging_service.h"
+#include "helper/helper_connection.h"
+
+namespace corvane {
+
+// Peers at once: the application, corvanectl and some more; each may have several requests under way.
+inline constexpr std::size_t kPeersLimit = 64;
+
+// Main thread. The loop must outlive it, and turn once more after it has gone so that libuv's handles can end.
+class HelperListener {
+ public:
+  struct Services {
+    uv_loop_s* loop;
+    MainQueue& main;
+    LogSink& log;
+  };
+  struct Rules {
+    std::filesystem::path socket;  // its folder is made when missing
+    std::function<bool(uid_t)> mayAsk;
+    HelperConnection::Handler handler;
+  };
+
+  // Takes the lock beside the socket first, so that two helpers never serve one root, then replaces the socket
+  // that an earlier one left. Everybody may connect, for the credentials decide. Fails with errno, in the
+  // domain "CRVHelperListener"; with EALREADY when another helper holds the lock.
+  [[nodiscard]] static Result<std::unique_ptr<HelperListener>> open(Services services, Rules rules);
+  ~HelperListener();
+  HelperListener(const HelperListener&) = delete;
+  HelperListener& operator=(const HelperListener&) = delete;
+
+  // Takes no further peers and no further requests; the socket is gone from the disk. `drained` runs in a later
+  // turn, once every answer that is due has been written.
+  void stop(Task drained);
+
+  [[nodiscard]] std::size_t peers() const { return peers_.size(); }
+
+ private:
+  struct Socket;
+  HelperListener(Services services, Rules rules);
+  [[nodiscard]] Status bind();
+  void greet();
+  void left(const std::shared_ptr<HelperConnection>& peer);
+  void tellDrained();
+
+  Services s_;
+  Rules rules_;
+  Logger log_;
+  int lock_ = -1;
+  std::unique_ptr<Socket> socket_;
+  std::set<std::shared_ptr<HelperConnection>> peers_;
+  Task drained_;
+};
+
+}  // namespace corvane

@@ -1,0 +1,47 @@
+#include "helper/helper_options.h"
+
+#include <fmt/format.h>
+
+#include <set>
+#include <string_view>
+
+namespace corvane {
+namespace {
+
+std::unexpected<Error> usage(std::string_view trouble) {
+  return failure("CRVHelperOptions", 1,
+                 fmt::format("{}\nusage: CorvaneRootHelper [--root PATH] [--user NAME] [--user-home PATH]", trouble));
+}
+
+Status take(HelperOptions& options, std::string_view name, const std::string& value) {
+  if (value.empty()) return usage(fmt::format("{} needs a value", name));
+  if (name == "--user") {
+    options.user = value;
+    return {};
+  }
+  const std::filesystem::path path = std::filesystem::path(value).lexically_normal();
+  if (!path.is_absolute()) return usage(fmt::format("{} needs an absolute path", name));
+  if (name == "--root")
+    options.root = path;
+  else
+    options.userHome = path;
+  return {};
+}
+
+}  // namespace
+
+Result<HelperOptions> HelperOptions::parse(std::span<const char* const> arguments) {
+  HelperOptions options;
+  std::set<std::string_view> seen;
+  for (std::size_t i = 0; i < arguments.size(); i += 2) {
+    const std::string_view name = arguments[i];
+    if (name != "--root" && name != "--user" && name != "--user-home")
+      return usage(fmt::format("unknown argument {}", name));
+    if (!seen.insert(name).second) return usage(fmt::format("{} is given twice", name));
+    if (i + 1 == arguments.size()) return usage(fmt::format("{} needs a value", name));
+    if (auto taken = take(options, name, arguments[i + 1]); !taken) return std::unexpected(taken.error());
+  }
+  return options;
+}
+
+}  // namespace corvane

@@ -1,0 +1,121 @@
+#include "helper/helper_service.h"
+
+#include <fmt/format.h>
+
+#include <set>
+#include <utility>
+#include <variant>
+
+namespace corvane {
+namespace {
+
+template <class T>
+std::string body(std::string_view id, const Result<T>& result) {
+  return result ? composeAnswer(id, toJson(*result)) : composeRefusal(id, result.error());
+}
+
+Error stoppingError() { return helperError(HelperErrorCode::stopping, "The helper is stopping"); }
+
+template <class... F>
+struct Overloaded : F... {
+  using F::operator()...;
+};
+
+}  // namespace
+
+HelperService::HelperService(Services services) : s_(std::move(services)), log_(s_.log, "CorvaneRootHelper") {}
+
+HelperService::~HelperService() {
+  for (auto& [ticket, waiting] : waiting_) waiting.answer.abandon();
+}
+
+HelperService::Answer HelperService::counted(Answer answer) {
+  ++open_;
+  return [answer = std::move(answer), tell = lifeline_.guard([this] {
+    --open_;
+    tellAnswered();
+  })](std::string text) mutable {
+    answer(std::move(text));
+    tell();
+  };
+}
+
+void HelperService::tellAnswered() {
+  if (open_ == 0 && answered_) s_.main.post(std::exchange(answered_, nullptr));
+}
+
+void HelperService::handle(HelperRequest request, Completion<std::string> given) {
+  auto answer = counted(std::move(given));
+  auto& id = request.id;
+  if (stopping_) return answer(composeRefusal(id, stoppingError()));
+  std::visit(Overloaded{
+                 [&](const ask::Status&) { answer(composeAnswer(id, toJson(s_.status()))); },
+                 [&](const ask::PatchingProgress&) { answer(composeAnswer(id, toJson(s_.runner.progress()))); },
+                 [&](const ask::DiscoverInstalled&) { discover({}, std::move(id), std::move(answer)); },
+                 [&](const ask::DiscoverWithUpdates&) {
+                   discover({.latest = AppDiscoverer::Latest::fresh}, std::move(id), std::move(answer));
+                 },
+                 [&](ask::DiscoverForLabels& scoped) {
+                   const auto latest =
+                       scoped.includeLatestVersions ? AppDiscoverer::Latest::fresh : AppDiscoverer::Latest::no;
+                   discover({.labels = std::set<Label>(scoped.labels.begin(), scoped.labels.end()), .latest = latest},
+                            std::move(id), std::move(answer));
+                 },
+                 [&](ask::StartPatching& run) { queueRun(std::move(run), std::move(id), std::move(answer)); },
+             },
+             request.question);
+}
+
+void HelperService::discover(AppDiscoverer::Order order, std::string id, Answer answer) {
+  s_.discoverer.discover(std::move(order), [id = std::move(id), answer = std::move(answer)](Result<Apps> apps) mutable {
+    answer(body(id, apps));
+  });
+}
+
+void HelperService::queueRun(ask::StartPatching request, std::string id, Answer answer) {
+  const auto offer = queue_.offer(std::move(request));
+  if (offer.replaced)
+    answerTicket(*offer.replaced, std::unexpected(helperError(HelperErrorCode::replaced,
+                                                              "A newer staging request took the place of this one")));
+  if (!offer.ticket) {
+    log_.warning("Refused a run: too many wait already.");
+    return answer(
+        composeRefusal(id, helperError(HelperErrorCode::busy,
+                                       fmt::format("The helper is busy: {} runs wait already", kWaitingRunsLimit))));
+  }
+  waiting_.emplace(*offer.ticket, Waiting{.id = std::move(id), .answer = std::move(answer)});
+  startNextRun();
+}
+
+void HelperService::startNextRun() {
+  auto run = queue_.startNext();
+  if (!run) return;
+  const auto& stage = run->request.alsoStageLabels;
+  if (!stage.empty()) log_.info(fmt::format("Staging is asked for {} label(s): {}.", stage.size(), joined(stage)));
+  if (run->request.labels.empty()) return runEnded(run->ticket, answerOf({}));
+  s_.runner.run(run->request.labels, lifeline_.guard([this, ticket = run->ticket](Result<PatchRunAnswer> result) {
+    runEnded(ticket, std::move(result));
+  }));
+}
+
+void HelperService::runEnded(RunQueue::Ticket ticket, Result<PatchRunAnswer> result) {
+  queue_.finished();
+  answerTicket(ticket, result);
+  if (!stopping_) startNextRun();
+}
+
+void HelperService::answerTicket(RunQueue::Ticket ticket, const Result<PatchRunAnswer>& result) {
+  auto found = waiting_.extract(ticket);
+  if (!found.empty()) found.mapped().answer(body(found.mapped().id, result));
+}
+
+void HelperService::stop(Task answered) {
+  stopping_ = true;
+  answered_ = std::move(answered);
+  s_.versions.stop();
+  s_.runner.stop();
+  for (const auto ticket : queue_.dropWaiting()) answerTicket(ticket, std::unexpected(stoppingError()));
+  tellAnswered();
+}
+
+}  // namespace corvane

@@ -1,0 +1,62 @@
+// What the helper does about a request: answers, or puts a run in its place. Knows no socket.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+
+#include "base/lifeline.h"
+#include "core/client/helper_messages.h"
+#include "core/logging/logging_service.h"
+#include "helper/app_discoverer.h"
+#include "helper/patch_runner.h"
+#include "helper/run_queue.h"
+
+namespace corvane {
+
+// Main thread. Each completion runs exactly once with a finished answer body. Status, progress and checks are
+// answered during a run.
+class HelperService {
+ public:
+  struct Services {
+    MainQueue& main;
+    LogSink& log;
+    AppDiscoverer& discoverer;
+    VersionChecker& versions;
+    PatchRunner& runner;
+    std::function<StatusInfo()> status;
+  };
+  explicit HelperService(Services services);
+  ~HelperService();
+
+  void handle(HelperRequest request, Completion<std::string> answer);
+
+  // Ends the run in hand and all children, and answers everybody who waits with `stopping`, as all who ask later.
+  // `answered` runs in a later turn, once nobody waits any more.
+  void stop(Task answered);
+
+ private:
+  using Answer = Completion<std::string>;
+  struct Waiting {
+    std::string id;
+    Answer answer;
+  };
+  [[nodiscard]] Answer counted(Answer answer);
+  void tellAnswered();
+  void discover(AppDiscoverer::Order order, std::string id, Answer answer);
+  void queueRun(ask::StartPatching request, std::string id, Answer answer);
+  void startNextRun();
+  void runEnded(RunQueue::Ticket ticket, Result<PatchRunAnswer> result);
+  void answerTicket(RunQueue::Ticket ticket, const Result<PatchRunAnswer>& result);
+
+  Services s_;
+  Logger log_;
+  RunQueue queue_;
+  std::map<RunQueue::Ticket, Waiting> waiting_;
+  std::size_t open_ = 0;  // requests that were not answered yet
+  Task answered_;
+  bool stopping_ = false;
+  Lifeline lifeline_;
+};
+
+}  // namespace corvane

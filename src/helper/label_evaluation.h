@@ -1,0 +1,49 @@
+// How zsh is asked for a label's latest version: what the child is given, and what its end tells. Starts nothing.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "core/records/app_info.h"
+#include "platform/child_processes.h"
+
+namespace corvane {
+
+// One label may take this long: of the public catalogue all but eight, which never end without a network, take
+// well below a second beside their downloads.
+inline constexpr Duration kLabelTimeLimit = 20s;
+// The kernel takes 128 KiB an argument; no label comes near.
+inline constexpr std::size_t kEvaluatedFragmentLimit = 120U << 10U;
+
+// The latest version of a label, or why there is none, for the row. `notInMetadata`: the label ran to its end
+// and named no version at all, so only a download could tell.
+struct VersionAnswer {
+  std::optional<std::string> version;
+  std::string failureReason;
+  bool notInMetadata = false;
+  friend bool operator==(const VersionAnswer&, const VersionAnswer&) = default;
+};
+[[nodiscard]] VersionAnswer versionFailure(std::string_view reason);
+
+// What all evaluations of one check share.
+struct EvaluationSetting {
+  std::string zsh;                  // absolute path
+  std::filesystem::path functions;  // the tool's functions.sh, readable by the child
+  std::filesystem::path home;       // a scratch folder that the child may write to
+  std::optional<std::pair<uid_t, gid_t>> runAs;
+};
+
+// A child that evaluates `fragment` for `label` and then prints `marker` and the version on a line of its own. The
+// marker must be unguessable: the label's own output, and that of pages, comes on the same stream.
+[[nodiscard]] ChildSpec evaluationChild(const EvaluationSetting& setting, const Label& label, std::string fragment,
+                                        const std::string& marker);
+
+[[nodiscard]] VersionAnswer readEvaluation(const Result<ChildExit>& exit, std::string_view marker);
+
+// PATH, LANG and `home`: the whole environment of every child of the helper.
+[[nodiscard]] std::vector<std::pair<std::string, std::string>> childEnvironment(const std::filesystem::path& home);
+
+}  // namespace corvane

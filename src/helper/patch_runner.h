@@ -1,0 +1,82 @@
+// One patch run: label after label through the tool, each verified before its receipt is written. Who may start a
+// run, and when, is the queue's business.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/lifeline.h"
+#include "base/main_queue.h"
+#include "core/history/receipt_manager.h"
+#include "core/logging/logging_service.h"
+#include "helper/app_discoverer.h"
+#include "helper/patch_decision.h"
+#include "helper/run_record.h"
+#include "platform/child_processes.h"
+#include "platform/clock.h"
+
+namespace corvane {
+
+// The tool's own dialogs wait for a person for hours; what takes longer has hung.
+inline constexpr Duration kLabelInstallLimit = 2h;
+
+// Whether the tool can be run, and by a root helper safely: a regular file with leave to execute, and for root one
+// that belongs to root and that nobody else may write to. Fails with HelperErrorCode::notReady and a text for the
+// user.
+[[nodiscard]] Status checkTool(const std::filesystem::path& script, uid_t ownUid);
+
+// "<label>", "DEBUG=0" and the configured options, quoted for the tool's evaluation; what is left out goes to the log.
+[[nodiscard]] std::vector<std::string> toolArguments(const Label& label, const HelperSetting& setting,
+                                                     const Logger& log);
+
+// Main thread. One run at a time.
+class PatchRunner {
+ public:
+  struct Services {
+    ChildProcesses& children;
+    MainQueue& main;
+    const Clock& clock;
+    LogSink& log;
+    ReceiptManager& receipts;
+    AppDiscoverer& discoverer;
+    RunRecord& record;
+    std::function<HelperSetting()> setting;
+    std::filesystem::path toolHome;  // HOME of the tool
+    uid_t ownUid = 0;
+  };
+  explicit PatchRunner(Services services);
+  ~PatchRunner();
+
+  // Settings are read once a label, so that a change counts from the next one on. Runs `done` once, in a later turn:
+  // with the run's answer; with notReady, unknownLabel (none of the labels is known), storage, stopping, or what
+  // discovery failed with, when nothing was or could be done.
+  void run(const Labels& labels, Completion<Result<PatchRunAnswer>> done);
+
+  [[nodiscard]] PatchProgressInfo progress() const;
+
+  // Ends the tool and the run, which is answered with `stopping`. The label in hand gets no receipt.
+  void stop();
+
+ private:
+  struct Run;
+  void begin(Result<Apps> apps);
+  void nextLabel();
+  void runTool(const Label& label, const AppInfo& before);
+  void toolLine(const Label& label, std::string_view line);
+  void toolEnded(const AppInfo& before, Result<ChildExit> exit);
+  void verify(const AppInfo& before, ToolEnd end);
+  void settle(PatchOutcome outcome);
+  void finish(Result<PatchRunAnswer> answer);
+
+  Services s_;
+  Logger log_;
+  Logger tool_;
+  std::unique_ptr<Run> run_;
+  Lifeline lifeline_;
+};
+
+}  // namespace corvane

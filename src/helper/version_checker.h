@@ -1,0 +1,93 @@
+// Finds latest versions: literals at once, all others by children, a few at a time and within limits. Keeps
+// nothing between two checks and judges no application.
+#pragma once
+
+#include <deque>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "base/lifeline.h"
+#include "base/main_queue.h"
+#include "core/logging/logging_service.h"
+#include "helper/label_evaluation.h"
+#include "platform/child_processes.h"
+#include "platform/entropy.h"
+
+namespace corvane {
+
+// Children at once, over all checks under way: they wait for pages most of the time.
+inline constexpr std::size_t kChildrenAtOnce = 8;
+// A whole check ends by then, so that its asker, who warns after 90 seconds, has the answer before.
+inline constexpr Duration kCheckTimeLimit = 80s;
+
+struct VersionQuestion {
+  Label label;
+  std::optional<std::string> literal;  // what the fragment states as plain text
+  bool namedInMetadata = true;         // false: the fragment never sets a version
+  std::filesystem::path fragment;
+};
+
+using VersionAnswers = std::map<Label, VersionAnswer>;
+
+// One check's way of working, from the settings of the moment.
+struct CheckSetting {
+  std::filesystem::path functions;               // the tool's functions
+  std::optional<std::filesystem::path> askTool;  // the tool itself, asked where the metadata names no version
+};
+
+// Main thread.
+class VersionChecker {
+ public:
+  struct Services {
+    ChildProcesses& children;
+    MainQueue& main;
+    Entropy& entropy;
+    LogSink& log;
+    std::size_t childrenAtOnce = kChildrenAtOnce;
+  };
+  // `zsh`: where the shell lies on this machine; absent when it has none. `runAs`: whom children run as, absent for
+  // our own account.
+  VersionChecker(Services services, std::optional<std::string> zsh, std::optional<std::pair<uid_t, gid_t>> runAs);
+  ~VersionChecker();
+
+  // `done` runs exactly once, in a later turn, with an answer for each label. Several checks share the children.
+  void check(std::vector<VersionQuestion> questions, const CheckSetting& setting, Completion<VersionAnswers> done);
+
+  // Ends all children; checks under way are answered in a later turn with what is known by then.
+  void stop();
+
+ private:
+  struct Check;
+  struct Job {
+    std::shared_ptr<Check> check;
+    VersionQuestion question;
+    bool byTool = false;
+  };
+
+  [[nodiscard]] Status prepareScratch(Check& check, const std::filesystem::path& functions) const;
+  void startWaiting();
+  void startEvaluation(const Job& job);
+  void startToolQuestion(const Job& job);
+  void start(const Job& job, ChildSpec spec, std::function<void(std::string_view)> onLine,
+             std::move_only_function<VersionAnswer(const Result<ChildExit>&)> read);
+  void childEnded(const Job& job, VersionAnswer answer);
+  void settle(const std::shared_ptr<Check>& check, const Label& label, VersionAnswer answer);
+  void finish(const std::shared_ptr<Check>& check, std::string_view reasonForTheRest);
+
+  Services s_;
+  Logger log_;
+  std::optional<std::string> zsh_;
+  std::optional<std::pair<uid_t, gid_t>> runAs_;
+  std::deque<Job> waiting_;
+  std::set<std::shared_ptr<Check>> checks_;
+  std::size_t running_ = 0;
+  Lifeline lifeline_;
+};
+
+}  // namespace corvane

@@ -1,0 +1,252 @@
+// The root helper: chooses its adapters, builds its rooms and serves until it is told to end.
+#include <fmt/format.h>
+#include <grp.h>
+#include <pwd.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <uv.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include "base/notification_center.h"
+#include "core/history/receipt_manager.h"
+#include "core/logging/logging_service.h"
+#include "core/preferences/preference_manager.h"
+#include "helper/app_discoverer.h"
+#include "helper/console_preference_domains.h"
+#include "helper/console_user.h"
+#include "helper/heartbeat.h"
+#include "helper/helper_listener.h"
+#include "helper/helper_options.h"
+#include "helper/helper_service.h"
+#include "helper/patch_runner.h"
+#include "helper/run_record.h"
+#include "helper/version_checker.h"
+#include "platform/linux/linux_locale.h"
+#include "platform/posix/folder_ownership.h"
+#include "platform/posix/posix_files.h"
+#include "platform/posix/system_clock.h"
+#include "platform/posix/system_entropy.h"
+#include "platform/uv/uv_child_processes.h"
+#include "platform/uv/uv_main_loop.h"
+#include "platform/uv/uv_work_queue.h"
+
+namespace corvane {
+namespace {
+
+// A stop that takes longer than this (a peer that does not read, a scan of a dead network volume) is cut short.
+constexpr Duration kStopLimit = 5s;
+constexpr const char* kNobodysHome = "/var/empty";
+
+std::optional<std::string> findZsh() {
+  for (const char* path : {"/bin/zsh", "/usr/bin/zsh"})
+    if (access(path, X_OK) == 0) return path;
+  return std::nullopt;
+}
+
+// Whom children run as that only look: nobody, when there is a choice.
+std::optional<std::pair<uid_t, gid_t>> unprivilegedAccount() {
+  if (geteuid() != 0) return std::nullopt;
+  const auto* nobody = getpwnam("nobody");
+  if (!nobody) return std::nullopt;
+  return std::pair{nobody->pw_uid, nobody->pw_gid};
+}
+
+std::string ownHome(const ConsoleUserSource& console) {
+  if (geteuid() != 0) {
+    const auto user = console.current();
+    return user ? user->home.string() : "/";
+  }
+  const auto* root = getpwuid(0);
+  return root ? root->pw_dir : "/";
+}
+
+CorvaneConstants constantsFor(const std::filesystem::path& root, const std::optional<ConsoleUser>& user) {
+  return {.root = root, .home = user ? user->home : std::filesystem::path(kNobodysHome)};
+}
+
+// The signals that end the helper, heard by the loop.
+class EndSignals {
+ public:
+  EndSignals(uv_loop_t* loop, std::function<void()> end) : end_(std::move(end)) {
+    int at = 0;
+    for (const int number : {SIGTERM, SIGINT}) {
+      uv_signal_init(loop, &signals_[at]);
+      signals_[at].data = this;
+      uv_signal_start(
+          &signals_[at], [](uv_signal_t* s, int) { static_cast<EndSignals*>(s->data)->end_(); }, number);
+      ++at;
+    }
+  }
+  void close() {
+    for (auto& one : signals_) uv_close(reinterpret_cast<uv_handle_t*>(&one), nullptr);
+  }
+
+ private:
+  std::function<void()> end_;
+  uv_signal_t signals_[2]{};
+};
+
+// All of a helper, in the order in which each leans on those before it.
+class Daemon {
+ public:
+  Daemon(const HelperOptions& options, ConsoleUserSource console)
+      : options_(options),
+        console_(std::move(console)),
+        places_(constantsFor(options.root, std::nullopt)),
+        loop_(clock_),
+        main_(loop_.mainQueue()),
+        notifications_(main_),
+        log_({.system = places_.logFile(), .archive = places_.logArchiveFolder(), .fallback = std::nullopt},
+             LogRole::helper, files_, clock_, [zone = LinuxLocale().calendar()] { return zone; }),
+        domains_({.managed = places_.managedPreferencesPath(),
+                  .consoleUser = [this] { return console_.current(); },
+                  .userFile = [this](const auto& home) { return constantsForHome(home).userPreferencesPath(); }},
+                 [this](std::string_view text) { Logger(log_, "Preferences").warning(text); }),
+        preferences_(domains_, notifications_, log_),
+        receipts_(places_.receipts(), files_, log_),
+        children_(loop_.loop(), main_),
+        versions_({.children = children_, .main = main_, .entropy = entropy_, .log = log_}, findZsh(),
+                  unprivilegedAccount()),
+        discoverer_({.work = work_,
+                     .main = main_,
+                     .clock = clock_,
+                     .log = log_,
+                     .versions = versions_,
+                     .setting = [this] { return setting(); }}),
+        record_(places_.supportFolder() / "helper-run.json", files_, clock_, log_),
+        runner_({.children = children_,
+                 .main = main_,
+                 .clock = clock_,
+                 .log = log_,
+                 .receipts = receipts_,
+                 .discoverer = discoverer_,
+                 .record = record_,
+                 .setting = [this] { return setting(); },
+                 .toolHome = ownHome(console_),
+                 .ownUid = geteuid()}),
+        service_({.main = main_,
+                  .log = log_,
+                  .discoverer = discoverer_,
+                  .versions = versions_,
+                  .runner = runner_,
+                  .status = [this] { return status(); }}),
+        startedAt_(clock_.now()) {}
+
+  int run() {
+    const Logger log(log_, "CorvaneRootHelper");
+    auto listener =
+        HelperListener::open({.loop = loop_.loop(), .main = main_, .log = log_},
+                             {.socket = places_.helperSocket(),
+                              .mayAsk = [this](uid_t peer) { return mayAsk(peer, geteuid(), consoleUid()); },
+                              .handler =
+                                  [this](HelperRequest request, Completion<std::string> answer) {
+                                    service_.handle(std::move(request), std::move(answer));
+                                  }});
+    if (!listener) {
+      log.error(listener.error().text);
+      fmt::print(stderr, "CorvaneRootHelper: {}\n", listener.error().text);
+      return 1;
+    }
+    if (auto made = files_.makeFolders(places_.supportFolder()); !made) log.error(made.error().text);
+    record_.settle();
+    log.info(fmt::format("Version {} serves {} as user {}.", CORVANE_VERSION, options_.root.string(), geteuid()));
+    auto heartbeat = std::make_unique<Heartbeat>(places_.helperHeartbeat(), files_, clock_, main_, log_);
+    Lease limit;
+    EndSignals signals(loop_.loop(), [&] {
+      if (limit.active()) return;
+      log.info("Told to end.");
+      heartbeat.reset();
+      limit = main_.after(kStopLimit, [this, &log] {
+        log.warning("The end took too long and was cut short.");
+        // What still runs would outlive what it refers to, so nothing is taken down.
+        std::_Exit(0);
+      });
+      service_.stop([this, &listener] { (*listener)->stop([this] { loop_.quit(0); }); });
+    });
+    const int code = loop_.run();
+    limit.release();
+    signals.close();
+    listener->reset();
+    loop_.turn();
+    log.info("Ended.");
+    return code;
+  }
+
+ private:
+  [[nodiscard]] CorvaneConstants constantsForHome(const std::filesystem::path& home) const {
+    return {.root = options_.root, .home = home};
+  }
+
+  [[nodiscard]] std::optional<uid_t> consoleUid() const {
+    const auto user = console_.current();
+    return user ? std::optional(user->uid) : std::nullopt;
+  }
+
+  HelperSetting setting() {
+    HelperSetting setting{.config = preferences_.loadConfiguration(),
+                          .optionsAreManaged = preferences_.isManaged("InstallomatorOptions"),
+                          .constants = constantsFor(options_.root, console_.current()),
+                          .savedApps = preferences_.readDiscoveredApps().value_or(Apps{})};
+    log_.refreshVerbosityFromPreferences(setting.config.verboseMode, setting.config.debugMode);
+    return setting;
+  }
+
+  [[nodiscard]] StatusInfo status() const {
+    return {.helperVersion = CORVANE_VERSION,
+            .processIdentifier = getpid(),
+            .startedAt = startedAt_,
+            .installomatorAvailable = files_.exists(places_.installomatorScript())};
+  }
+
+  HelperOptions options_;
+  ConsoleUserSource console_;
+  CorvaneConstants places_;
+  SystemClock clock_;
+  SystemEntropy entropy_;
+  PosixFiles files_;
+  UvMainLoop loop_;
+  MainQueue& main_;
+  NotificationCenter notifications_;
+  LoggingService log_;
+  ConsolePreferenceDomains domains_;
+  PreferenceManager preferences_;
+  ReceiptManager receipts_;
+  UvChildProcesses children_;
+  UvWorkQueue work_;
+  VersionChecker versions_;
+  AppDiscoverer discoverer_;
+  RunRecord record_;
+  PatchRunner runner_;
+  HelperService service_;
+  Date startedAt_;
+};
+
+// A root that others may change would let them choose what runs here.
+Status checkRoot(const std::filesystem::path& root) {
+  if (root == "/") return {};
+  return checkOwnFolder(root);
+}
+
+int serve(int count, char** arguments) {
+  const auto options = HelperOptions::parse(std::span(arguments + 1, static_cast<std::size_t>(count - 1)));
+  const auto root = options ? checkRoot(options->root) : Status(std::unexpected(options.error()));
+  auto console = root ? ConsoleUserSource::create(*options) : Result<ConsoleUserSource>(std::unexpected(root.error()));
+  if (!console) {
+    fmt::print(stderr, "CorvaneRootHelper: {}\n", console.error().text);
+    return options ? 1 : 2;
+  }
+  clearenv();
+  umask(022);
+  signal(SIGPIPE, SIG_IGN);
+  Daemon daemon(*options, std::move(*console));
+  return daemon.run();
+}
+
+}  // namespace
+}  // namespace corvane
+
+int main(int count, char** arguments) { return corvane::serve(count, arguments); }

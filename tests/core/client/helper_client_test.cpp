@@ -1,0 +1,91 @@
+#include <gtest/gtest.h>
+
+#include "core/client/helper_service_client.h"
+#include "platform/scripted/scripted_entropy.h"
+#include "platform/scripted/scripted_helper_channel.h"
+#include "platform/scripted/virtual_time.h"
+
+namespace corvane {
+namespace {
+
+TEST(HelperMessages, EveryQuestionComesBackAsItWasAsked) {
+  const HelperQuestion questions[] = {
+      ask::Status{},
+      ask::DiscoverInstalled{},
+      ask::DiscoverWithUpdates{},
+      ask::DiscoverForLabels{.labels = {Label("a-1"), Label("B_2")}, .includeLatestVersions = true},
+      ask::StartPatching{.labels = {Label("a")}, .alsoStageLabels = {Label("b")}},
+      ask::PatchingProgress{},
+  };
+  for (const auto& question : questions) {
+    const HelperRequest request{.id = "7", .question = question};
+    const auto read = parseRequest(composeRequest(request));
+    ASSERT_TRUE(read) << operationName(question);
+    EXPECT_EQ(*read, request);
+  }
+}
+
+std::string labelsRequest(std::size_t count, std::size_t length) {
+  JsonArray labels;
+  for (std::size_t i = 0; i < count; ++i) {
+    auto label = std::to_string(i);
+    label.insert(0, length > label.size() ? length - label.size() : 0, 'a');
+    labels.emplace_back(label);
+  }
+  return writeJson(JsonObject{
+      {"version", 1}, {"id", "t"}, {"op", "discoverForLabels"}, {"labels", labels}, {"includeLatestVersions", false}});
+}
+
+TEST(HelperMessages, LimitsHoldAtTheLimitAndOnePastIt) {
+  EXPECT_TRUE(parseRequest(labelsRequest(kHelperLabelsLimit, 5)));
+  EXPECT_EQ(parseRequest(labelsRequest(kHelperLabelsLimit + 1, 5)).error().error.code,
+            static_cast<int>(HelperErrorCode::tooLarge));
+  EXPECT_TRUE(parseRequest(labelsRequest(1, kHelperLabelLengthLimit)));
+  EXPECT_EQ(parseRequest(labelsRequest(1, kHelperLabelLengthLimit + 1)).error().error.code,
+            static_cast<int>(HelperErrorCode::tooLarge));
+  EXPECT_TRUE(parseRequest(composeRequest({.id = std::string(kHelperIdLengthLimit, 'x'), .question = ask::Status{}})));
+  EXPECT_FALSE(
+      parseRequest(composeRequest({.id = std::string(kHelperIdLengthLimit + 1, 'x'), .question = ask::Status{}})));
+}
+
+TEST(HelperMessages, AnAnswerOfAnotherRequestOrVersionIsNoAnswer) {
+  EXPECT_TRUE(parseAnswer(composeAnswer("a", true), "a"));
+  EXPECT_FALSE(parseAnswer(composeAnswer("a", true), "b"));
+  EXPECT_FALSE(parseAnswer("{}", "a"));
+  EXPECT_FALSE(parseAnswer(R"({"version":1,"id":"a"})", "a"));
+  EXPECT_TRUE(
+      isHelperError(parseAnswer(R"({"version":2,"id":"a","result":1})", "a").error(), HelperErrorCode::version));
+  const auto busy = helperError(HelperErrorCode::busy, "wait");
+  EXPECT_EQ(parseAnswer(composeRefusal("", busy), "a").error(), busy) << "refused before its id could be read";
+}
+
+TEST(HelperServiceClient, DeliversAnswersErrorsAndIdleProgressWhenOutOfReach) {
+  VirtualMachine machine;
+  ScriptedEntropy entropy;
+  ScriptedHelperChannel channel(machine.main());
+  HelperServiceClient client(channel, entropy);
+  std::optional<PatchProgressInfo> progress;
+  client.getPatchingProgress([&](PatchProgressInfo info) { progress = info; });
+  std::optional<Result<PatchRunAnswer>> run;
+  client.startPatching({Label("a")}, {}, [&](Result<PatchRunAnswer> answer) { run = std::move(answer); });
+  EXPECT_FALSE(progress) << "never inline";
+  machine.runUntilIdle();
+  EXPECT_EQ(progress, PatchProgressInfo{});
+  EXPECT_EQ(run->error().domain, scriptedUnreachable().domain);
+
+  channel.setHandler([](const std::string& body) {
+    const auto request = parseRequest(body).value();
+    if (std::holds_alternative<ask::StartPatching>(request.question))
+      return ScriptedAnswer{.body = composeAnswer(request.id, toJson(PatchRunAnswer{true, "Updated 1 of 1.", 1}))};
+    return ScriptedAnswer{.body = composeRefusal(request.id, Error{"CRVHelper", 1, "no labels"})};
+  });
+  std::optional<Result<Apps>> apps;
+  client.startPatching({Label("a")}, {}, [&](Result<PatchRunAnswer> answer) { run = std::move(answer); });
+  client.discoverAppsWithUpdates([&](Result<Apps> answer) { apps = std::move(answer); });
+  machine.runUntilIdle();
+  EXPECT_EQ(run->value(), (PatchRunAnswer{true, "Updated 1 of 1.", 1}));
+  EXPECT_TRUE(XPCError::isDiscoveryFailed(apps->error()));
+}
+
+}  // namespace
+}  // namespace corvane

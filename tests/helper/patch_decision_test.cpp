@@ -1,0 +1,100 @@
+#include "helper/patch_decision.h"
+
+#include <gtest/gtest.h>
+
+#include "core/policies/installomator_exit_code.h"
+
+namespace corvane {
+namespace {
+
+AppInfo app(std::optional<std::string> installed, std::optional<std::string> latest) {
+  AppInfo info;
+  info.label = Label("quill");
+  info.name = "Quill";
+  info.currentVersion = std::move(installed);
+  info.newVersion = std::move(latest);
+  if (info.currentVersion) info.appPath = "/Applications/Quill.app";
+  return info;
+}
+
+TEST(PatchDecision, GuardsAgainstDowngradesBeforeTheToolRuns) {
+  CorvaneConfiguration config;
+  CorvaneConfiguration exact;
+  exact.versionComparisonMethod = VersionComparisonMethod::equalTo;
+  CorvaneConfiguration forced;
+  forced.installomatorOptions = "INSTALL=force";
+  forced.requiredLabels = {"quill"};
+  CorvaneConfiguration forcedOther = forced;
+  forcedOther.requiredLabels = {"other"};
+  const struct {
+    const char* what;
+    std::optional<AppInfo> app;
+    CorvaneConfiguration config;
+    PatchStep step;
+  } rows[] = {
+      {"older", app("1.0", "2.0"), config, PatchStep::install},
+      {"equal by value", app("1.10", "1.10.0"), config, PatchStep::leaveCurrent},
+      {"newer than the label", app("3.0", "2.0"), config, PatchStep::leaveCurrent},
+      {"newer, but the exact version is wanted", app("3.0", "2.0"), exact, PatchStep::install},
+      {"not installed", app(std::nullopt, "2.0"), config, PatchStep::install},
+      {"latest unknown", app("1.0", std::nullopt), config, PatchStep::install},
+      {"current, reinstalled as required", app("2.0", "2.0"), forced, PatchStep::install},
+      {"current, another is required", app("2.0", "2.0"), forcedOther, PatchStep::leaveCurrent},
+      {"not in the catalogue", std::nullopt, config, PatchStep::refuseUnknown},
+  };
+  for (const auto& row : rows) EXPECT_EQ(decideBeforeRun(row.app, row.config), row.step) << row.what;
+}
+
+TEST(PatchDecision, BelievesTheInstalledVersionAndNotTheExitCode) {
+  const struct {
+    const char* what;
+    AppInfo before;
+    std::optional<AppInfo> after;
+    ToolEnd end;
+    PatchingStatus status;
+    std::int64_t code;
+    bool installed;
+  } rows[] = {
+      {"reached", app("1.0", "2.0"), app("2.0", {}), {.code = 0}, PatchingStatus::success, 0, true},
+      {"beyond", app("1.0", "2.0"), app("2.1", {}), {.code = 0}, PatchingStatus::success, 0, true},
+      {"still the old one", app("1.0", "2.0"), app("1.0", {}), {.code = 0}, PatchingStatus::failure, -1, false},
+      {"half way", app("1.0", "2.0"), app("1.5", {}), {.code = 0}, PatchingStatus::failure, -1, false},
+      {"nothing there", app({}, "2.0"), app({}, {}), {.code = 0}, PatchingStatus::failure, -1, false},
+      {"gone from the catalogue", app("1.0", "2.0"), std::nullopt, {.code = 0}, PatchingStatus::failure, -1, false},
+      {"target unknown, changed", app("1.0", {}), app("1.1", {}), {.code = 0}, PatchingStatus::success, 0, true},
+      {"target unknown, unchanged", app("1.0", {}), app("1.0", {}), {.code = 0}, PatchingStatus::success, 0, false},
+      {"reinstalled", app("2.0", "2.0"), app("2.0", {}), {.code = 0}, PatchingStatus::success, 0, true},
+      {"declined", app("1.0", "2.0"), app("1.0", {}), {.code = 10}, PatchingStatus::skipped, 10, false},
+      {"blocked", app("1.0", "2.0"), app("1.0", {}), {.code = 11}, PatchingStatus::skipped, 11, false},
+      {"store copy", app("1.0", "2.0"), app("1.0", {}), {.code = 23}, PatchingStatus::skipped, 23, false},
+      {"download failed", app("1.0", "2.0"), app("1.0", {}), {.code = 2}, PatchingStatus::failure, 2, false},
+      {"took too long",
+       app("1.0", "2.0"),
+       app("1.0", {}),
+       {.code = 143, .timedOut = true},
+       PatchingStatus::failure,
+       143,
+       false},
+  };
+  for (const auto& row : rows) {
+    const auto outcome = outcomeOfRun(row.before, row.after, row.end, {});
+    EXPECT_EQ(outcome.status, row.status) << row.what;
+    EXPECT_EQ(outcome.code, row.code) << row.what;
+    EXPECT_EQ(outcome.installed, row.installed) << row.what;
+    EXPECT_EQ(receiptOf(outcome, Date{}).targetVersion, row.before.newVersion) << row.what;
+  }
+}
+
+TEST(PatchDecision, WordsTheAnswerFromAllOutcomes) {
+  const PatchOutcome installed{.label = Label("a"), .installed = true};
+  const PatchOutcome current{.label = Label("b")};
+  const PatchOutcome failed{.label = Label("c"), .status = PatchingStatus::failure, .code = 2};
+  const PatchOutcome alsoFailed{.label = Label("d"), .status = PatchingStatus::failure, .code = -1};
+  const PatchOutcome declined{.label = Label("e"), .status = PatchingStatus::skipped, .code = 10};
+  EXPECT_EQ(answerOf({installed, current}), (PatchRunAnswer{true, "Updated 1 of 2.", 1}));
+  EXPECT_EQ(answerOf({installed, failed, alsoFailed}), (PatchRunAnswer{false, "Updated 1 of 3. Failed: c, d.", 1}));
+  EXPECT_EQ(answerOf({declined}), (PatchRunAnswer{false, "Updated 0 of 1.", 0}));
+}
+
+}  // namespace
+}  // namespace corvane

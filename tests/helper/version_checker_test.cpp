@@ -1,0 +1,112 @@
+#include "helper/version_checker.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "platform/scripted/scripted_child_processes.h"
+#include "platform/scripted/scripted_entropy.h"
+#include "platform/scripted/virtual_time.h"
+#include "support/recording_log.h"
+#include "support/temporary_folder.h"
+
+namespace corvane {
+namespace {
+
+struct CheckerFixture : ::testing::Test {
+  VirtualMachine machine;
+  ScriptedEntropy entropy;
+  RecordingLog log;
+  testing::TemporaryFolder folder;
+  std::map<std::string, std::string> printed;  // what each label's evaluation prints as its version
+  Duration takes = 50ms;
+  std::vector<std::string> toolLines;
+  ScriptedChildProcesses children{machine.main(), [this](const ChildSpec& spec) { return script(spec); }};
+  VersionChecker checker{
+      {.children = children, .main = machine.main(), .entropy = entropy, .log = log}, "/bin/zsh", std::nullopt};
+  std::optional<VersionAnswers> answers;
+
+  ScriptedChild script(const ChildSpec& spec) {
+    if (spec.executable != "/bin/zsh") return {.lines = toolLines, .takes = takes};
+    const auto& label = spec.arguments.at(6);
+    return {.exit = ChildExit{.output = spec.arguments.at(7) + printed[label] + "\n"}, .takes = takes};
+  }
+  VersionQuestion computed(const std::string& label) const {
+    return {.label = Label(label), .fragment = folder.write(label + ".sh", label + ")\n;;\n")};
+  }
+  void check(std::vector<VersionQuestion> questions, CheckSetting setting = {}) {
+    answers.reset();
+    checker.check(std::move(questions), setting, [this](VersionAnswers a) { answers = std::move(a); });
+  }
+};
+
+TEST_F(CheckerFixture, LiteralsNeedNoChildAndGarbageIsNotBelieved) {
+  printed = {{"good", "1.2"}, {"garbage", "https:"}, {"literalGarbage", "3.0"}};
+  check({{.label = Label("literal"), .literal = "7.1", .fragment = {}},
+         computed("good"),
+         computed("garbage"),
+         {.label = Label("none"), .namedInMetadata = false, .fragment = {}},
+         {.label = Label("gone"), .fragment = folder.path() / "gone.sh"}});
+  machine.advance(1s);
+  ASSERT_TRUE(answers);
+  EXPECT_EQ(answers->at(Label("literal")).version, "7.1");
+  EXPECT_EQ(answers->at(Label("good")).version, "1.2");
+  EXPECT_FALSE(answers->at(Label("garbage")).version);
+  EXPECT_EQ(answers->at(Label("none")).failureReason, "The label names no version");
+  EXPECT_EQ(answers->at(Label("gone")).failureReason, "The label's file cannot be read");
+  EXPECT_EQ(children.started().size(), 2U);
+  for (const auto& spec : children.started()) {
+    EXPECT_EQ(spec.environment.size(), 3U);
+    EXPECT_EQ(spec.timeLimit, kLabelTimeLimit);
+  }
+}
+
+TEST_F(CheckerFixture, RunsAFewAtOnceAndAnswersTheRestAtTheGroupsLimit) {
+  takes = 15s;
+  std::vector<VersionQuestion> many;
+  for (int i = 0; i < 60; ++i) {
+    const auto label = "l" + std::to_string(i);
+    printed[label] = "1." + std::to_string(i);
+    many.push_back(computed(label));
+  }
+  check(many);
+  machine.advance(1s);
+  EXPECT_EQ(children.running(), kChildrenAtOnce);
+  machine.advance(kCheckTimeLimit - 2s);
+  EXPECT_FALSE(answers);
+  machine.advance(1s);
+  ASSERT_TRUE(answers);
+  EXPECT_EQ(answers->size(), 60U);
+  EXPECT_EQ(std::ranges::count_if(*answers, [](const auto& a) { return a.second.version.has_value(); }), 40);
+  EXPECT_EQ(answers->at(Label("l59")).failureReason, "All labels together took longer than 80 seconds");
+  machine.advance(10s);
+  EXPECT_EQ(children.running(), 0U);
+}
+
+TEST_F(CheckerFixture, AsksTheToolWhereTheMetadataIsSilentAndEndsItOnceItKnows) {
+  toolLines = {"2026-11-22 21:04:42 : INFO  : none : Latest version not specified.",
+               "2026-11-22 21:05:42 : INFO  : none : Downloaded version of None is 5.5 on versionKey CFBundleVersion."};
+  printed["silent"] = "";
+  check({{.label = Label("none"), .namedInMetadata = false, .fragment = {}}, computed("silent")},
+        {.functions = {}, .askTool = "/tool"});
+  machine.advance(10s);
+  ASSERT_TRUE(answers);
+  EXPECT_EQ(answers->at(Label("none")).version, "5.5");
+  EXPECT_EQ(answers->at(Label("silent")).version, "5.5");
+  EXPECT_EQ(children.started().front().arguments,
+            (std::vector<std::string>{"none", "DEBUG=2", "BLOCKING_PROCESS_ACTION=ignore", "NOTIFY=silent",
+                                      "updateTool=\"\""}));
+}
+
+TEST_F(CheckerFixture, StoppingAnswersWhatIsUnderWay) {
+  takes = 15s;
+  check({computed("late")});
+  machine.advance(1s);
+  checker.stop();
+  machine.runUntilIdle();
+  ASSERT_TRUE(answers);
+  EXPECT_EQ(answers->at(Label("late")).failureReason, "The helper is stopping");
+}
+
+}  // namespace
+}  // namespace corvane
