@@ -85,6 +85,8 @@ int syncFolder(const fs::path& folder) {
 
 Result<std::string> readAll(int fd, const fs::path& path, std::size_t limit, std::size_t expected) {
   std::string bytes;
+  // Room for the read that finds the end too: growing a large text for it would copy all of it.
+  bytes.reserve(expected + 2 * std::size_t{4096});
   std::size_t length = 0;
   while (true) {
     // One byte more than is expected, so that the usual file ends with the second read.

@@ -1,0 +1,126 @@
+#include "core/policies/deferral_manager.h"
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <limits>
+#include <utility>
+
+namespace corvane {
+
+namespace {
+
+constexpr std::int64_t kLongestDeferralMinutes = 10 * 366 * 24 * 60;
+constexpr std::int64_t kMostDeadlineDays = 10 * 366;  // a limit beyond is held by the next cycle anyway
+
+constexpr const char* kFocusCount = "FocusDeferralCount";
+constexpr const char* kHardCount = "HardDeferralCount";
+constexpr const char* kFocusDate = "FocusDeferralDate";
+constexpr const char* kHardDate = "HardDeferralDate";
+
+struct Side {
+  std::int64_t count;
+  std::optional<Date> date;
+  std::optional<std::int64_t> maxCount;
+  std::optional<std::int64_t> days;
+
+  [[nodiscard]] bool reached(Date now) const {
+    if (maxCount && count >= *maxCount) return true;
+    return (maxCount || days) && date && *date <= now;
+  }
+};
+
+Date inMinutes(Date now, std::int64_t minutes) {
+  return now + std::chrono::minutes(std::clamp<std::int64_t>(minutes, 1, kLongestDeferralMinutes));
+}
+
+bool same(std::optional<Date> a, std::optional<Date> b) {
+  return a.has_value() == b.has_value() && (!a || sameSecond(*a, *b));
+}
+
+}  // namespace
+
+DeferralManager::DeferralManager(CorvaneConfiguration config, PreferenceManager& preferences, const Clock& clock,
+                                 Calendar calendar)
+    : config_(std::move(config)), preferences_(preferences), clock_(clock), calendar_(calendar) {}
+
+DeferralInfo DeferralManager::getDeferralInfo() const { return preferences_.readDeferralInfo(); }
+
+DeferralDeadlineStatus DeferralManager::checkDeadlines() const {
+  const auto now = clock_.now();
+  const auto info = getDeferralInfo();
+  const Side hard{info.hardDeferralCount, info.hardDeferralDate, config_.deadlineCountHard, config_.deadlineDaysHard};
+  if (hard.reached(now)) return DeferralDeadlineStatus::hardDeadlineReached;
+  const Side focus{info.focusDeferralCount, preferences_.readFocusDeferralDate(), config_.deadlineCountFocus,
+                   config_.deadlineDaysFocus};
+  return focus.reached(now) ? DeferralDeadlineStatus::focusDeadlineReached : DeferralDeadlineStatus::normal;
+}
+
+std::optional<Date> DeferralManager::hardDeadlineDate() const {
+  return config_.deadlineDaysHard ? getDeferralInfo().hardDeferralDate : std::nullopt;
+}
+
+void DeferralManager::recordDeferral(std::int64_t minutes, DeferralEscalation /*escalation*/) {
+  count(kHardCount, getDeferralInfo().hardDeferralCount);
+  preferences_.writeNextAutoLaunch(inMinutes(clock_.now(), minutes), false, false);
+}
+
+void DeferralManager::recordAutomaticFocusDeferral(std::int64_t minutes) {
+  count(kFocusCount, getDeferralInfo().focusDeferralCount);
+  preferences_.writeNextAutoLaunch(inMinutes(clock_.now(), minutes), true, false);
+}
+
+void DeferralManager::count(const char* key, std::int64_t soFar) {
+  if (soFar < std::numeric_limits<std::int64_t>::max()) preferences_.writePreference(key, PlistValue(soFar + 1));
+}
+
+void DeferralManager::resetDeferralCounts() {
+  preferences_.changeUser("FocusDeferralCount, HardDeferralCount, FocusDeferralDate, HardDeferralDate",
+                          [](PlistDict& values) {
+                            for (const auto* key : {kFocusCount, kHardCount, kFocusDate, kHardDate}) values.erase(key);
+                          });
+}
+
+void DeferralManager::seedDeadlineDatesFromAnchor(Date anchorDate, std::optional<Date> nextCycleStart) {
+  const auto deadline = [&](std::optional<std::int64_t> limit) -> std::optional<Date> {
+    if (!limit) return std::nullopt;
+    const auto days = static_cast<int>(std::clamp<std::int64_t>(*limit, 0, kMostDeadlineDays));
+    const auto date = calendar_.addDays(anchorDate, days);
+    return nextCycleStart ? std::min(date, *nextCycleStart) : date;
+  };
+  const auto focus = deadline(config_.deadlineDaysFocus);
+  const auto hard = deadline(config_.deadlineDaysHard);
+  if (same(focus, preferences_.readFocusDeferralDate()) && same(hard, getDeferralInfo().hardDeferralDate)) return;
+  preferences_.changeUser("FocusDeferralDate, HardDeferralDate", [&](PlistDict& values) {
+    for (const auto& [key, date] : {std::pair(kFocusDate, focus), std::pair(kHardDate, hard)}) {
+      if (date)
+        values.insert_or_assign(key, PlistValue(*date));
+      else
+        values.erase(key);
+    }
+  });
+}
+
+std::vector<std::int64_t> DeferralManager::allowedDeferralMinutes(std::span<const std::int64_t> options,
+                                                                  std::optional<Date> hardDeadline, Date now) {
+  std::vector<std::int64_t> allowed(options.begin(), options.end());
+  if (!hardDeadline) return allowed;
+  const auto left = std::chrono::ceil<std::chrono::minutes>(*hardDeadline - now).count();
+  std::erase_if(allowed, [left](std::int64_t minutes) { return minutes >= left; });
+  return allowed;
+}
+
+DeferralManager::ResumePresentation DeferralManager::resumePresentation(DeferralDeadlineStatus status,
+                                                                        bool userIsInFocusMode) {
+  switch (status) {
+    case DeferralDeadlineStatus::hardDeadlineReached:
+      return ResumePresentation::foregroundPrompt;
+    case DeferralDeadlineStatus::focusDeadlineReached:
+      return userIsInFocusMode ? ResumePresentation::silent : ResumePresentation::notification;
+    case DeferralDeadlineStatus::normal:
+      return ResumePresentation::notification;
+  }
+  return ResumePresentation::notification;
+}
+
+}  // namespace corvane

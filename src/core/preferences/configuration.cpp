@@ -1,0 +1,151 @@
+#include "core/preferences/configuration.h"
+
+#include <algorithm>
+
+#include "core/preferences/setting_values.h"
+
+namespace corvane {
+namespace {
+
+using Config = CorvaneConfiguration;
+
+// From a canonical value to a field; each field's type decides.
+void assign(bool& field, const PlistValue& value) { field = value.boolean().value_or(field); }
+void assign(std::int64_t& field, const PlistValue& value) { field = value.integer().value_or(field); }
+void assign(std::optional<std::int64_t>& field, const PlistValue& value) { field = value.integer(); }
+void assign(std::string& field, const PlistValue& value) { field = value.string().value_or(field); }
+void assign(Label& field, const PlistValue& value) { assign(field.text, value); }
+void assign(std::optional<std::string>& field, const PlistValue& value) {
+  if (const auto text = value.string()) field = *text;
+}
+void assign(std::vector<std::string>& field, const PlistValue& value) {
+  field.clear();
+  for (const auto& item : *value.array()) field.emplace_back(item.string().value_or(""));
+}
+void assign(std::vector<std::int64_t>& field, const PlistValue& value) {
+  field.clear();
+  for (const auto& item : *value.array()) field.push_back(item.integer().value_or(0));
+}
+void assign(CRVNotificationPolicy& field, const PlistValue& value) {
+  for (const auto& [type, presentation] : *value.dict()) {
+    const auto which = caseFromRaw<CRVNotificationType>(type);
+    const auto how = caseFromRaw<CRVNotificationPresentation>(presentation.string().value_or(""));
+    if (which && how) field.presentations[static_cast<std::size_t>(*which)] = *how;
+  }
+}
+template <class E>
+requires std::is_enum_v<E>
+void assign(E& field, const PlistValue& value) { field = caseFromRaw<E>(value.string().value_or("")).value_or(field); }
+
+struct Binding {
+  std::string_view key;
+  void (*set)(Config&, const PlistValue&);
+};
+
+template <auto Member>
+constexpr Binding bind(std::string_view key) {
+  return {key, [](Config& config, const PlistValue& value) { assign(config.*Member, value); }};
+}
+
+constexpr auto kBindings = std::to_array<Binding>({
+    bind<&Config::installomatorVersion>("InstallomatorVersion"),
+    bind<&Config::installomatorOptions>("InstallomatorOptions"),
+    bind<&Config::installomatorAssembleFromFragments>("InstallomatorAssembleFromFragments"),
+    bind<&Config::installomatorCustomPath>("InstallomatorCustomPath"),
+    bind<&Config::githubAPIAuthEnabled>("GitHubAPIAuthEnabled"),
+    bind<&Config::githubAPIToken>("GitHubAPIToken"),
+    bind<&Config::ignoredLabels>("IgnoredLabels"),
+    bind<&Config::requiredLabels>("RequiredLabels"),
+    bind<&Config::optionalLabels>("OptionalLabels"),
+    bind<&Config::ignoreExternalDrives>("IgnoreExternalDrives"),
+    bind<&Config::ignoreFilePaths>("IgnoreFilePaths"),
+    bind<&Config::discoverSelfUpdateLabel>("DiscoverSelfUpdateLabel"),
+    bind<&Config::discoveryFrequency>("DiscoveryFrequency"),
+    bind<&Config::deferralTimerDefault>("DeferralTimerDefault"),
+    bind<&Config::deferralTimerMenu>("DeferralTimerMenu"),
+    bind<&Config::deferralTimerFocus>("DeferralTimerFocus"),
+    bind<&Config::deferralTimerError>("DeferralTimerError"),
+    bind<&Config::focusDeferralNotificationsEnabled>("FocusDeferralNotificationsEnabled"),
+    bind<&Config::ignoreDNDApps>("IgnoreDNDApps"),
+    bind<&Config::deadlineCountFocus>("DeadlineCountFocus"),
+    bind<&Config::deadlineCountHard>("DeadlineCountHard"),
+    bind<&Config::deadlineDaysFocus>("DeadlineDaysFocus"),
+    bind<&Config::deadlineDaysHard>("DeadlineDaysHard"),
+    bind<&Config::dialogTimeoutDeferral>("DialogTimeoutDeferral"),
+    bind<&Config::dialogTimeoutDeferralAction>("DialogTimeoutDeferralAction"),
+    bind<&Config::hardDeadlineDialogAllowClose>("HardDeadlineDialogAllowClose"),
+    bind<&Config::aggressivePatchDayDeferral>("AggressivePatchDayDeferral"),
+    bind<&Config::patchingEndTime>("PatchingEndTime"),
+    bind<&Config::patchWeekStartDay>("PatchWeekStartDay"),
+    bind<&Config::daysUntilReset>("DaysUntilReset"),
+    bind<&Config::monthlyPatchingCadenceEnabled>("MonthlyPatchingCadenceEnabled"),
+    bind<&Config::monthlyPatchingCadenceOrdinalValue>("MonthlyPatchingCadenceOrdinalValue"),
+    bind<&Config::monthlyPatchingCadenceWeekdayIndex>("MonthlyPatchingCadenceWeekdayIndex"),
+    bind<&Config::businessHoursStartTime>("BusinessHoursStartTime"),
+    bind<&Config::businessHoursEndTime>("BusinessHoursEndTime"),
+    bind<&Config::backgroundPatchClosedAppsEnabled>("BackgroundPatchClosedAppsEnabled"),
+    bind<&Config::backgroundPatchClosedAppsIntervalHours>("BackgroundPatchClosedAppsIntervalHours"),
+    bind<&Config::backgroundPatchClosedAppsRequireOnAC>("BackgroundPatchClosedAppsRequireOnAC"),
+    bind<&Config::backgroundPatchAtLogin>("BackgroundPatchAtLogin"),
+    bind<&Config::backgroundPatchClosedAppsAllowList>("BackgroundPatchClosedAppsAllowList"),
+    bind<&Config::backgroundPatchClosedAppsBlockList>("BackgroundPatchClosedAppsBlockList"),
+    bind<&Config::backgroundPatchClosedAppsNotifyOnCompletion>("BackgroundPatchClosedAppsNotifyOnCompletion"),
+    bind<&Config::backgroundPatchClosedAppsScheduler>("BackgroundPatchClosedAppsScheduler"),
+    bind<&Config::backgroundPatchStartupJitterMaxMinutes>("BackgroundPatchStartupJitterMaxMinutes"),
+    bind<&Config::updatesAvailableNotificationsEnabled>("UpdatesAvailableNotificationsEnabled"),
+    bind<&Config::workflowStageUpdates>("WorkflowStageUpdates"),
+    bind<&Config::workflowUpdateAllErrorCompletesPatching>("WorkflowUpdateAllErrorCompletesPatching"),
+    bind<&Config::selfUpdateEnabled>("SelfUpdateEnabled"),
+    bind<&Config::selfUpdateLabel>("SelfUpdateLabel"),
+    bind<&Config::selfUpdateFrequency>("SelfUpdateFrequency"),
+    bind<&Config::autoResetHelperOnLaunch>("AutoResetHelperOnLaunch"),
+    bind<&Config::versionComparisonMethod>("VersionComparisonMethod"),
+    bind<&Config::versionComparisonInstallomatorFallback>("VersionComparisonInstallomatorFallback"),
+    bind<&Config::webhookFeature>("WebhookFeature"),
+    bind<&Config::webhookURLSlack>("WebhookURLSlack"),
+    bind<&Config::webhookURLTeams>("WebhookURLTeams"),
+    bind<&Config::telemetryEnabled>("TelemetryEnabled"),
+    bind<&Config::telemetryEndpoint>("TelemetryEndpoint"),
+    bind<&Config::networkProbeURL>("NetworkProbeURL"),
+    bind<&Config::verboseMode>("VerboseMode"),
+    bind<&Config::debugMode>("DebugMode"),
+    bind<&Config::adminTestModeEnabled>("AdminTestModeEnabled"),
+    bind<&Config::notificationPolicy>("NotificationPolicy"),
+    bind<&Config::appTitle>("AppTitle"),
+    bind<&Config::supportTeamName>("SupportTeamName"),
+    bind<&Config::supportTeamPhone>("SupportTeamPhone"),
+    bind<&Config::supportTeamEmail>("SupportTeamEmail"),
+    bind<&Config::supportTeamWebsite>("SupportTeamWebsite"),
+});
+static_assert(std::ranges::all_of(kBindings, [](const Binding& binding) { return findSetting(binding.key); }));
+
+std::string trimmed(std::string_view text) {
+  constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
+  const auto start = text.find_first_not_of(kWhiteSpace);
+  if (start == std::string_view::npos) return {};
+  return std::string(text.substr(start, text.find_last_not_of(kWhiteSpace) - start + 1));
+}
+
+}  // namespace
+
+std::vector<std::string> CorvaneConfiguration::sanitizedIgnoreFilePaths() const {
+  std::vector<std::string> kept;
+  for (const auto& path : ignoreFilePaths) {
+    auto text = trimmed(path);
+    if (!text.empty() && !std::ranges::count(kept, text)) kept.push_back(std::move(text));
+  }
+  return kept;
+}
+
+LoadedConfiguration configurationFrom(const Domains& domains) {
+  LoadedConfiguration loaded;
+  for (const auto& binding : kBindings) {
+    const auto found = effectiveSetting(*findSetting(binding.key), domains, &loaded.problems);
+    if (found.value) binding.set(loaded.config, *found.value);
+  }
+  return loaded;
+}
+
+bool fillsField(std::string_view key) { return std::ranges::count(kBindings, key, &Binding::key) > 0; }
+
+}  // namespace corvane

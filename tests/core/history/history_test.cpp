@@ -1,0 +1,161 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+#include "core/history/deferral_event_manager.h"
+#include "core/history/helper_state_stores.h"
+#include "core/history/label_history_caches.h"
+#include "core/history/receipt_manager.h"
+#include "platform/scripted/scripted_files.h"
+#include "platform/scripted/virtual_time.h"
+#include "support/recording_log.h"
+
+namespace corvane {
+namespace {
+
+using testing::ElementsAre;
+
+class HistoryTest : public testing::Test {
+ protected:
+  VirtualMachine machine;
+  ScriptedFiles files{machine.clock()};
+  RecordingLog log;
+  const std::filesystem::path receiptsFile = "/support/receipts.jsonl";
+  ReceiptManager receipts{receiptsFile, files, log};
+
+  PatchingReceipt receipt(const char* label, Duration age, PatchingStatus status = PatchingStatus::success) {
+    return {.label = Label(label), .timestamp = machine.now() - age, .status = status, .targetVersion = "2.0"};
+  }
+};
+
+TEST_F(HistoryTest, ReceiptsComeBackNewestFirst) {
+  EXPECT_TRUE(receipts.readAllReceipts().empty());
+  const std::vector written{receipt("a", 3h), receipt("b", 1h), receipt("a", 2h, PatchingStatus::failure)};
+  for (const auto& one : written) ASSERT_TRUE(receipts.append(one));
+  EXPECT_THAT(receipts.readAllReceipts(), ElementsAre(written[1], written[2], written[0]));
+  EXPECT_THAT(receipts.readReceipts(Label("a")), ElementsAre(written[2], written[0]));
+  EXPECT_TRUE(receipts.readReceipts(Label("c")).empty());
+  EXPECT_TRUE(log.lines().empty());
+}
+
+TEST_F(HistoryTest, DamagedLinesCostThemselvesOnlyAndAreToldOnce) {
+  const auto good = writeJson(toJson(receipt("a", 1h)));
+  const std::vector<std::string> damaged = {
+      R"({"label":"x","timest)",
+      "garbage",
+      "[]",
+      R"({"label":"x"})",
+      good + good,
+      R"({"label":7,"timestamp":"2026-11-22T21:04:42Z","status":"success","installomatorExitCode":0})",
+      R"({"label":"x","timestamp":"22.11.2026","status":"success","installomatorExitCode":0})",
+      R"({"label":"x","timestamp":"2026-11-22T21:04:42Z","status":"great","installomatorExitCode":0})",
+      R"({"label":"x","timestamp":"2026-11-22T21:04:42Z","status":"success","installomatorExitCode":"0"})",
+      "{\"label\":\"\xff\xfe\"}"};
+  std::string text;
+  for (const auto& line : damaged) text += line + "\n" + good + "\n\n";
+  files.put(receiptsFile, text);
+  EXPECT_EQ(receipts.readAllReceipts().size(), damaged.size());
+  EXPECT_EQ(receipts.readAllReceipts().size(), damaged.size());
+  EXPECT_EQ(log.lines().size(), damaged.size());
+  EXPECT_EQ(log.count("ReceiptManager: Left out line 4 of /support/receipts.jsonl: "), 1U);
+}
+
+TEST_F(HistoryTest, OddButWholeReceiptsAreRead) {
+  files.put(
+      receiptsFile,
+      "{ \"installomatorExitCode\" : -1, \"future\":{\"a\":[1,{}]}, \"usedStagedInstaller\":null, "
+      "\"version\":null, \"status\":\"failure\", \"timestamp\":\"2026-11-22T22:04:42+01:00\", "
+      "\"label\":\"q\\u0075ill\" }\r\n"
+      R"({"label":"quill","timestamp":"2026-11-22T21:04:43Z","status":"success","installomatorExitCode":0,"usedStagedInstaller":true})");
+  const auto all = receipts.readReceipts(Label("quill"));
+  ASSERT_EQ(all.size(), 2U);
+  EXPECT_EQ(all[0].usedStagedInstaller, true);
+  EXPECT_EQ(all[1].timestamp, *parseIso8601("2026-11-22T21:04:42Z"));
+  EXPECT_EQ(all[1].installomatorExitCode, -1);
+  EXPECT_TRUE(log.lines().empty());
+}
+
+TEST_F(HistoryTest, ATornLastLineIsClosedBeforeTheNextReceipt) {
+  files.put(receiptsFile, R"({"label":"torn","times)");
+  ASSERT_TRUE(receipts.append(receipt("a", 1h)));
+  ASSERT_TRUE(receipts.append(receipt("b", 0h)));
+  EXPECT_EQ(receipts.readAllReceipts().size(), 2U);
+  EXPECT_EQ(log.lines().size(), 1U);
+}
+
+TEST_F(HistoryTest, AFullDiskFailsTheAppendAndLosesNothingBefore) {
+  ASSERT_TRUE(receipts.append(receipt("a", 1h)));
+  files.failPath(receiptsFile, ENOSPC);
+  const auto failed = receipts.append(receipt("b", 1h));
+  ASSERT_FALSE(failed);
+  EXPECT_EQ(failed.error().code, ENOSPC);
+  files.failPath(receiptsFile, 0);
+  ASSERT_TRUE(receipts.append(receipt("c", 1h)));
+  EXPECT_EQ(receipts.readAllReceipts().size(), 2U);
+}
+
+TEST_F(HistoryTest, EventsAreKeptByUserAndReadByLabel) {
+  DeferralEventManager mine("/events", "ada", files, log);
+  DeferralEventManager theirs("/events", "../bob", files, log);
+  const DeferralEventRecord event{.label = Label("quill"), .appName = "Quill", .timestamp = machine.now()};
+  auto later = event;
+  later.timestamp += 1s;
+  auto other = event;
+  other.label = Label("ember");
+  for (const auto& one : {event, later, other}) ASSERT_TRUE(mine.writeEvent(one));
+  ASSERT_TRUE(theirs.writeEvent(event));
+  EXPECT_THAT(mine.readEvents(Label("quill")), ElementsAre(later, event));
+  EXPECT_TRUE(files.exists("/events/ada.jsonl"));
+  EXPECT_EQ(theirs.file(), "/events/_._bob.jsonl");
+
+  files.put("/events/ada.jsonl", "torn\n" + writeJson(toJson(event)) + "\n");
+  EXPECT_THAT(mine.readEvents(Label("quill")), ElementsAre(event));
+  (void)mine.readEvents(Label("quill"));
+  EXPECT_EQ(log.count("Left out line 1 of /events/ada.jsonl"), 1U);
+  files.failPath("/events/ada.jsonl", EACCES);
+  EXPECT_FALSE(mine.writeEvent(event));
+}
+
+TEST_F(HistoryTest, HelperStateIsAbsentWhenDamagedAndToldOnceAState) {
+  HelperBackgroundPatchStateStore store("/support/helper-state.json", files, log);
+  EXPECT_EQ(store.read(), std::nullopt);
+  EXPECT_TRUE(log.lines().empty());
+  const HelperPatchState state{.currentRun = HelperBackgroundCurrentRun{.runID = "r", .startedAt = machine.now()}};
+  ASSERT_TRUE(store.write(state));
+  EXPECT_EQ(store.read(), state);
+
+  for (const auto* damage : {"{\"currentRun\":", "{\"currentRun\":7}"}) {
+    machine.advance(1min);
+    files.put("/support/helper-state.json", damage);
+    EXPECT_EQ(store.read(), std::nullopt);
+    EXPECT_EQ(store.read(), std::nullopt);
+  }
+  EXPECT_EQ(log.count("/support/helper-state.json counts as absent"), 2U);
+
+  HelperScheduledDiscoveryAppsStore inventory("/support/helper-discovered-apps.json", files, log);
+  const Apps apps{AppInfo{.label = Label("quill")}};
+  ASSERT_TRUE(inventory.write(apps));
+  EXPECT_EQ(inventory.read(), apps);
+}
+
+TEST_F(HistoryTest, CachesReadTheReceiptsOnlyWhenTheyChanged) {
+  ReceiptsSnapshot snapshot(receipts, files);
+  const LabelFailureHistoryCache failures(snapshot);
+  const LabelInstallHistoryCache installs(snapshot);
+  EXPECT_TRUE(failures.records().empty());
+  ASSERT_TRUE(receipts.append(receipt("a", 1h)));
+  EXPECT_EQ(installs.history().at(Label("a")), machine.now() - 1h);
+  const auto calls = files.calls();
+  (void)failures.records();
+  (void)installs.history();
+  EXPECT_EQ(files.calls(), calls);
+  machine.advance(1min);
+  auto failed = receipt("b", 0h, PatchingStatus::failure);
+  failed.installomatorExitCode = 2;
+  ASSERT_TRUE(receipts.append(failed));
+  EXPECT_EQ(failures.records().at(Label("b")).count, 1);
+}
+
+}  // namespace
+}  // namespace corvane

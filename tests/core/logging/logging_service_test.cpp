@@ -1,0 +1,164 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <thread>
+
+#include "core/logging/log_record_codec.h"
+#include "core/logging/logging_service.h"
+#include "platform/scripted/scripted_files.h"
+
+namespace corvane {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class FixedClock final : public Clock {
+ public:
+  Date time = *parseIso8601("2026-11-22T21:04:42.123Z");
+  Date now() const override { return time; }
+  SteadyTime steadyNow() const override { return {}; }
+};
+
+class LoggingServiceTest : public testing::Test {
+ protected:
+  const std::filesystem::path system = "/logs/crv.log";
+  const std::filesystem::path archive = "/archive";
+  const std::filesystem::path fallback = "/home/logs/crv.log";
+  FixedClock clock;
+  ScriptedFiles files{clock};
+
+  LoggingService make(LogRole role) {
+    LogPaths paths{.system = system, .archive = archive, .fallback = fallback};
+    if (role == LogRole::helper) paths.fallback = std::nullopt;
+    return {paths, role, files, clock, [] { return *Calendar::named("Europe/Berlin"); }};
+  }
+};
+
+TEST_F(LoggingServiceTest, OneLineAMessageWithLocalTimeAndLevel) {
+  auto log = make(LogRole::user);
+  log.write(LogLevel::info, "StatusViewModel: first\nsecond\r");
+  Logger(log, "Corvane").warning("w");
+  Logger(log, "Corvane").error("e");
+  EXPECT_EQ(files.content(system),
+            "2026-11-22T22:04:42.123+01:00 [INFO] StatusViewModel: first\\nsecond\\r\n"
+            "2026-11-22T22:04:42.123+01:00 [WARNING] Corvane: w\n"
+            "2026-11-22T22:04:42.123+01:00 [ERROR] Corvane: e\n");
+  EXPECT_FALSE(log.isUsingUserFallback());
+  EXPECT_EQ(log.logFilePath(), system);
+}
+
+TEST_F(LoggingServiceTest, VerboseLinesNeedEitherSetting) {
+  auto log = make(LogRole::user);
+  for (const auto& [verbose, debug] : {std::pair{false, false}, {true, false}, {false, true}, {false, false}}) {
+    log.refreshVerbosityFromPreferences(verbose, debug);
+    log.write(LogLevel::verbose, verbose ? "by verbose" : debug ? "by debug" : "never");
+  }
+  const auto text = files.content(system).value_or("");
+  EXPECT_THAT(text, HasSubstr("[VERBOSE] by verbose"));
+  EXPECT_THAT(text, HasSubstr("[VERBOSE] by debug"));
+  EXPECT_THAT(text, testing::Not(HasSubstr("never")));
+}
+
+TEST_F(LoggingServiceTest, WhoMayNotWriteTheSystemLogFallsBackAndStaysThere) {
+  files.put(system, "old\n");
+  files.failPath(system, EACCES);
+  auto log = make(LogRole::user);
+  EXPECT_TRUE(log.isUsingUserFallback());
+  log.write(LogLevel::info, "one");
+  files.failPath(system, 0);
+  log.write(LogLevel::info, "two");
+  EXPECT_EQ(log.logFilePath(), fallback);
+  EXPECT_EQ(files.content(system), "old\n");
+  EXPECT_THAT(files.content(fallback).value_or(""), testing::AllOf(HasSubstr("one\n"), HasSubstr("two\n")));
+}
+
+TEST_F(LoggingServiceTest, NothingWritableDropsLinesInSilence) {
+  files.failPath(system, EACCES);
+  files.failPath(fallback, ENOSPC);
+  auto log = make(LogRole::user);
+  log.write(LogLevel::error, "lost");
+  files.failPath(fallback, 0);
+  log.write(LogLevel::error, "kept");
+  EXPECT_THAT(files.content(fallback).value_or(""), testing::AllOf(HasSubstr("kept"), testing::Not(HasSubstr("lost"))));
+}
+
+TEST_F(LoggingServiceTest, TheHelperRotatesAtTheLimitAndKeepsFive) {
+  auto log = make(LogRole::helper);
+  for (int round = 1; round <= 7; ++round) {
+    files.put(system, std::to_string(round) + std::string(LoggingService::kRotationSize - 1, 'x'));
+    log.write(LogLevel::info, "fresh");
+  }
+  for (int number = 1; number <= 5; ++number) {
+    const auto old = files.content(archive / ("crv." + std::to_string(number) + ".log")).value_or("-");
+    EXPECT_EQ(old.front(), static_cast<char>('0' + 8 - number)) << number;
+  }
+  EXPECT_FALSE(files.exists(archive / "crv.6.log"));
+  EXPECT_LT(files.size(system), 100);
+}
+
+TEST_F(LoggingServiceTest, OneByteBelowTheLimitIsNotRotatedAndAUserRotatesOnlyTheFallback) {
+  auto helper = make(LogRole::helper);
+  files.put(system, std::string(LoggingService::kRotationSize - 1, 'x'));
+  helper.write(LogLevel::info, "a");
+  EXPECT_FALSE(files.exists(archive / "crv.1.log"));
+
+  auto user = make(LogRole::user);
+  user.write(LogLevel::info, "b");
+  EXPECT_FALSE(files.exists(archive / "crv.1.log"));
+
+  files.failPath(system, EROFS);
+  files.put(fallback, std::string(LoggingService::kRotationSize, 'y'));
+  user.write(LogLevel::info, "c");
+  EXPECT_EQ(files.size(fallback.parent_path() / "crv.1.log"), LoggingService::kRotationSize);
+  EXPECT_THAT(files.content(fallback).value_or(""), HasSubstr("c\n"));
+}
+
+TEST_F(LoggingServiceTest, ThreadsDoNotMixLines) {
+  auto log = make(LogRole::user);
+  {
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < 4; ++i)
+      threads.emplace_back([&log, i] {
+        for (int n = 0; n < 50; ++n) log.write(LogLevel::info, std::string(20, static_cast<char>('a' + i)));
+      });
+  }
+  const auto records = LogRecordCodec::parse(files.content(system).value_or(""));
+  ASSERT_EQ(records.size(), 200U);
+  for (const auto& record : records) EXPECT_EQ(record.message, std::string(20, record.message.front()));
+}
+
+TEST(LogRecordCodec, ReadsAllLevelsAndTakesOtherLinesAsContinuation) {
+  const auto records = LogRecordCodec::parse(
+      "torn start of a rotated line\n"
+      "2026-11-22T22:04:42.123+01:00 [INFO] Corvane: [x] a\n"
+      "  second line\n"
+      "2026-11-22T21:04:43Z [WARN] b\r\n"
+      "not a date [INFO] c\n"
+      "2026-11-22T21:04:44Z [LOUD] d\n"
+      "2026-11-22T21:04:45Z [NOTICE] e");
+  ASSERT_EQ(records.size(), 3U);
+  EXPECT_EQ(records[0].timestamp, *parseIso8601("2026-11-22T21:04:42.123Z"));
+  EXPECT_EQ(records[0].message, "Corvane: [x] a\n  second line");
+  EXPECT_EQ(records[1].level, "WARN");
+  EXPECT_EQ(records[1].message, "b\nnot a date [INFO] c\n2026-11-22T21:04:44Z [LOUD] d");
+  EXPECT_EQ(records[2].level, "NOTICE");
+  EXPECT_TRUE(LogRecordCodec::parse("").empty());
+}
+
+TEST(LogFileCatalog, PathsOnceAndRecordsInTimeOrder) {
+  EXPECT_THAT(LogFileCatalog::uniqueViewerPaths("/u/crv.log", "/s/crv.log", "/u/./crv.log"),
+              ElementsAre("/s/crv.log", "/u/crv.log"));
+  EXPECT_THAT(LogFileCatalog::uniqueViewerPaths("/x.log", "/s.log", "/u.log"),
+              ElementsAre("/s.log", "/u.log", "/x.log"));
+  const auto second = [](int n) { return Date(std::chrono::seconds(n)); };
+  const auto merged = LogFileCatalog::merge({{"a", {{second(1), "INFO", "a1"}, {second(3), "INFO", "a3"}}},
+                                             {"b", {{second(1), "INFO", "b1"}, {second(2), "INFO", "b2"}}}});
+  std::vector<std::string> messages;
+  for (const auto& record : merged) messages.push_back(record.message);
+  EXPECT_THAT(messages, ElementsAre("a1", "b1", "b2", "a3"));
+}
+
+}  // namespace
+}  // namespace corvane

@@ -1,0 +1,109 @@
+#include "core/policies/label_history.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "core/preferences/configuration.h"
+
+namespace corvane {
+namespace {
+
+using enum PatchingStatus;
+
+const Label kQuill("quill");
+const Date kStart = Date(std::chrono::sys_days(std::chrono::year(2026) / 11 / 16));
+
+struct Outcome {
+  PatchingStatus status;
+  std::int64_t code;
+  std::optional<std::string> target = "2.0";
+};
+
+// Receipts of one label, an hour apart, given oldest first and returned newest first.
+std::vector<PatchingReceipt> receipts(const std::vector<Outcome>& runs, Date first = kStart) {
+  std::vector<PatchingReceipt> list;
+  for (const auto& run : runs) {
+    list.insert(list.begin(), {.label = kQuill,
+                               .timestamp = first,
+                               .status = run.status,
+                               .targetVersion = run.target,
+                               .installomatorExitCode = run.code});
+    first += 1h;
+  }
+  return list;
+}
+
+bool held(const std::vector<Outcome>& runs, std::optional<std::string> target = "2.0",
+          std::optional<Date> cycleStart = kStart) {
+  return LabelFailureHistory::isHeld(kQuill, target, cycleStart, LabelFailureHistory::failureRecords(receipts(runs)));
+}
+
+TEST(LabelFailureHistory, HoldsAfterThreeCountedFailuresInARow) {
+  EXPECT_FALSE(held({}));
+  EXPECT_FALSE(held({{failure, 2}, {failure, 2}}));
+  EXPECT_TRUE(held({{failure, 2}, {failure, -1}, {failure, 137}}));
+  EXPECT_TRUE(held({{failure, 2}, {failure, 2}, {failure, 2}, {failure, 2}}));
+}
+
+TEST(LabelFailureHistory, ASuccessEndsTheRow) {
+  EXPECT_FALSE(held({{failure, 2}, {failure, 2}, {failure, 2}, {success, 0}}));
+  EXPECT_FALSE(held({{failure, 2}, {success, 0}, {failure, 2}, {failure, 2}}));
+}
+
+TEST(LabelFailureHistory, SkippedAndUncountedRunsNeitherLengthenNorEndIt) {
+  EXPECT_FALSE(held({{failure, 2}, {failure, 6}, {skipped, 11}, {failure, 2}}));
+  EXPECT_TRUE(held({{failure, 2}, {skipped, 10}, {failure, 13}, {failure, 2}, {failure, 2}}));
+}
+
+TEST(LabelFailureHistory, CountsFailuresOfOneTargetVersionOnly) {
+  EXPECT_FALSE(held({{failure, 2, "1.9"}, {failure, 2}, {failure, 2}}));
+  EXPECT_FALSE(held({{failure, 2}, {failure, 2}, {failure, 2, "1.9"}, {failure, 2}}));
+  EXPECT_FALSE(held({{failure, 2}, {failure, 2}, {failure, 2}}, "2.1")) << "a new version is tried";
+  EXPECT_TRUE(held({{failure, 2}, {failure, 2}, {failure, 2}}, std::nullopt)) << "no newer version is known";
+  EXPECT_FALSE(held({{failure, 2, {}}, {failure, 2, {}}, {failure, 2, {}}}, "2.0"));
+  EXPECT_TRUE(held({{failure, 2, {}}, {failure, 2, {}}, {failure, 2, {}}}, std::nullopt));
+}
+
+TEST(LabelFailureHistory, StartsAnewWithTheCycle) {
+  const std::vector<Outcome> four{{failure, 2}, {failure, 2}, {failure, 2}, {failure, 2}};
+  EXPECT_TRUE(held(four, "2.0", kStart + 1h)) << "the last three lie in the cycle";
+  EXPECT_FALSE(held(four, "2.0", kStart + 1h + 1s));
+  EXPECT_TRUE(held(four, "2.0", std::nullopt));
+  EXPECT_FALSE(LabelFailureHistory::isHeld(Label("other"), "2.0", std::nullopt,
+                                           LabelFailureHistory::failureRecords(receipts(four))));
+}
+
+TEST(LabelFailureHistory, RecordsTheRowForTheRowsText) {
+  const auto records = LabelFailureHistory::failureRecords(
+      receipts({{failure, 2, "1.9"}, {failure, 2}, {failure, 2}, {failure, 2}, {failure, 2}}));
+  const LabelFailureHistory::Record expected{
+      .count = 4, .targetVersion = "2.0", .lastFailureAt = kStart + 4h, .holdingFailureAt = kStart + 2h};
+  ASSERT_EQ(records.size(), 1U);
+  EXPECT_EQ(records.at(kQuill), expected);
+}
+
+TEST(LabelInstallHistory, ReinstallsARequiredApplicationOnceACycle) {
+  AppInfo app{.label = kQuill, .currentVersion = "2.0"};
+  CorvaneConfiguration config;
+  config.installomatorOptions = "NOTIFY=silent INSTALL=force";
+  const auto pending = [&](const std::vector<Outcome>& runs, std::optional<Date> cycleStart) {
+    return LabelInstallHistory::isForcedReinstallPending(
+        app, config, LabelInstallHistory::installHistory(receipts(runs)), cycleStart);
+  };
+  EXPECT_TRUE(pending({}, kStart));
+  EXPECT_TRUE(pending({{failure, 2}, {skipped, 10}}, kStart));
+  EXPECT_FALSE(pending({{success, 0}, {failure, 2}}, kStart));
+  EXPECT_TRUE(pending({{success, 0}}, kStart + 1s)) << "installed in an earlier cycle";
+  EXPECT_FALSE(pending({{success, 0}, {success, 0}}, kStart + 1s)) << "the latest install counts";
+  EXPECT_FALSE(pending({}, std::nullopt));
+
+  config.installomatorOptions = "NOTIFY=silent";
+  EXPECT_FALSE(pending({}, kStart));
+  config.installomatorOptions = "INSTALL=force";
+  app.currentVersion.reset();
+  EXPECT_FALSE(pending({}, kStart)) << "a missing one is no reinstall";
+}
+
+}  // namespace
+}  // namespace corvane

@@ -1,0 +1,174 @@
+// The policies of one question each.
+#include <gtest/gtest.h>
+
+#include "core/policies/at_login_pass_policy.h"
+#include "core/policies/error_retry_watch.h"
+#include "core/policies/focus_mode_detector.h"
+#include "core/policies/gui_instance_policy.h"
+#include "core/policies/login_session.h"
+#include "core/policies/running_apps_detector.h"
+#include "core/policies/satisfied_deferral_cycle.h"
+#include "core/policies/self_update_version_check.h"
+#include "core/policies/startup_jitter.h"
+#include "platform/scripted/scripted_entropy.h"
+#include "platform/scripted/scripted_files.h"
+#include "platform/scripted/scripted_running_applications.h"
+#include "platform/scripted/virtual_time.h"
+
+namespace corvane {
+namespace {
+
+constexpr Date kNow = VirtualMachine::kStart;
+
+TEST(ErrorRetryWatch, WaitsForAnArmedRetryOnly) {
+  using enum ErrorRetryState;
+  EXPECT_EQ(ErrorRetryWatch::evaluate(false, kNow + 1h, kNow), inactive);
+  EXPECT_EQ(ErrorRetryWatch::evaluate(true, kNow + 1s, kNow), wait);
+  EXPECT_EQ(ErrorRetryWatch::evaluate(true, kNow, kNow), elapsed);
+  EXPECT_EQ(ErrorRetryWatch::evaluate(true, std::nullopt, kNow), elapsed);
+}
+
+TEST(SatisfiedDeferralCycle, CompletesAnOpenCycleWithNothingLeftAndNothingInDoubt) {
+  const DeferralInfo open{.focusDeferralCount = 1};
+  EXPECT_TRUE(SatisfiedDeferralCycle::shouldComplete(open, {.knownApps = 5}));
+  EXPECT_TRUE(SatisfiedDeferralCycle::shouldComplete({.hardDeferralCount = 2}, {.knownApps = 5}));
+  EXPECT_FALSE(SatisfiedDeferralCycle::shouldComplete({}, {.knownApps = 5}));
+  EXPECT_FALSE(SatisfiedDeferralCycle::shouldComplete(open, {}));
+  EXPECT_FALSE(SatisfiedDeferralCycle::shouldComplete(open, {.knownApps = 5, .pendingUpdates = 1}));
+  EXPECT_FALSE(SatisfiedDeferralCycle::shouldComplete(open, {.knownApps = 5, .inconclusiveChecks = 1}));
+}
+
+TEST(AtLoginPassPolicy, RunsOnceWithinTheWindowAfterALogin) {
+  const auto window = AtLoginPassPolicy::window;
+  EXPECT_TRUE(AtLoginPassPolicy::shouldRun(kNow, std::nullopt, kNow));
+  EXPECT_TRUE(AtLoginPassPolicy::shouldRun(kNow, std::nullopt, kNow + window));
+  EXPECT_FALSE(AtLoginPassPolicy::shouldRun(kNow, std::nullopt, kNow + window + 1s));
+  EXPECT_FALSE(AtLoginPassPolicy::shouldRun(std::nullopt, std::nullopt, kNow));
+  EXPECT_FALSE(AtLoginPassPolicy::shouldRun(kNow + 1min, std::nullopt, kNow)) << "the clock was set back";
+  EXPECT_FALSE(AtLoginPassPolicy::shouldRun(kNow + 400ms, kNow, kNow + 5s)) << "stored without its fraction";
+  EXPECT_TRUE(AtLoginPassPolicy::shouldRun(kNow, kNow - 1h, kNow)) << "an earlier session";
+}
+
+TEST(LoginSession, FindsTheUsersLatestConsoleSession) {
+  const LoginSession sessions[] = {
+      {"ada", kNow - 2h, true}, {"ada", kNow - 1h, true}, {"ada", kNow, false}, {"ben", kNow, true}};
+  EXPECT_EQ(LoginSession::consoleLoginTime("ada", sessions), kNow - 1h);
+  EXPECT_FALSE(LoginSession::consoleLoginTime("cleo", sessions));
+}
+
+TEST(GUIInstancePolicy, KnowsAStartByTheAgentFromOneThatOnlyInheritedItsSurroundings) {
+  using Environment = GUIInstancePolicy::Environment;
+  const Environment agent{{"CORVANE_LAUNCH_AGENT", "1"}};
+  const Environment service{{"SYSTEMD_EXEC_PID", "77"}};
+  EXPECT_TRUE(GUIInstancePolicy::launchedByAgent(agent));
+  EXPECT_FALSE(GUIInstancePolicy::launchedByAgent({{"CORVANE_LAUNCH_AGENT", ""}}));
+  EXPECT_FALSE(GUIInstancePolicy::launchedByAgent(service));
+  EXPECT_TRUE(GUIInstancePolicy::launchedByLaunchdJob(agent, 5));
+  EXPECT_TRUE(GUIInstancePolicy::launchedByLaunchdJob(service, 77));
+  EXPECT_FALSE(GUIInstancePolicy::launchedByLaunchdJob(service, 78)) << "a child of what was started";
+  EXPECT_FALSE(GUIInstancePolicy::launchedByLaunchdJob({{"INVOCATION_ID", "abc"}}, 78));
+}
+
+TEST(GUIInstancePolicy, LetsTheAgentReplaceAndOthersYield) {
+  using enum GUIInstanceClaim;
+  EXPECT_EQ(GUIInstancePolicy::claim(false, false), primary);
+  EXPECT_EQ(GUIInstancePolicy::claim(false, true), primary);
+  EXPECT_EQ(GUIInstancePolicy::claim(true, true), replaceExisting);
+  EXPECT_EQ(GUIInstancePolicy::claim(true, false), yield);
+}
+
+TEST(FocusModeDetector, SplitsTheIgnoreListAtCommas) {
+  using List = std::vector<std::string>;
+  EXPECT_EQ(FocusModeDetector::parseIgnoreList(" Final Cut Pro, Safari,,\t ,zoom.us\n"),
+            (List{"Final Cut Pro", "Safari", "zoom.us"}));
+  EXPECT_EQ(FocusModeDetector::parseIgnoreList(""), List{});
+  EXPECT_EQ(FocusModeDetector::parseIgnoreList(","), List{});
+}
+
+TEST(RunningAppsDetector, ListsBundlesAndNeverTakesAnUnreadableTableForNothing) {
+  ScriptedRunningApplications applications;
+  applications.open("/Applications/Quill.app");
+  applications.open("/Applications/Quill.app");
+  applications.add({.pid = 9, .executable = "/usr/bin/zsh"});
+  const RunningAppsDetector detector(applications);
+  const auto paths = detector.runningAppBundlePathsIfEnumerable();
+  ASSERT_TRUE(paths);
+  EXPECT_EQ(*paths, (std::set<std::string, std::less<>>{"/Applications/Quill.app"}));
+  applications.setReadable(false);
+  EXPECT_FALSE(detector.runningAppBundlePathsIfEnumerable());
+}
+
+TEST(StartupJitter, SpreadsOverTheWholeSpanAndFallsBackWithoutOne) {
+  ScriptedEntropy entropy;
+  EXPECT_EQ(resolvedStartupJitterDelay(0, 300s, entropy), 300s);
+  EXPECT_EQ(resolvedStartupJitterDelay(-4, 300s, entropy), 300s);
+  auto least = 60s;
+  auto most = 0s;
+  for (int i = 0; i < 2000; ++i) {
+    const auto delay = resolvedStartupJitterDelay(1, 300s, entropy);
+    least = std::min(least, delay);
+    most = std::max(most, delay);
+  }
+  EXPECT_EQ(least, 0s);
+  EXPECT_EQ(most, 60s);
+  EXPECT_LE(resolvedStartupJitterDelay(std::numeric_limits<std::int64_t>::max(), 300s, entropy), 168h);
+}
+
+TEST(SelfUpdateVersionCheck, ReadsTheVersionKeyThatALabelDeclares) {
+  const std::pair<const char*, std::optional<std::string>> cases[] = {
+      {"corvane4)\n    name=\"Corvane\"\n    versionKey=\"CFBundleVersion\"\n    ;;\n", "CFBundleVersion"},
+      {"versionKey='CFBundleShortVersionString'", "CFBundleShortVersionString"},
+      {"versionKey=CFBundleVersion # the build", "CFBundleVersion"},
+      {"# versionKey=\"CFBundleVersion\"\nname=\"x\"\n", std::nullopt},
+      {"versionKey=\"$(echo CFBundleVersion)\"", std::nullopt},
+      {"versionKey=\"CFBundle", std::nullopt},
+      {"", std::nullopt},
+  };
+  for (const auto& [source, key] : cases) EXPECT_EQ(SelfUpdateVersionCheck::versionKey(source), key) << source;
+}
+
+TEST(SelfUpdateVersionCheck, ReadsNoFileOutsideTheLabelsFolder) {
+  VirtualMachine machine;
+  ScriptedFiles files(machine.clock());
+  files.put("/fragments/labels/corvane4.sh", "corvane4)\n;;\n");
+  files.put("/fragments/secret.sh", "secret");
+  const auto source = [&](const char* name) {
+    return SelfUpdateVersionCheck::labelSource(Label(name), "/fragments", files);
+  };
+  EXPECT_EQ(source("corvane4"), "corvane4)\n;;\n");
+  EXPECT_EQ(source("missing"), "");
+  EXPECT_EQ(source("../secret"), "");
+  EXPECT_EQ(source(""), "");
+}
+
+TEST(SelfUpdateVersionCheck, ComparesTheFormThatTheLabelNames) {
+  const RunningVersions running{.shortVersion = "4.2", .bundleVersion = "1234"};
+  const std::optional<std::string> build = "CFBundleVersion";
+  const auto needsUpdate = [&](const RunningVersions& versions, const char* available,
+                               const std::optional<std::string>& key) {
+    return SelfUpdateVersionCheck::needsUpdate(versions, available, key, VersionComparisonMethod::isAtLeast);
+  };
+  EXPECT_TRUE(needsUpdate(running, "1235", build));
+  EXPECT_FALSE(needsUpdate(running, "1234", build));
+  EXPECT_TRUE(needsUpdate(running, "4.3", std::nullopt));
+  EXPECT_FALSE(needsUpdate(running, "4.2.0", std::nullopt));
+  EXPECT_FALSE(needsUpdate({}, "4.3", std::nullopt)) << "a version that is not known is never replaced blindly";
+  EXPECT_FALSE(needsUpdate(running, "", std::nullopt));
+  EXPECT_EQ(SelfUpdateVersionCheck::displayedRunningVersion(running, build), "1234");
+  EXPECT_EQ(SelfUpdateVersionCheck::displayedRunningVersion(running, "CFBundleShortVersionString"), "4.2");
+  EXPECT_EQ(SelfUpdateVersionCheck::displayedRunningVersion({.shortVersion = " "}, std::nullopt), std::nullopt);
+}
+
+TEST(SelfUpdateVersionDisplay, CombinesVersionAndBuild) {
+  EXPECT_EQ(SelfUpdateVersionDisplay::combined("4.2", "1234"), "4.2 (1234)");
+  EXPECT_EQ(SelfUpdateVersionDisplay::combined("4.2", "4.2"), "4.2");
+  EXPECT_EQ(SelfUpdateVersionDisplay::combined(std::nullopt, "1234"), "1234");
+  EXPECT_EQ(SelfUpdateVersionDisplay::combined("4.2", ""), "4.2");
+  EXPECT_EQ(SelfUpdateVersionDisplay::combined(std::nullopt, std::nullopt), std::nullopt);
+  EXPECT_TRUE(SelfUpdateVersionDisplay::isBuildNumber("20261122"));
+  EXPECT_FALSE(SelfUpdateVersionDisplay::isBuildNumber("4.2"));
+  EXPECT_FALSE(SelfUpdateVersionDisplay::isBuildNumber(""));
+}
+
+}  // namespace
+}  // namespace corvane

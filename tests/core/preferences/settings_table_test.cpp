@@ -1,0 +1,96 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+
+#include "core/preferences/setting_values.h"
+#include "core/preferences/settings_table.h"
+
+namespace corvane {
+namespace {
+
+std::filesystem::path documentPath() { return std::filesystem::path(CORVANE_SOURCE_FOLDER) / "docs/preferences.md"; }
+
+TEST(SettingsTable, EveryKeyStandsOnceWithAMeaning) {
+  std::set<std::string_view> keys;
+  for (const auto& setting : kSettings) {
+    EXPECT_TRUE(keys.insert(setting.key).second) << setting.key;
+    EXPECT_TRUE(setting.meaning.ends_with('.')) << setting.key;
+    EXPECT_EQ(setting.type == SettingType::enumeration, setting.choices != nullptr) << setting.key;
+  }
+}
+
+TEST(SettingsTable, DefaultsPassTheirOwnChecks) {
+  for (const auto& setting : kSettings) {
+    PlistValue value;
+    if (const auto* number = std::get_if<std::int64_t>(&setting.fallback)) value = *number;
+    if (const auto* text = std::get_if<std::string_view>(&setting.fallback)) value = *text;
+    if (const auto* flag = std::get_if<bool>(&setting.fallback)) value = *flag;
+    if (value == PlistValue()) continue;
+    EXPECT_EQ(canonical(setting, value), value) << setting.key;
+  }
+}
+
+// All but these fill a field of the configuration, or are state.
+TEST(SettingsTable, NoSettingIsForgottenInTheConfiguration) {
+  const std::set<std::string_view> noFields = {"AppIgnoredLabels",
+                                               "MonthlyPatchingCadenceStartTime",
+                                               "AppSelfUpdateEnabled",
+                                               "LockSettings",
+                                               "ManagedSilentLaunchEnabled",
+                                               "ShowMenuBarIcon",
+                                               "MenuBarHideQuit",
+                                               "MenuBarConcealAdvancedActions",
+                                               "MenuBarWakeUpUsesRegularPolicy",
+                                               "DeferralDialogPrimaryButton",
+                                               "OpenAtLogin",
+                                               "KeepAlive"};
+  for (const auto& setting : kSettings) {
+    const bool field = setting.access != SettingAccess::state && !noFields.contains(setting.key);
+    EXPECT_EQ(fillsField(setting.key), field) << setting.key;
+  }
+}
+
+TEST(SettingsTable, SecretsAreMarked) {
+  std::set<std::string_view> neverLogged;
+  std::set<std::string_view> redacted;
+  for (const auto& setting : kSettings) {
+    if (setting.neverLogged) neverLogged.insert(setting.key);
+    if (setting.redacted) redacted.insert(setting.key);
+  }
+  EXPECT_EQ(neverLogged, (std::set<std::string_view>{"GitHubAPIToken", "WebhookURLSlack", "WebhookURLTeams"}));
+  EXPECT_EQ(redacted, (std::set<std::string_view>{"WebhookURLSlack", "WebhookURLTeams"}));
+}
+
+TEST(SettingsTable, GroupsHoldTheirKeys) {
+  EXPECT_EQ(keysOf<ManagedGroup::installomator>().size(), 2U);
+  EXPECT_EQ(keysOf<ManagedGroup::deferralSettings>().size(), 14U);
+  EXPECT_EQ(keysOf<ManagedGroup::labels>().size(), 4U);
+  EXPECT_EQ(keysOf<ManagedGroup::backgroundPatch>().size(), 10U);
+  EXPECT_EQ(keysOf<ManagedGroup::selfUpdate>().size(), 5U);
+  EXPECT_EQ(keysOf<ManagedGroup::supportInfo>().size(), 4U);
+}
+
+TEST(SettingsTable, NumbersAtTheirLimitsPassAndOnePastDoesNot) {
+  for (const auto& setting : kSettings) {
+    if (!setting.range.limited()) continue;
+    EXPECT_TRUE(canonical(setting, setting.range.least) && canonical(setting, setting.range.most)) << setting.key;
+    EXPECT_FALSE(canonical(setting, setting.range.least - 1)) << setting.key;
+    EXPECT_FALSE(canonical(setting, setting.range.most + 1)) << setting.key;
+  }
+}
+
+// Run with CORVANE_UPDATE_DOCS set to write the document anew.
+TEST(PreferencesDocument, IsTheOneThatIsCommitted) {
+  if (std::getenv("CORVANE_UPDATE_DOCS")) std::ofstream(documentPath()) << preferencesDocument();
+  std::ifstream file(documentPath());
+  std::ostringstream committed;
+  committed << file.rdbuf();
+  EXPECT_EQ(committed.str(), preferencesDocument()) << "run the test with CORVANE_UPDATE_DOCS=1";
+}
+
+}  // namespace
+}  // namespace corvane
