@@ -1,0 +1,71 @@
+#include "presentation/dashboard_builder.h"
+
+#include "presentation/dashboard_parts.h"
+
+namespace corvane {
+
+namespace {
+
+// What runs now; empty when nothing does.
+std::string workLine(const GateFields& gate, const PageTexts& texts) {
+  if (gate.isPatching) {
+    return gate.currentOperation == DiscoveryOperation::patchBackground || gate.helperPassOwnsPatchingState
+               ? texts.text("Background patching in progress...")
+               : texts.text("Patching in progress...");
+  }
+  if (!gate.isLoading) return {};
+  return gate.currentOperation == DiscoveryOperation::checkUpdates ? texts.text("Checking for updates...")
+                                                                   : texts.text("Discovering applications...");
+}
+
+bool hasSomethingToUpdate(const InventoryFields& inventory) {
+  return inventory.pendingUpdates >= 1 || inventory.updatesAwaitingNextCycle >= 1;
+}
+
+}  // namespace
+
+DashboardPage makeDashboardPage(const DashboardInputs& inputs) {
+  const auto& fields = inputs.fields;
+  const PageTexts texts(inputs.title);
+  const bool idle = !isBusy(fields);
+
+  DashboardPage page;
+  page.title = texts.text("Status Dashboard");
+  page.subtitle = texts.text("Application update status and patching information");
+  page.discover = {.text = texts.text("Discover Applications"),
+                   .help = texts.text("Scan for installed applications"),
+                   .visible = true,
+                   .enabled = idle};
+  page.check = {.text = texts.text("Check for Updates"),
+                .help = texts.text("Scan for installed applications and look up their latest versions"),
+                .visible = true,
+                .enabled = idle};
+  page.updateAll = {.text = texts.text("Update All"),
+                    .help = texts.text("Install all pending updates"),
+                    .visible = true,
+                    .enabled = idle && hasSomethingToUpdate(fields.inventory)};
+  page.workLine = workLine(fields.gate, texts);
+  page.isWorking = !idle;
+  page.statusLine = inputs.statusLine;
+  page.statusSymbol = inputs.statusSymbol;
+  page.statusMessage = fields.messages.statusMessage.value_or("");
+  page.errorMessage = fields.messages.errorMessage.value_or("");
+  page.cards = makeStatusCards(fields, texts);
+  page.timestamps = makeTimestampPills(inputs, texts);
+  page.filterLabel = texts.text("Filter:");
+  page.filters = makeFilterSegments(fields.filterMode, texts);
+  page.recheckAll = {
+      .text = texts.text("Re-check All Alerts"),
+      .help = texts.text("Re-run the latest-version check for every app currently in the Alerts bucket. Useful after a "
+                         "transient network or rate-limit issue."),
+      .visible = fields.filterMode == FilterMode::alerts && !inputs.listed.empty(),
+      .enabled = idle};
+  page.empty = makeEmptyState(inputs, texts);
+  page.helperBanner = makeHelperSetupBanner(inputs, texts);
+  page.selfUpdateBanner = makeSelfUpdateBanner(inputs, texts);
+  page.rows.reserve(inputs.listed.size());
+  for (const auto& app : inputs.listed) page.rows.push_back(makeAppStatusRow(app, inputs, texts));
+  return page;
+}
+
+}  // namespace corvane

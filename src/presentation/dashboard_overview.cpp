@@ -1,0 +1,148 @@
+// Cards, time stamps, filter and the empty list.
+#include <string_view>
+
+#include "presentation/dashboard_parts.h"
+
+namespace corvane {
+
+namespace {
+
+// A deadline this near is shown as a warning.
+constexpr Duration kNearDeadline = 24h;
+
+struct FilterTexts {
+  FilterMode mode;
+  std::string_view text;
+  std::string_view help;
+  std::string_view nothing;  // of a filter that nothing passes
+};
+
+constexpr FilterTexts kFilters[] = {
+    {FilterMode::all, "All", "Show all applications", ""},
+    {FilterMode::needsUpdate, "Needs Update", "Show applications that need an update",
+     "No applications need an update"},
+    {FilterMode::alerts, "Alerts", "Show applications with alerts", "No applications have alerts"},
+    {FilterMode::upToDate, "Up to Date", "Show applications that are up to date", "No applications are up to date"}};
+
+bool countsAreBeingRenewed(const StatusFields& fields) {
+  return fields.gate.isLoading && fields.gate.currentOperation == DiscoveryOperation::checkUpdates &&
+         fields.discovery.updateCheckCoversAllApps;
+}
+
+StatusCard pendingCard(const InventoryFields& inventory, const PageTexts& texts) {
+  if (inventory.cycleCompletionMessage && inventory.updatesAwaitingNextCycle >= 1) {
+    return {.key = "pending",
+            .title = texts.text("New Updates"),
+            .value = fmt::to_string(inventory.updatesAwaitingNextCycle),
+            .icon = "arrow.down.circle",
+            .color = ColorRole::blue};
+  }
+  return {.key = "pending",
+          .title = texts.text("Pending Updates"),
+          .value = fmt::to_string(inventory.pendingUpdates),
+          .icon = "arrow.down.circle.fill",
+          .color = inventory.pendingUpdates > 0 ? ColorRole::orange : ColorRole::secondary};
+}
+
+ColorRole deadlineColor(Date deadline, Date now) {
+  if (deadline <= now) return ColorRole::red;
+  return deadline - now < kNearDeadline ? ColorRole::orange : ColorRole::primary;
+}
+
+}  // namespace
+
+std::vector<StatusCard> makeStatusCards(const StatusFields& fields, const PageTexts& texts) {
+  const auto& inventory = fields.inventory;
+  std::vector<StatusCard> cards{pendingCard(inventory, texts),
+                                {.key = "upToDate",
+                                 .title = texts.text("Up to Date"),
+                                 .value = fmt::to_string(inventory.upToDateCount),
+                                 .icon = "checkmark.circle.fill",
+                                 .color = ColorRole::green},
+                                {.key = "alerts",
+                                 .title = texts.text("Alerts"),
+                                 .value = fmt::to_string(inventory.alertCount),
+                                 .icon = "exclamationmark.triangle.fill",
+                                 .color = inventory.alertCount > 0 ? ColorRole::red : ColorRole::secondary}};
+  if (countsAreBeingRenewed(fields)) {
+    for (auto& card : cards) {
+      card.value = "—";
+      card.isPlaceholder = true;
+    }
+  }
+  return cards;
+}
+
+std::vector<TimestampPill> makeTimestampPills(const DashboardInputs& inputs, const PageTexts& texts) {
+  const auto& inventory = inputs.fields.inventory;
+  const auto moment = [&](std::optional<Date> date) {
+    return date ? momentText(*date, inputs.now, inputs.locale) : texts.text("Never");
+  };
+  const auto valueColor = [](std::optional<Date> date) { return date ? ColorRole::primary : ColorRole::secondary; };
+  std::vector<TimestampPill> pills{{.key = "discovery",
+                                    .icon = "magnifyingglass",
+                                    .label = texts.text("Last Discovery"),
+                                    .timestamp = moment(inventory.lastDiscoveryDate),
+                                    .valueColor = valueColor(inventory.lastDiscoveryDate)},
+                                   {.key = "check",
+                                    .icon = "arrow.triangle.2.circlepath",
+                                    .label = texts.text("Last Check for Updates"),
+                                    .timestamp = moment(inventory.lastUpdateCheckDate),
+                                    .valueColor = valueColor(inventory.lastUpdateCheckDate)}};
+  if (const auto deadline = inputs.fields.deferral.currentHardDeadlineDate) {
+    const auto color = deadlineColor(*deadline, inputs.now);
+    pills.push_back({.key = "deadline",
+                     .icon = "calendar",
+                     .label = texts.text("Update Deadline"),
+                     .timestamp = moment(deadline),
+                     .iconColor = color == ColorRole::primary ? ColorRole::secondary : color,
+                     .valueColor = color});
+  }
+  const auto* enforcement = inputs.watchpoint ? std::get_if<watchpoint::Enforcement>(&*inputs.watchpoint) : nullptr;
+  if (enforcement != nullptr) {
+    pills.push_back({.key = "enforcement",
+                     .icon = "timer",
+                     .label = texts.text("Installs Automatically"),
+                     .timestamp = moment(enforcement->at),
+                     .iconColor = ColorRole::orange,
+                     .valueColor = ColorRole::orange});
+  }
+  return pills;
+}
+
+std::vector<FilterSegment> makeFilterSegments(FilterMode selected, const PageTexts& texts) {
+  std::vector<FilterSegment> segments;
+  for (const auto& filter : kFilters) {
+    segments.push_back({.key = std::string(rawName(filter.mode)),
+                        .text = texts.text(filter.text),
+                        .help = texts.text(filter.help),
+                        .selected = filter.mode == selected});
+  }
+  return segments;
+}
+
+EmptyState makeEmptyState(const DashboardInputs& inputs, const PageTexts& texts) {
+  if (!inputs.listed.empty()) return {};
+  const auto& inventory = inputs.fields.inventory;
+  EmptyState empty{.visible = true, .symbol = "magnifyingglass"};
+  if (!inventory.apps.empty()) {
+    for (const auto& filter : kFilters)
+      if (filter.mode == inputs.fields.filterMode) empty.title = texts.text(filter.nothing);
+    empty.text = texts.text("Choose All to see every application.");
+    return empty;
+  }
+  empty.check = {.text = texts.text("Check for Updates"),
+                 .help = texts.text("Scan for installed applications and look up their latest versions"),
+                 .visible = true,
+                 .enabled = !isBusy(inputs.fields)};
+  if (inventory.lastDiscoveryDate || inventory.lastUpdateCheckDate) {
+    empty.title = texts.text("No applicable applications discovered");
+    empty.text = texts.text("Corvane keeps checking in the background. Click Check for Updates to scan now.");
+  } else {
+    empty.title = texts.text("No applications discovered yet");
+    empty.text = texts.text("Click Check for Updates to scan installed apps and check for available updates.");
+  }
+  return empty;
+}
+
+}  // namespace corvane

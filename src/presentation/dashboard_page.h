@@ -1,0 +1,244 @@
+// The dashboard as values: what each element shows, whether it stands, and whether it can be pressed. No
+// layout, no colour values and no text is decided anywhere else.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "presentation/page_fields.h"
+
+namespace corvane {
+
+struct PageButton {
+  std::string text;
+  std::string help;
+  bool visible = false;
+  bool enabled = false;
+  friend bool operator==(const PageButton&, const PageButton&) = default;
+};
+
+struct StatusCard {
+  std::string key;  // "pending", "upToDate", "alerts"
+  std::string title;
+  std::string value;  // "—" while a check over everything runs
+  std::string icon;
+  ColorRole color = ColorRole::secondary;
+  bool isPlaceholder = false;
+  friend bool operator==(const StatusCard&, const StatusCard&) = default;
+};
+
+struct TimestampPill {
+  std::string key;  // "discovery", "check", "deadline", "enforcement"
+  std::string icon;
+  std::string label;
+  std::string timestamp;
+  ColorRole iconColor = ColorRole::secondary;
+  ColorRole valueColor = ColorRole::primary;
+  friend bool operator==(const TimestampPill&, const TimestampPill&) = default;
+};
+
+struct FilterSegment {
+  std::string key;  // the filter's case name
+  std::string text;
+  std::string help;
+  bool selected = false;
+  friend bool operator==(const FilterSegment&, const FilterSegment&) = default;
+};
+
+// One finished patch run in an expanded row.
+struct ReceiptLine {
+  std::string key;
+  std::string symbol;
+  ColorRole color = ColorRole::secondary;
+  std::string time;
+  std::string version;  // "2.1", "Tried 2.1" or empty
+  std::string detail;   // of a failure: what it means, and Installomator's code
+  friend bool operator==(const ReceiptLine&, const ReceiptLine&) = default;
+};
+
+struct DeferralEventLine {
+  std::string key;
+  std::string symbol;
+  std::string text;
+  std::string time;
+  friend bool operator==(const DeferralEventLine&, const DeferralEventLine&) = default;
+};
+
+// One application of the list.
+struct AppStatusRow {
+  std::string key;  // the label
+  std::string name;
+  std::string iconPath;  // the bundle; empty when there is none
+  std::string versionText;
+  std::string statusText;
+  ColorRole statusColor = ColorRole::secondary;
+  std::string failureText;  // red, behind the status text
+  bool showsStatusIcon = false;
+  std::string statusIcon;
+  ColorRole statusIconColor = ColorRole::clear;
+  std::string statusIconHelp;
+  PageButton recheck;
+  PageButton update;
+  bool isBusy = false;
+  std::string progressText;  // of this application while its update runs
+  bool isExpanded = false;
+  std::string expanderHelp;
+  std::string receiptsTitle;
+  std::string receiptsEmptyText;  // stands in place of the lines when there is none
+  std::vector<ReceiptLine> receipts;
+  std::string eventsTitle;  // empty when there are no events
+  std::vector<DeferralEventLine> events;
+  friend bool operator==(const AppStatusRow&, const AppStatusRow&) = default;
+};
+
+struct EmptyState {
+  bool visible = false;
+  std::string symbol;
+  std::string title;
+  std::string text;
+  PageButton check;
+  friend bool operator==(const EmptyState&, const EmptyState&) = default;
+};
+
+struct HelperSetupBanner {
+  bool visible = false;
+  std::string helperLine;         // empty when the helper is fine
+  std::string installomatorLine;  // empty when the script is there
+  PageButton setUp;
+  PageButton openSettings;
+  PageButton reset;
+  std::string resetConfirmationTitle;
+  std::string resetConfirmationText;
+  friend bool operator==(const HelperSetupBanner&, const HelperSetupBanner&) = default;
+};
+
+struct SelfUpdateBanner {
+  bool visible = false;
+  std::string symbol;
+  std::string title;
+  std::string text;
+  PageButton update;
+  PageButton dismiss;
+  friend bool operator==(const SelfUpdateBanner&, const SelfUpdateBanner&) = default;
+};
+
+struct DashboardPage {
+  std::string title;
+  std::string subtitle;
+  PageButton discover;
+  PageButton check;
+  PageButton updateAll;
+  std::string workLine;  // what runs now; empty when nothing does
+  bool isWorking = false;
+  std::string statusLine;  // the one line that matters, with its symbol
+  std::string statusSymbol;
+  std::string statusMessage;  // transient line of the workflow
+  std::string errorMessage;
+  std::vector<StatusCard> cards;
+  std::vector<TimestampPill> timestamps;
+  std::string filterLabel;
+  std::vector<FilterSegment> filters;
+  PageButton recheckAll;
+  EmptyState empty;
+  HelperSetupBanner helperBanner;
+  SelfUpdateBanner selfUpdateBanner;
+  std::vector<AppStatusRow> rows;
+  friend bool operator==(const DashboardPage&, const DashboardPage&) = default;
+};
+
+template <>
+struct PageFields<PageButton> {
+  static constexpr auto all =
+      std::make_tuple(pageField("text", &PageButton::text), pageField("help", &PageButton::help),
+                      pageField("visible", &PageButton::visible), pageField("enabled", &PageButton::enabled));
+};
+template <>
+struct PageFields<StatusCard> {
+  static constexpr auto all =
+      std::make_tuple(pageField("key", &StatusCard::key), pageField("title", &StatusCard::title),
+                      pageField("value", &StatusCard::value), pageField("icon", &StatusCard::icon),
+                      pageField("color", &StatusCard::color), pageField("isPlaceholder", &StatusCard::isPlaceholder));
+};
+template <>
+struct PageFields<TimestampPill> {
+  static constexpr auto all = std::make_tuple(
+      pageField("key", &TimestampPill::key), pageField("icon", &TimestampPill::icon),
+      pageField("label", &TimestampPill::label), pageField("timestamp", &TimestampPill::timestamp),
+      pageField("iconColor", &TimestampPill::iconColor), pageField("valueColor", &TimestampPill::valueColor));
+};
+template <>
+struct PageFields<FilterSegment> {
+  static constexpr auto all =
+      std::make_tuple(pageField("key", &FilterSegment::key), pageField("text", &FilterSegment::text),
+                      pageField("help", &FilterSegment::help), pageField("selected", &FilterSegment::selected));
+};
+template <>
+struct PageFields<ReceiptLine> {
+  static constexpr auto all =
+      std::make_tuple(pageField("key", &ReceiptLine::key), pageField("symbol", &ReceiptLine::symbol),
+                      pageField("color", &ReceiptLine::color), pageField("time", &ReceiptLine::time),
+                      pageField("version", &ReceiptLine::version), pageField("detail", &ReceiptLine::detail));
+};
+template <>
+struct PageFields<DeferralEventLine> {
+  static constexpr auto all =
+      std::make_tuple(pageField("key", &DeferralEventLine::key), pageField("symbol", &DeferralEventLine::symbol),
+                      pageField("text", &DeferralEventLine::text), pageField("time", &DeferralEventLine::time));
+};
+template <>
+struct PageFields<AppStatusRow> {
+  static constexpr auto all = std::make_tuple(
+      pageField("key", &AppStatusRow::key), pageField("name", &AppStatusRow::name),
+      pageField("iconPath", &AppStatusRow::iconPath), pageField("versionText", &AppStatusRow::versionText),
+      pageField("statusText", &AppStatusRow::statusText), pageField("statusColor", &AppStatusRow::statusColor),
+      pageField("failureText", &AppStatusRow::failureText),
+      pageField("showsStatusIcon", &AppStatusRow::showsStatusIcon), pageField("statusIcon", &AppStatusRow::statusIcon),
+      pageField("statusIconColor", &AppStatusRow::statusIconColor),
+      pageField("statusIconHelp", &AppStatusRow::statusIconHelp), pageField("recheck", &AppStatusRow::recheck),
+      pageField("update", &AppStatusRow::update), pageField("isBusy", &AppStatusRow::isBusy),
+      pageField("progressText", &AppStatusRow::progressText), pageField("isExpanded", &AppStatusRow::isExpanded),
+      pageField("expanderHelp", &AppStatusRow::expanderHelp), pageField("receiptsTitle", &AppStatusRow::receiptsTitle),
+      pageField("receiptsEmptyText", &AppStatusRow::receiptsEmptyText), pageField("receipts", &AppStatusRow::receipts),
+      pageField("eventsTitle", &AppStatusRow::eventsTitle), pageField("events", &AppStatusRow::events));
+};
+template <>
+struct PageFields<EmptyState> {
+  static constexpr auto all =
+      std::make_tuple(pageField("visible", &EmptyState::visible), pageField("symbol", &EmptyState::symbol),
+                      pageField("title", &EmptyState::title), pageField("text", &EmptyState::text),
+                      pageField("check", &EmptyState::check));
+};
+template <>
+struct PageFields<HelperSetupBanner> {
+  static constexpr auto all = std::make_tuple(
+      pageField("visible", &HelperSetupBanner::visible), pageField("helperLine", &HelperSetupBanner::helperLine),
+      pageField("installomatorLine", &HelperSetupBanner::installomatorLine),
+      pageField("setUp", &HelperSetupBanner::setUp), pageField("openSettings", &HelperSetupBanner::openSettings),
+      pageField("reset", &HelperSetupBanner::reset),
+      pageField("resetConfirmationTitle", &HelperSetupBanner::resetConfirmationTitle),
+      pageField("resetConfirmationText", &HelperSetupBanner::resetConfirmationText));
+};
+template <>
+struct PageFields<SelfUpdateBanner> {
+  static constexpr auto all =
+      std::make_tuple(pageField("visible", &SelfUpdateBanner::visible), pageField("symbol", &SelfUpdateBanner::symbol),
+                      pageField("title", &SelfUpdateBanner::title), pageField("text", &SelfUpdateBanner::text),
+                      pageField("update", &SelfUpdateBanner::update), pageField("dismiss", &SelfUpdateBanner::dismiss));
+};
+template <>
+struct PageFields<DashboardPage> {
+  static constexpr auto all = std::make_tuple(
+      pageField("title", &DashboardPage::title), pageField("subtitle", &DashboardPage::subtitle),
+      pageField("discover", &DashboardPage::discover), pageField("check", &DashboardPage::check),
+      pageField("updateAll", &DashboardPage::updateAll), pageField("workLine", &DashboardPage::workLine),
+      pageField("isWorking", &DashboardPage::isWorking), pageField("statusLine", &DashboardPage::statusLine),
+      pageField("statusSymbol", &DashboardPage::statusSymbol),
+      pageField("statusMessage", &DashboardPage::statusMessage),
+      pageField("errorMessage", &DashboardPage::errorMessage), pageField("cards", &DashboardPage::cards),
+      pageField("timestamps", &DashboardPage::timestamps), pageField("filterLabel", &DashboardPage::filterLabel),
+      pageField("filters", &DashboardPage::filters), pageField("recheckAll", &DashboardPage::recheckAll),
+      pageField("empty", &DashboardPage::empty), pageField("helperBanner", &DashboardPage::helperBanner),
+      pageField("selfUpdateBanner", &DashboardPage::selfUpdateBanner), pageField("rows", &DashboardPage::rows));
+};
+
+}  // namespace corvane

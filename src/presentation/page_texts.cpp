@@ -1,0 +1,59 @@
+#include "presentation/page_texts.h"
+
+#include <chrono>
+#include <cstdint>
+
+namespace corvane {
+
+namespace {
+
+std::int64_t calendarDaysBetween(Date from, Date to, const Locale& locale) {
+  const auto calendar = locale.calendar();
+  const std::chrono::sys_days first = calendar.local(from).day;
+  const std::chrono::sys_days last = calendar.local(to).day;
+  return (last - first).count();
+}
+
+std::string absolute(Date moment, std::int64_t days, const Locale& locale) {
+  const auto at = [&](std::string_view literal) {
+    return fmt::format(fmt::runtime(localized(literal)), locale.shortTime(moment));
+  };
+  if (days == 0) return at("today at {}");
+  if (days == 1) return at("tomorrow at {}");
+  if (days == -1) return at("yesterday at {}");
+  return locale.mediumDateShortTime(moment);
+}
+
+struct Unit {
+  std::int64_t count;
+  std::string_view one;
+  std::string_view many;
+};
+
+std::string relative(Date moment, Date now, std::int64_t days) {
+  const bool ahead = moment > now;
+  const auto gap = ahead ? moment - now : now - moment;
+  const auto worded = [](const Unit& unit) {
+    return fmt::format(fmt::runtime(localized(unit.count == 1 ? unit.one : unit.many)), unit.count);
+  };
+  if (gap < 1min) return localized(ahead ? "in less than a minute" : "just now");
+  if (gap < 1h) {
+    const auto minutes = std::chrono::floor<std::chrono::minutes>(gap).count();
+    return worded(ahead ? Unit{minutes, "in {} minute", "in {} minutes"}
+                        : Unit{minutes, "{} minute ago", "{} minutes ago"});
+  }
+  if (gap < 48h) {
+    const auto hours = std::chrono::floor<std::chrono::hours>(gap).count();
+    return worded(ahead ? Unit{hours, "in {} hour", "in {} hours"} : Unit{hours, "{} hour ago", "{} hours ago"});
+  }
+  return worded(ahead ? Unit{days, "in {} day", "in {} days"} : Unit{-days, "{} day ago", "{} days ago"});
+}
+
+}  // namespace
+
+std::string momentText(Date moment, Date now, const Locale& locale) {
+  const auto days = calendarDaysBetween(now, moment, locale);
+  return fmt::format(fmt::runtime(localized("{}, {}")), absolute(moment, days, locale), relative(moment, now, days));
+}
+
+}  // namespace corvane
