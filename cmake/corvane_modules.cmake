@@ -1,7 +1,7 @@
 # How folders become libraries and test programs. A folder's sources are whatever lies in it.
 
 add_library(corvane_options INTERFACE)
-target_include_directories(corvane_options INTERFACE ${CMAKE_SOURCE_DIR}/src ${CMAKE_BINARY_DIR}/generated)
+target_include_directories(corvane_options INTERFACE ${CMAKE_SOURCE_DIR}/src)
 target_compile_options(corvane_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow=local -Wnon-virtual-dtor -Woverloaded-virtual -Wconversion
   -Wno-sign-conversion -Wno-missing-field-initializers -Werror)

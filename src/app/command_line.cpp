@@ -1,0 +1,30 @@
+#include "app/command_line.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace corvane {
+
+LaunchArguments LaunchArguments::parse(std::span<const std::string_view> arguments) {
+  const auto has = [&](std::string_view wanted) { return std::ranges::find(arguments, wanted) != arguments.end(); };
+  return {.help = has("--help") || has("-h"),
+          .backgroundLaunch = has("--background-launch"),
+          .afterInstall = has("--after-install")};
+}
+
+std::string usageText(std::string_view title) {
+  return fmt::format(
+      "{0}\n\n"
+      "  --generate-diagnostic-bundle [--output <dir|file.zip>] [--verbose]\n"
+      "      Write a diagnostic zip and print its path on stdout.\n"
+      "      With no --output, the zip is written to /var/tmp.\n"
+      "      Progress is written to stderr when stderr is a terminal, or with --verbose.\n\n"
+      "  --clear-notifications\n"
+      "      Remove delivered and scheduled {0} notifications, then exit.\n\n"
+      "  --help\n"
+      "      Show this usage.\n",
+      title);
+}
+
+}  // namespace corvane

@@ -1,0 +1,80 @@
+// The services of a user's program, each made once over the ports of its machine and handed down by reference.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+
+#include "base/notification_center.h"
+#include "base/work_queue.h"
+#include "core/client/helper_installation_service.h"
+#include "core/client/helper_service_client.h"
+#include "core/history/deferral_event_manager.h"
+#include "core/history/helper_state_stores.h"
+#include "core/history/label_history_caches.h"
+#include "core/history/receipt_manager.h"
+#include "core/logging/logging_service.h"
+#include "core/places.h"
+#include "core/preferences/preference_manager.h"
+#include "platform/application.h"
+#include "platform/clock.h"
+#include "platform/entropy.h"
+#include "platform/files.h"
+#include "platform/helper_channel.h"
+#include "platform/helper_registration.h"
+#include "platform/locale.h"
+#include "platform/own_bundle.h"
+#include "platform/preference_domains.h"
+#include "platform/running_applications.h"
+#include "platform/session_lock.h"
+#include "workflow/neutral_parts.h"
+#include "workflow/workflow_services.h"
+
+namespace corvane {
+
+// What a user's program asks of its machine. Made by the mains; all outlive the services.
+struct Ports {
+  MainQueue& main;
+  WorkQueue& work;
+  Clock& clock;
+  Locale& locale;
+  Entropy& entropy;
+  Files& files;
+  PreferenceDomains& domains;
+  RunningApplications& processes;
+  Application& application;
+  HelperChannel& channel;
+  HelperRegistration& registration;
+  OwnBundle& bundle;
+  SessionLock& lock;
+  LogSink& log;
+  CorvaneConstants places;
+  std::string userName;
+};
+
+// Main thread. Members are made in this order and go in the reverse.
+class Services {
+ public:
+  explicit Services(Ports ports);
+
+  [[nodiscard]] const Ports& ports() const { return ports_; }
+  [[nodiscard]] WorkflowServices workflow();
+
+  NotificationCenter notifications;
+  PreferenceManager preferences;
+  HelperServiceClient helper;
+  HelperInstallationService installation;
+  HelperScheduledDiscoveryAppsStore scheduledApps;
+  ReceiptManager receipts;
+  DeferralEventManager deferralEvents;
+  ReceiptsSnapshot receiptsSnapshot;
+  LabelFailureHistoryCache failures;
+  LabelInstallHistoryCache installs;
+  // What a program without prompt, schedulers and signals has in their places.
+  NeutralParts neutral;
+
+ private:
+  Ports ports_;
+};
+
+}  // namespace corvane

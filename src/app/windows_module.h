@@ -1,0 +1,31 @@
+// The door between the application and its windows module, which is opened when the first window is needed.
+#pragma once
+
+#include <string>
+
+#include "workflow/status_view_model.h"
+#include "workflow/workflow_services.h"
+
+namespace corvane {
+
+class UvMainLoop;
+
+// What the module is handed; all of it outlives the windows.
+struct WindowsHost {
+  StatusViewModel& model;
+  const WorkflowServices& services;
+  UvMainLoop& loop;
+};
+
+// Opens the dashboard, runs until the main loop is told to quit or the last window was closed, and gives the
+// exit code.
+using RunWindows = int (*)(WindowsHost& host);
+inline constexpr const char* kRunWindowsSymbol = "corvane_run_windows";
+
+// Draws the dashboard as it stands, without a display, into a PNG file. 0 when the file was written.
+using DrawDashboard = int (*)(WindowsHost& host, const std::string& file);
+inline constexpr const char* kDrawDashboardSymbol = "corvane_draw_dashboard";
+
+inline constexpr const char* kWindowsModuleFile = "libcorvane_windows.so";
+
+}  // namespace corvane

@@ -1,0 +1,136 @@
+#include "ctl/command.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace corvane::ctl {
+namespace {
+
+constexpr auto kVerbs = std::to_array<VerbFacts>({
+    {Verb::status, "status", false, false,
+     "Usage: corvanectl status [--json]\n\n"
+     "Shows the counts, the last discovery and check, the state of the helper and of\n"
+     "Installomator, the deadline, and what the dashboard's status line says.\n"
+     "Reads what is stored; asks the helper for nothing.\n"},
+    {Verb::list, "list", false, false,
+     "Usage: corvanectl list [--filter all|needsUpdate|alerts|upToDate] [--json]\n\n"
+     "Lists the known applications with their installed and latest versions.\n"
+     "Reads what is stored; `discover` and `check` bring it up to date.\n\n"
+     "  --filter MODE   all (default), needsUpdate, alerts or upToDate\n"},
+    {Verb::discover, "discover", false, true,
+     "Usage: corvanectl discover [--json]\n\n"
+     "Looks for installed applications that a label matches, then checks them for\n"
+     "updates. Needs the helper; without it, applications are scanned directly and\n"
+     "no latest versions are known.\n"},
+    {Verb::check, "check", true, true,
+     "Usage: corvanectl check [LABEL...] [--json]\n\n"
+     "Asks for the latest versions of all known applications, or of those named.\n"
+     "Fails when the helper cannot be reached.\n"},
+    {Verb::update, "update", true, true,
+     "Usage: corvanectl update [LABEL...] [--json]\n\n"
+     "Updates the applications named, or all that have an update pending and are not\n"
+     "set aside until the next cycle. Fails when one of them fails.\n"},
+    {Verb::history, "history", true, false,
+     "Usage: corvanectl history [LABEL...] [--json]\n\n"
+     "Lists finished patch runs, newest first, of all applications or of those named.\n"},
+    {Verb::settings, "settings", false, false,
+     "Usage: corvanectl settings [--json]\n\n"
+     "Lists every preference key with its value in force and where it comes from:\n"
+     "managed, user or default. Secrets are shown as \"(hidden)\".\n"},
+});
+
+std::unexpected<Error> usage(std::string text) {
+  return failure("CRVUsage", static_cast<int>(ExitCode::usage), std::move(text));
+}
+
+const VerbFacts* findVerb(std::string_view name) {
+  const auto found = std::ranges::find(kVerbs, name, &VerbFacts::name);
+  return found == kVerbs.end() ? nullptr : found;
+}
+
+constexpr std::string_view kFilters = "all, needsUpdate, alerts, upToDate";
+
+}  // namespace
+
+std::span<const VerbFacts> verbs() { return kVerbs; }
+
+const VerbFacts& factsOf(Verb verb) { return *std::ranges::find(kVerbs, verb, &VerbFacts::verb); }
+
+bool wantsJson(std::span<const std::string_view> arguments) {
+  return std::ranges::find(arguments, "--json") != arguments.end();
+}
+
+Result<Command> parseCommand(std::span<const std::string_view> arguments) {
+  Command command;
+  const auto has = [&](std::string_view a, std::string_view b) {
+    return std::ranges::any_of(arguments, [&](auto argument) { return argument == a || argument == b; });
+  };
+  if (!arguments.empty()) {
+    if (const auto* facts = findVerb(arguments.front())) {
+      command.verb = facts->verb;
+      command.verbGiven = true;
+    }
+  }
+  if (arguments.empty() || has("--help", "-h") || arguments.front() == "help") {
+    command.kind = Command::Kind::help;
+    if (arguments.size() > 1 && arguments.front() == "help") {
+      const auto* facts = findVerb(arguments[1]);
+      if (facts == nullptr)
+        return usage(fmt::format("There is no command \"{}\". See corvanectl --help.", arguments[1]));
+      command.verb = facts->verb;
+      command.verbGiven = true;
+    }
+    return command;
+  }
+  if (arguments.front() == "--version") {
+    command.kind = Command::Kind::version;
+    return command;
+  }
+  if (!command.verbGiven)
+    return usage(fmt::format("There is no command \"{}\". See corvanectl --help.", arguments.front()));
+
+  const auto& facts = factsOf(command.verb);
+  for (std::size_t i = 1; i < arguments.size(); ++i) {
+    std::string_view argument = arguments[i];
+    if (argument == "--json") {
+      command.json = true;
+    } else if (command.verb == Verb::list && (argument == "--filter" || argument.starts_with("--filter="))) {
+      if (argument == "--filter") {
+        if (++i == arguments.size()) return usage(fmt::format("--filter needs one of {}.", kFilters));
+        argument = arguments[i];
+      } else {
+        argument.remove_prefix(std::string_view("--filter=").size());
+      }
+      const auto mode = caseFromRaw<FilterMode>(argument);
+      if (!mode) return usage(fmt::format("\"{}\" is no filter; it is one of {}.", argument, kFilters));
+      command.filter = *mode;
+    } else if (argument.starts_with("-")) {
+      return usage(fmt::format("{} knows no option {}. See corvanectl {} --help.", facts.name, argument, facts.name));
+    } else if (!facts.takesLabels) {
+      return usage(fmt::format("{} takes no \"{}\". See corvanectl {} --help.", facts.name, argument, facts.name));
+    } else if (!argument.empty()) {
+      command.labels.emplace_back(std::string(argument));
+    }
+  }
+  command.labels = withoutDuplicates(command.labels);
+  return command;
+}
+
+std::string overviewHelp() {
+  return "Usage: corvanectl COMMAND [LABEL...] [--json]\n\n"
+         "  status      counts, dates, helper, deadline\n"
+         "  list        known applications and their versions\n"
+         "  discover    look for installed applications\n"
+         "  check       ask for latest versions\n"
+         "  update      install updates\n"
+         "  history     finished patch runs\n"
+         "  settings    every preference key, its value and where it comes from\n\n"
+         "  --json      one JSON object on stdout, errors included\n"
+         "  --version   the program's version\n"
+         "  --help      this page, or with a command its own\n\n"
+         "Exit codes: 0 done, 1 failed, 2 wrong usage, 3 the application runs and owns the\n"
+         "state, 4 the helper is out of reach.\n";
+}
+
+}  // namespace corvane::ctl

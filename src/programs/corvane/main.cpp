@@ -1,0 +1,110 @@
+// The application of the logged-in user. It links no window toolkit: the windows module is opened when the
+// first window is needed.
+#include <dlfcn.h>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+#include <vector>
+
+#include "app/command_line.h"
+#include "app/helper_start.h"
+#include "app/launch_log.h"
+#include "app/single_instance.h"
+#include "app/windows_module.h"
+#include "core/policies/gui_instance_policy.h"
+#include "core/preferences/display_title.h"
+#include "programs/user/user_machine.h"
+
+extern char** environ;  // NOLINT(readability-redundant-declaration)
+
+namespace {
+
+using namespace corvane;
+
+GUIInstancePolicy::Environment processEnvironment() {
+  GUIInstancePolicy::Environment environment;
+  for (char** entry = environ; *entry != nullptr; ++entry) {
+    const std::string_view text(*entry);
+    if (const auto equals = text.find('='); equals != std::string_view::npos)
+      environment.emplace(text.substr(0, equals), text.substr(equals + 1));
+  }
+  return environment;
+}
+
+template <class Function>
+Function* windowsFunction(const std::filesystem::path& bundle, const char* symbol) {
+  const auto file = bundle / "Contents/PlugIns" / kWindowsModuleFile;
+  void* module = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (module == nullptr) {
+    fmt::print(stderr, "Corvane: the windows module cannot be opened: {}\n", dlerror());
+    return nullptr;
+  }
+  return reinterpret_cast<Function*>(dlsym(module, symbol));
+}
+
+// Of the usage text, which comes before anything else is built.
+std::string configuredTitle(const CorvaneConstants& places) {
+  UserMachine machine(places);
+  return AppDisplayTitle(Services(machine.ports()).preferences.loadConfiguration()).current();
+}
+
+int launch(const LaunchArguments& arguments, UserMachine& machine) {
+  const auto environment = processEnvironment();
+  const bool byAgent = GUIInstancePolicy::launchedByAgent(environment);
+  unsetenv(std::string(GUIInstancePolicy::agentVariable).c_str());
+  const Logger log(machine.log, "Corvane");
+  if (!claimSingleInstance(machine.lock, byAgent, log)) return 0;
+
+  Services services(machine.ports());
+  const auto config = services.preferences.loadConfiguration();
+  machine.log.refreshVerbosityFromPreferences(config.verboseMode, config.debugMode);
+  log.info(launchLine({.shortVersion = machine.bundle.shortVersion(),
+                       .build = machine.bundle.version(),
+                       .helperStatus = services.installation.status(),
+                       .silentLaunch = services.preferences.readManagedSilentLaunchEnabled(),
+                       .backgroundLaunch = arguments.backgroundLaunch,
+                       .showDashboard = !arguments.backgroundLaunch,
+                       .uid = getuid()}));
+
+  const auto watching = services.preferences.startWatching();
+  StatusViewModel model(services.workflow());
+  model.begin();
+  const auto verbosity = services.notifications.observe<CorvaneSettingsDidChange>([&](const auto&) {
+    const auto fresh = services.preferences.loadConfiguration();
+    machine.log.refreshVerbosityFromPreferences(fresh.verboseMode, fresh.debugMode);
+  });
+
+  const auto workflow = services.workflow();
+  WindowsHost host{.model = model, .services = workflow, .loop = machine.loop};
+  auto* runWindows = windowsFunction<int(WindowsHost&)>(machine.bundle.path(), kRunWindowsSymbol);
+  if (runWindows == nullptr) return 1;
+
+  // The first load asks the helper, so it waits until one runs or cannot be had.
+  HelperStart helperStart(services.installation, machine.loop.mainQueue());
+  helperStart.ensureRunning([&](const Status& started) {
+    if (!started) log.warning("The root helper is not running: " + started.error().text);
+    model.loadStatus();
+  });
+  return runWindows(host);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::vector<std::string_view> list(argv + 1, argv + argc);
+  const auto arguments = LaunchArguments::parse(list);
+  const auto places = placesFromEnvironment();
+  if (arguments.help) {
+    fmt::print("{}", usageText(places ? configuredTitle(*places) : "Corvane"));
+    return 0;
+  }
+  if (!places) {
+    fmt::print(stderr, "Corvane: {}\n", places.error().text);
+    return 1;
+  }
+  UserMachine machine(*places);
+  return launch(arguments, machine);
+}

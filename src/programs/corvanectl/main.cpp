@@ -1,0 +1,80 @@
+// The administrator's command line: the model and the helper client without windows.
+#include <unistd.h>
+
+#include <cstdio>
+#include <string_view>
+#include <vector>
+
+#include "app/version.h"
+#include "ctl/report.h"
+#include "ctl/session.h"
+#include "programs/user/user_machine.h"
+
+namespace {
+
+using namespace corvane;
+using ctl::ExitCode;
+
+void write(std::FILE* stream, std::string_view text) { std::fwrite(text.data(), 1, text.size(), stream); }
+
+int fail(const Error& error, bool json, ExitCode code) {
+  if (json)
+    write(stdout, writeJson(ctl::errorJson(error)) + "\n");
+  else
+    write(stderr, "corvanectl: " + error.text + "\n");
+  return static_cast<int>(code);
+}
+
+// One line on a terminal that replaces itself; an empty text takes it away.
+void showProgress(std::string_view text) {
+  write(stderr, "\r\033[K");
+  write(stderr, text);
+  std::fflush(stderr);
+}
+
+int run(const ctl::Command& command) {
+  const auto places = placesFromEnvironment();
+  if (!places) return fail(places.error(), command.json, ExitCode::failed);
+  UserMachine machine(*places);
+  Services services(machine.ports());
+  const auto config = services.preferences.loadConfiguration();
+  machine.log.refreshVerbosityFromPreferences(config.verboseMode, config.debugMode);
+  StatusViewModel model(services.workflow());
+  HelperStart helperStart(services.installation, machine.loop.mainQueue());
+
+  const ctl::World world{
+      .model = model,
+      .preferences = services.preferences,
+      .installation = services.installation,
+      .helperStart = helperStart,
+      .receipts = services.receipts,
+      .locale = machine.locale,
+      .clock = machine.clock,
+      .files = machine.files,
+      .places = machine.places,
+      .lock = machine.lock,
+      .pump = [&](const std::function<bool()>& done, Duration limit) { return machine.loop.pump(done, limit); },
+      .out = [](std::string_view text) { write(stdout, text); },
+      .err = [](std::string_view text) { write(stderr, text); },
+      .progress = isatty(STDERR_FILENO) != 0 ? std::function<void(std::string_view)>(showProgress) : nullptr};
+  return static_cast<int>(ctl::runCommand(command, world));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::vector<std::string_view> arguments(argv + 1, argv + argc);
+  const auto command = ctl::parseCommand(arguments);
+  if (!command) return fail(command.error(), ctl::wantsJson(arguments), ExitCode::usage);
+  switch (command->kind) {
+    case ctl::Command::Kind::help:
+      write(stdout, command->verbGiven ? std::string(ctl::factsOf(command->verb).help) : ctl::overviewHelp());
+      return 0;
+    case ctl::Command::Kind::version:
+      write(stdout, "corvanectl " + std::string(kProgramVersion) + "\n");
+      return 0;
+    case ctl::Command::Kind::run:
+      break;
+  }
+  return run(*command);
+}

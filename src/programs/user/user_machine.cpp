@@ -1,0 +1,88 @@
+#include "programs/user/user_machine.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "platform/linux/x11_window_order.h"
+#include "platform/posix/folder_ownership.h"
+
+namespace corvane {
+namespace {
+
+std::string environmentValue(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? std::string() : std::string(value);
+}
+
+std::filesystem::path homeFolder() {
+  if (const auto home = environmentValue("HOME"); !home.empty()) return home;
+  const passwd* user = getpwuid(getuid());
+  return user == nullptr || user->pw_dir == nullptr ? "/" : user->pw_dir;
+}
+
+// The helper is told its places; it takes none from an environment.
+DetachedProgram helperProgram(const CorvaneConstants& places, const ExecutableBundle& bundle) {
+  return {.executable = bundle.helper(),
+          .arguments = {"--root", places.root.string(), "--user-home", places.home.string()},
+          .environment = {{"PATH", "/usr/bin:/bin:/usr/sbin:/sbin"}, {"LANG", "C.UTF-8"}}};
+}
+
+}  // namespace
+
+std::string userShortName() {
+  const passwd* user = getpwuid(getuid());
+  return user == nullptr ? std::to_string(getuid()) : user->pw_name;
+}
+
+Result<CorvaneConstants> placesFromEnvironment() {
+  CorvaneConstants places{.home = homeFolder()};
+  const auto root = environmentValue("CORVANE_ROOT");
+  if (root.empty() || root == "/") return places;
+  if (root.front() != '/')
+    return failure("CRVPlaces", 1, "CORVANE_ROOT must be an absolute path; it is \"" + root + "\".");
+  if (const auto own = checkOwnFolder(root); !own) return std::unexpected(own.error().within("CORVANE_ROOT"));
+  std::error_code ignored;
+  // Bundles of running processes have canonical paths, and are compared with those below the root.
+  places.root = std::filesystem::canonical(root, ignored);
+  return places;
+}
+
+UserMachine::UserMachine(CorvaneConstants itsPlaces)
+    : places(std::move(itsPlaces)),
+      loop(clock),
+      log({.system = places.logFile(), .archive = places.logArchiveFolder(), .fallback = places.userLogFile()},
+          LogRole::user, files, clock, [this] { return locale.calendar(); }),
+      watch(loop.loop(), loop.mainQueue()),
+      domains(
+          {.user = places.userPreferencesPath(), .managed = places.managedPreferencesPath()},
+          [this](std::string_view line) { Logger(log, "PreferenceManager").warning(line); },
+          [this](const std::filesystem::path& folder, std::function<void()> changed) {
+            return watch.watch(folder, std::move(changed));
+          }),
+      processes(loop.mainQueue(), makeX11WindowOrder()),
+      channel(loop.loop(), loop.mainQueue(), places.helperSocket()),
+      registration(loop.mainQueue(), helperProgram(places, bundle), places.userSupportFolder() / "helper-child.plist"),
+      lock(places.instanceLock()) {}
+
+Ports UserMachine::ports() {
+  return {.main = loop.mainQueue(),
+          .work = work,
+          .clock = clock,
+          .locale = locale,
+          .entropy = entropy,
+          .files = files,
+          .domains = domains,
+          .processes = processes,
+          .application = application,
+          .channel = channel,
+          .registration = registration,
+          .bundle = bundle,
+          .lock = lock,
+          .log = log,
+          .places = places,
+          .userName = userShortName()};
+}
+
+}  // namespace corvane

@@ -1,0 +1,62 @@
+// The real machine under a user's program: every port's adapter, made once. The application and the command
+// line differ in nothing here.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "app/services.h"
+#include "base/error.h"
+#include "core/logging/logging_service.h"
+#include "core/places.h"
+#include "platform/linux/linux_locale.h"
+#include "platform/linux/linux_running_applications.h"
+#include "platform/posix/child_helper_registration.h"
+#include "platform/posix/executable_bundle.h"
+#include "platform/posix/instance_lock.h"
+#include "platform/posix/posix_files.h"
+#include "platform/posix/posix_preference_domains.h"
+#include "platform/posix/process_application.h"
+#include "platform/posix/system_clock.h"
+#include "platform/posix/system_entropy.h"
+#include "platform/uv/uv_file_watch.h"
+#include "platform/uv/uv_helper_channel.h"
+#include "platform/uv/uv_main_loop.h"
+#include "platform/uv/uv_work_queue.h"
+
+namespace corvane {
+
+// Where this program works: CORVANE_ROOT names the system root, and HOME the user's folder. A root other than
+// "/" is honoured only where the folder belongs to the user and nobody else may write to it; otherwise the
+// start fails with the line to print.
+[[nodiscard]] Result<CorvaneConstants> placesFromEnvironment();
+
+class UserMachine {
+ public:
+  explicit UserMachine(CorvaneConstants places);
+
+  [[nodiscard]] Ports ports();
+
+  CorvaneConstants places;
+  SystemClock clock;
+  UvMainLoop loop;
+  PosixFiles files;
+  SystemEntropy entropy;
+  LinuxLocale locale;
+  LoggingService log;
+  ExecutableBundle bundle;
+  UvFileWatch watch;
+  PosixPreferenceDomains domains;
+  LinuxRunningApplications processes;
+  ProcessApplication application;
+  UvHelperChannel channel;
+  ChildHelperRegistration registration;
+  InstanceLock lock;
+  UvWorkQueue work;
+};
+
+// The user's short name; the number of the user where the machine knows no name.
+[[nodiscard]] std::string userShortName();
+
+}  // namespace corvane
