@@ -1,0 +1,40 @@
+// Ties the dashboard to the model: a change of the model makes a new page, an action calls an operation.
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "base/lease.h"
+#include "base/lifeline.h"
+#include "presentation/dashboard_builder.h"
+#include "ui/dashboard_bridge.h"
+#include "workflow/status_view_model.h"
+
+namespace corvane::ui {
+
+// Main thread. Holds the page's own state: which rows are expanded, and a dismissed banner.
+class DashboardController {
+ public:
+  DashboardController(StatusViewModel& model, const WorkflowServices& services);
+
+  [[nodiscard]] DashboardBridge& bridge() { return bridge_; }
+
+  // Makes the page anew. Called by itself once a turn after the model changed.
+  void refresh();
+
+ private:
+  [[nodiscard]] DashboardActions actions();
+  void updateApp(const std::string& label);
+  void toggleHistory(const Label& label);
+  void setUpHelper();
+  [[nodiscard]] std::map<Label, ExpandedHistory> expandedHistories();
+
+  StatusViewModel& model_;
+  WorkflowServices services_;
+  DashboardBridge bridge_;
+  std::set<Label> expandedReceiptLabels_;
+  Lease changes_;
+  Lease minutes_;
+};
+
+}  // namespace corvane::ui

@@ -1,0 +1,107 @@
+// The main window: sidebar and page.
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+
+ApplicationWindow {
+    id: window
+
+    required property var bridge
+
+    width: 920
+    height: 680
+    minimumWidth: 640
+    minimumHeight: 480
+    title: bridge.windowTitle
+    color: Theme.window
+
+    Shortcut {
+        sequences: [StandardKey.Refresh, "Ctrl+R"]
+        enabled: window.bridge.page.check.enabled
+        onActivated: window.bridge.checkForUpdates()
+    }
+    Shortcut {
+        sequence: StandardKey.Find
+        onActivated: page.focusFilter()
+    }
+    Shortcut {
+        sequence: StandardKey.Close
+        onActivated: window.close()
+    }
+
+    RowLayout {
+        anchors.fill: parent
+        spacing: 0
+
+        Rectangle {
+            Layout.fillHeight: true
+            Layout.preferredWidth: window.width < 760 ? 56 : 176
+            color: Theme.sidebar
+
+            ColumnLayout {
+                anchors.fill: parent
+                anchors.margins: Theme.grid
+                anchors.topMargin: Theme.margin
+                spacing: Theme.inset
+
+                Rectangle {
+                    Layout.fillWidth: true
+                    implicitHeight: 32
+                    radius: 7
+                    color: Theme.selected
+                    RowLayout {
+                        anchors.fill: parent
+                        anchors.leftMargin: 12
+                        spacing: Theme.grid
+                        Symbol {
+                            name: "gauge"
+                            role: "accent"
+                            size: 18
+                        }
+                        Text {
+                            Layout.fillWidth: true
+                            visible: window.width >= 760
+                            text: window.bridge.statusSectionTitle
+                            color: Theme.primary
+                            font.pixelSize: Theme.textSize
+                            font.weight: Font.Medium
+                        }
+                    }
+                }
+                Item { Layout.fillHeight: true }
+                RowLayout {
+                    Layout.fillWidth: true
+                    Layout.margins: Theme.inset
+                    spacing: Theme.grid
+                    Symbol {
+                        name: window.bridge.page.statusSymbol
+                        size: 20
+                    }
+                    Text {
+                        Layout.fillWidth: true
+                        visible: window.width >= 760
+                        text: window.bridge.page.statusLine
+                        color: Theme.secondary
+                        font.pixelSize: Theme.captionSize
+                        wrapMode: Text.Wrap
+                    }
+                }
+            }
+            Rectangle {
+                anchors.right: parent.right
+                width: 1
+                height: parent.height
+                color: Theme.hairline
+            }
+        }
+
+        StatusPage {
+            id: page
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            page: window.bridge.page
+            rows: window.bridge.rows
+            actions: window.bridge
+        }
+    }
+}

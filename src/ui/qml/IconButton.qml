@@ -1,0 +1,41 @@
+// A round button that bears a symbol alone; its name and help are told to the accessibility tree.
+import QtQuick
+import QtQuick.Controls.Basic
+
+Button {
+    id: root
+
+    property string symbol
+    property string role: "secondary"
+    property string help: ""
+
+    implicitWidth: 32
+    implicitHeight: 32
+    padding: 4
+    focusPolicy: Qt.StrongFocus
+    hoverEnabled: true
+
+    Accessible.name: text !== "" ? text : help
+    Accessible.description: help
+    Accessible.onPressAction: if (enabled) clicked()
+
+    contentItem: Item {
+        Symbol {
+            anchors.centerIn: parent
+            name: root.symbol
+            role: root.role
+            size: 20
+            opacity: root.enabled ? 1 : 0.4
+        }
+    }
+    background: Rectangle {
+        radius: width / 2
+        color: root.hovered && root.enabled ? Theme.hover : "transparent"
+        border.width: root.visualFocus ? 2 : 0
+        border.color: Theme.accentText
+    }
+
+    ToolTip.text: help
+    ToolTip.visible: help !== "" && hovered
+    ToolTip.delay: 600
+}

@@ -1,0 +1,47 @@
+// One of the three counts.
+import QtQuick
+import QtQuick.Layouts
+
+Rectangle {
+    id: root
+
+    required property var card
+
+    implicitHeight: 88
+    radius: Theme.radius
+    color: Theme.card
+    border.width: 1
+    border.color: Theme.hairline
+
+    Accessible.role: Accessible.StaticText
+    Accessible.name: card.title + ": " + card.value
+
+    ColumnLayout {
+        anchors.fill: parent
+        anchors.margins: 2 * Theme.grid
+        spacing: Theme.inset
+
+        RowLayout {
+            spacing: Theme.grid
+            Symbol {
+                name: root.card.icon
+                role: root.card.color
+                size: 18
+            }
+            Text {
+                Layout.fillWidth: true
+                text: root.card.title
+                color: Theme.secondary
+                font.pixelSize: Theme.textSize
+                elide: Text.ElideRight
+            }
+        }
+        Text {
+            Layout.fillWidth: true
+            text: root.card.value
+            color: root.card.isPlaceholder ? Theme.secondary : Theme.primary
+            font.pixelSize: 28
+            font.weight: Font.DemiBold
+        }
+    }
+}

@@ -1,0 +1,60 @@
+// Colours, spacing and type, once. Pages ask for roles; only this file knows values.
+pragma Singleton
+import QtQuick
+
+QtObject {
+    id: theme
+
+    // Set by the bridge from the desktop's preference.
+    property bool dark: false
+    property bool reducedMotion: false
+
+    readonly property color window: dark ? "#1b1d21" : "#f6f7f9"
+    readonly property color sidebar: dark ? "#23262b" : "#eceef2"
+    readonly property color card: dark ? "#25282e" : "#ffffff"
+    readonly property color hover: dark ? "#2d3138" : "#f0f2f6"
+    readonly property color selected: dark ? "#31405a" : "#dbe6fb"
+    readonly property color hairline: dark ? "#393e46" : "#dde0e6"
+    readonly property color control: dark ? "#31353c" : "#ffffff"
+
+    readonly property color primary: dark ? "#eef0f3" : "#1c1f24"
+    readonly property color secondary: dark ? "#a7aeb9" : "#5b6470"
+    readonly property color onAccent: "#ffffff"
+    readonly property color accent: dark ? "#4c82e6" : "#1f5fd0"
+    readonly property color accentText: dark ? "#8fb4ff" : "#1f5fd0"
+
+    readonly property color green: dark ? "#4cc38a" : "#157a4a"
+    readonly property color orange: dark ? "#f2a154" : "#a85300"
+    readonly property color red: dark ? "#ff7d74" : "#c3271f"
+    readonly property color yellow: dark ? "#f0c94a" : "#8a6500"
+    readonly property color blue: dark ? "#7fb0ff" : "#1f5fd0"
+
+    // A colour by the role that a page names.
+    function role(name) {
+        switch (name) {
+        case "green": return green
+        case "orange": return orange
+        case "red": return red
+        case "yellow": return yellow
+        case "blue": return blue
+        case "accent": return accent
+        case "primary": return primary
+        case "clear": return "transparent"
+        default: return secondary
+        }
+    }
+
+    // The 8-point grid, 4 inside controls.
+    readonly property int grid: 8
+    readonly property int inset: 4
+    readonly property int margin: 24
+    readonly property int radius: 10
+    readonly property int rowHeight: 56
+
+    readonly property int titleSize: 22
+    readonly property int headingSize: 15
+    readonly property int textSize: 13
+    readonly property int captionSize: 11
+
+    readonly property int motion: reducedMotion ? 0 : 160
+}

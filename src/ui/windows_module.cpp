@@ -1,0 +1,74 @@
+// What the application finds in the windows module.
+#include "app/windows_module.h"
+
+#include <QFontDatabase>
+#include <QGuiApplication>
+#include <QPalette>
+#include <QQuickStyle>
+#include <QQuickWindow>
+
+#include "platform/qt/qt_main_loop.h"
+#include "platform/uv/uv_main_loop.h"
+#include "ui/dashboard_controller.h"
+#include "ui/dashboard_window.h"
+
+namespace corvane::ui {
+namespace {
+
+// Qt keeps the argument list by reference.
+struct Arguments {
+  int count = 1;
+  char name[8] = "Corvane";
+  char* list[2] = {name, nullptr};
+};
+
+void prepareApplication() {
+  QQuickStyle::setStyle(QStringLiteral("Basic"));
+  QGuiApplication::setApplicationName(QStringLiteral("Corvane"));
+  QGuiApplication::setDesktopFileName(QStringLiteral("org.corvane.Corvane"));
+  QFont font = QGuiApplication::font();
+  if (QFontDatabase::hasFamily(QStringLiteral("Inter"))) font.setFamily(QStringLiteral("Inter"));
+  font.setPixelSize(13);
+  QGuiApplication::setFont(font);
+}
+
+bool desktopIsDark() {
+  const auto palette = QGuiApplication::palette();
+  return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
+}
+
+int runWindows(WindowsHost& host) {
+  Arguments arguments;
+  QGuiApplication application(arguments.count, arguments.list);
+  prepareApplication();
+  QtMainLoop loop(host.loop);
+  DashboardController controller(host.model, host.services);
+  DashboardWindow window(controller.bridge());
+  if (!window.ok()) return 1;
+  window.setDark(desktopIsDark());
+  window.show();
+  return loop.exec();
+}
+
+int drawDashboard(WindowsHost& host, const std::string& file) {
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  qputenv("QT_QUICK_BACKEND", "software");
+  Arguments arguments;
+  QGuiApplication application(arguments.count, arguments.list);
+  prepareApplication();
+  DashboardController controller(host.model, host.services);
+  DashboardWindow window(controller.bridge());
+  if (!window.ok()) return 1;
+  window.show();
+  return window.grab().save(toQString(file)) ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace corvane::ui
+
+extern "C" {
+Q_DECL_EXPORT int corvane_run_windows(corvane::WindowsHost& host) { return corvane::ui::runWindows(host); }
+Q_DECL_EXPORT int corvane_draw_dashboard(corvane::WindowsHost& host, const std::string& file) {
+  return corvane::ui::drawDashboard(host, file);
+}
+}
