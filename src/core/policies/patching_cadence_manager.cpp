@@ -93,13 +93,6 @@ CadenceState PatchingCadenceManager::steppedTo(Date now, Date start) const {
   return {.currentPatchingStartDate = startOn(day), .nextCycleStartDate = startOn(day + step)};
 }
 
-CadenceState PatchingCadenceManager::freshInstallCycle(Date now) const {
-  const auto today = startOn(dayOf(now));
-  auto next = nextCycleStart(today);
-  if (latestStart(now) != today) next = std::min(next, firstStartAfter(now));
-  return {.currentPatchingStartDate = today, .nextCycleStartDate = next};
-}
-
 Date PatchingCadenceManager::nextCycleStart(Date date) const {
   if (settings_.monthlyPatchingCadenceEnabled) return firstStartAfter(date);
   return startOn(dayOf(date) + days(settings_.daysUntilReset));

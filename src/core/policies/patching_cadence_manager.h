@@ -44,9 +44,9 @@ class PatchingCadenceManager {
 
   [[nodiscard]] const Calendar& calendar() const { return calendar_; }
 
-  // The first cycle of a machine: from the start of today to the next configured start. It counts from today
-  // and not from the weekday behind us, so that a day deadline is never over before the first reminder.
-  [[nodiscard]] CadenceState freshInstallCycle(Date now) const;
+  // The first cycle of a machine: the one that the settings give, as if it had been there since its start, so
+  // that all machines of a fleet share their anchors and day deadlines.
+  [[nodiscard]] CadenceState freshInstallCycle(Date now) const { return armedState(now); }
 
   // The start of the cycle that follows one begun at `date`; always later than `date`.
   [[nodiscard]] Date nextCycleStart(Date date) const;

@@ -110,9 +110,9 @@ TEST(PatchingCadenceManager, ArmsTheMostRecentConfiguredStart) {
   }
 }
 
-TEST(PatchingCadenceManager, CountsTheFirstCycleOfAMachineFromToday) {
+TEST(PatchingCadenceManager, GivesTheFirstCycleOfAMachineTheAnchorOfItsFleet) {
   const Fixture f(weekly(2, 14));
-  EXPECT_EQ(f.manager.freshInstallCycle(f.at("2026-11-20 15:00")), f.cycle("2026-11-20", "2026-11-23"));
+  EXPECT_EQ(f.manager.freshInstallCycle(f.at("2026-11-20 15:00")), f.cycle("2026-11-16", "2026-11-30"));
   EXPECT_EQ(f.manager.freshInstallCycle(f.at("2026-11-23 15:00")), f.cycle("2026-11-23", "2026-12-07"));
   const Fixture daily(weekly(2, 1));
   EXPECT_EQ(daily.manager.freshInstallCycle(daily.at("2026-11-20 15:00")), daily.cycle("2026-11-20", "2026-11-21"));
