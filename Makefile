@@ -35,6 +35,7 @@ test: build/debug/build.ninja
 	cmake --build --preset debug
 	ctest --preset debug
 	tools/check_format
+	tools/check_layers --self-test
 	tools/check_layers
 
 asan tsan: %: build/%/build.ninja

@@ -6,22 +6,49 @@
 #include <algorithm>
 #include <chrono>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace corvane::bench {
+
+template <class F>
+double microsecondsOf(F&& call) {
+  const auto start = std::chrono::steady_clock::now();
+  call();
+  return std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start).count();
+}
+
+inline double median(std::vector<double> times) {
+  const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
+  std::ranges::nth_element(times, middle);
+  return *middle;
+}
 
 // Median wall time of `runs` calls in microseconds, after one warm-up.
 template <class F>
 double medianMicroseconds(int runs, F&& call) {
   call();
   std::vector<double> times;
+  for (int i = 0; i < runs; ++i) times.push_back(microsecondsOf(call));
+  return median(std::move(times));
+}
+
+// The medians of two calls that take turns, so that what else the machine does falls on both alike.
+struct Pair {
+  double ours = 0;
+  double other = 0;
+};
+template <class F, class G>
+Pair medianMicrosecondsInTurns(int runs, F&& ours, G&& other) {
+  ours();
+  other();
+  std::vector<double> a;
+  std::vector<double> b;
   for (int i = 0; i < runs; ++i) {
-    const auto start = std::chrono::steady_clock::now();
-    call();
-    times.push_back(std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start).count());
+    a.push_back(microsecondsOf(ours));
+    b.push_back(microsecondsOf(other));
   }
-  std::ranges::nth_element(times, times.begin() + runs / 2);
-  return times[static_cast<std::size_t>(runs / 2)];
+  return {median(std::move(a)), median(std::move(b))};
 }
 
 // name | value | what it is held against | its value | ratio | goal | ok or misses. `goal` is the largest

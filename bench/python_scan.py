@@ -52,6 +52,12 @@ def team(path):
     return None
 
 
+def best(candidates):
+    """Plain labels before those of early builds, then the shortest, then by name."""
+    return min(((label, values) for patterns, values in candidates for label in patterns[:1]),
+               key=lambda item: ("-" in item[0] or "_" in item[0], len(item[0]), item[0]))
+
+
 def main(root):
     known = labels(os.path.join(root, "Library/Application Support/Corvane/fragments/labels"))
     for path in sorted(bundles(os.path.join(root, "Applications"))):
@@ -60,11 +66,12 @@ def main(root):
             continue
         with open(os.path.join(path, "Contents/Info.plist"), "rb") as file:
             info = plistlib.load(file)
-        signer = team(os.path.join(path, "Contents/MacOS", info["CFBundleExecutable"]))
         store = os.path.exists(os.path.join(path, "Contents/_MASReceipt/receipt"))
-        patterns, values = matching[0]
-        print(patterns[0], info["CFBundleShortVersionString"], info["CFBundleVersion"], signer,
-              signer != values.get("expectedTeamID"), store)
+        signer = team(os.path.join(path, "Contents/MacOS", info["CFBundleExecutable"]))
+        label, values = best(matching)
+        version = info[values.get("versionKey", "CFBundleShortVersionString")]
+        foreign = signer != values.get("expectedTeamID")
+        print(os.path.relpath(path, root), label, version, str(foreign).lower(), str(store).lower(), sep="\t")
 
 
 main(sys.argv[1])

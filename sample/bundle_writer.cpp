@@ -26,7 +26,7 @@ PlistDict infoOf(const BundleSpec& spec) {
 }
 
 std::string infoBytes(const BundleSpec& spec) {
-  auto bytes = writePlist(infoOf(spec), spec.format);
+  auto bytes = writePlist(infoOf(spec), spec.format).value();
   // Torn in the middle, as a full disk leaves a file.
   if (spec.damagedInfo) bytes.resize(bytes.size() / 2);
   return bytes;

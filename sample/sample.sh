@@ -91,6 +91,19 @@ processes() {
         awk -F '\t' -v root="$root/" 'index($2, root) == 1 { sub(/^\/proc\//, ""); sub(/ \(deleted\)$/, ""); print }'
 }
 
+# The helpers that serve the sample: they outlive whoever started them, and their executable lies in the bundle.
+helpers() {
+    root=$(cd "$1" && pwd -P)
+    for line in /proc/[0-9]*/cmdline; do
+        pid=${line#/proc/} && pid=${pid%/cmdline}
+        tr '\0' '\n' <"$line" 2>/dev/null | awk -v root="$root" '
+            NR == 1 && $0 !~ /\/CorvaneRootHelper$/ { exit }
+            before == "--root" && $0 == root { found = 1 }
+            { before = $0 }
+            END { exit !found }' && echo "$pid" || :
+    done
+}
+
 named() { processes "$1" | awk -F '\t' -v name="$2" '{ n = split($2, part, "/"); if (part[n] == name) print $1 }'; }
 
 down() {
@@ -98,6 +111,14 @@ down() {
         kill "$pid"
         while serverProcess "$1" >/dev/null; do sleep 0.05; done
     fi
+    for pid in $(helpers "$1"); do
+        kill "$pid" 2>/dev/null || :
+        for _ in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20; do
+            kill -0 "$pid" 2>/dev/null || break
+            sleep 0.1
+        done
+        kill -KILL "$pid" 2>/dev/null || :
+    done
     for pid in $(processes "$1" | grep -E '\.app/Contents/MacOS/|/usr/bin/osascript$' | cut -f 1); do
         kill -KILL "$pid" 2>/dev/null || :
     done

@@ -40,16 +40,24 @@ void clearOldSample(const fs::path& folder) {
   if (error) throw MakingFailed(fmt::format("Removing {}: {}", folder.string(), error.message()));
 }
 
+// For all users, as the tool's question for a version runs as one without rights.
+void putSharedFolder(const fs::path& folder) {
+  constexpr mode_t everybody = 01777;
+  makeFolder(folder);
+  if (::chmod(folder.c_str(), everybody) != 0) throw MakingFailed("Opening to all users: " + folder.string());
+}
+
 void makeFolders(const Layout& at) {
   makeFolder(at.root);
-  for (const auto* folder : {"Applications/Utilities", "Library/LaunchAgents", "Library/LaunchDaemons",
-                             "Library/Logs/Corvane", "Library/Managed Preferences", "var/run/corvane",
-                             "var/db/receipts", "var/log", "usr/bin", "usr/local/bin", "tmp"})
+  for (const auto* folder :
+       {"Applications/Utilities", "Library/LaunchAgents", "Library/LaunchDaemons", "Library/Logs/Corvane",
+        "Library/Managed Preferences", "var/run/corvane", "var/db/receipts", "var/log", "usr/bin", "usr/local/bin"})
     makeFolder(at.root / folder);
   for (const auto* folder : {"Library/Preferences", "Library/Logs/Corvane", "Library/Application Support/Corvane",
                              "Library/LaunchAgents", "Applications"})
     makeFolder(at.home / folder);
   makeFolder(at.root / "var/run/user", 0700);
+  putSharedFolder(at.root / "tmp");
   for (const auto* folder : {"fail", "delay", "garbage", "answer", "bin"}) makeFolder(at.control / folder);
   makeFolder(at.labels);
   makeFolder(at.vendors);
@@ -68,7 +76,7 @@ void putInstaller(const Layout& at, const SampleSpec& spec, const std::string& v
   // The prompt is a process of this name, which is how an open prompt is known.
   put(at.root / "usr/bin/osascript", take(spec.programs / "sample_prompt"), 0755);
   put(at.root / "System/Library/CoreServices/SystemVersion.plist",
-      writePlist(PlistDict{{"ProductName", "macOS"}, {"ProductVersion", "26.1"}}, PlistFormat::xml));
+      writePlist(PlistDict{{"ProductName", "macOS"}, {"ProductVersion", "26.1"}}, PlistFormat::xml).value());
 }
 
 void putReceipt(const Layout& at, std::string_view package, std::string_view version, std::string_view prefix) {
@@ -78,7 +86,7 @@ void putReceipt(const Layout& at, std::string_view package, std::string_view ver
                           {"InstallPrefixPath", prefix},
                           {"InstallProcessName", "installer"},
                           {"InstallDate", Date(std::chrono::sys_days(std::chrono::year(2026) / 9 / 14))}};
-  put(at.root / "var/db/receipts" / fmt::format("{}.plist", package), writePlist(receipt, PlistFormat::binary));
+  put(at.root / "var/db/receipts" / fmt::format("{}.plist", package), writePlist(receipt, PlistFormat::binary).value());
 }
 
 PlistArray texts(std::initializer_list<const char*> items) {
@@ -93,12 +101,12 @@ void putPreferences(const Layout& at) {
                        {"IgnoredLabels", texts({"basalt*"})},
                        {"OptionalLabels", texts({"basaltreports"})},
                        {"VersionComparisonInstallomatorFallback", true}};
-  put(at.home / "Library/Preferences" / kDomainFile, writePlist(user, PlistFormat::binary));
+  put(at.home / "Library/Preferences" / kDomainFile, writePlist(user, PlistFormat::binary).value());
   const PlistDict managed{{"SupportTeamName", "Sample Service Desk"},
                           {"SupportTeamPhone", "+1 555 0100"},
                           {"SupportTeamEmail", "desk@example.org"},
                           {"SupportTeamWebsite", "https://desk.example.org"}};
-  put(at.root / "Library/Managed Preferences" / kDomainFile, writePlist(managed, PlistFormat::xml));
+  put(at.root / "Library/Managed Preferences" / kDomainFile, writePlist(managed, PlistFormat::xml).value());
 }
 
 void putApplications(const Layout& at, const std::string& program) {

@@ -71,7 +71,9 @@ int writeReceipt(std::span<char*> arguments) {
                                    {"InstallProcessName", "installer"},
                                    {"InstallDate", corvane::Date(now)}};
   const auto bytes = corvane::writePlist(receipt, corvane::PlistFormat::binary);
-  if (const auto written = corvane::writeFileAtomically(arguments[0], bytes); !written) {
+  const auto written =
+      bytes ? corvane::writeFileAtomically(arguments[0], *bytes) : corvane::Status(std::unexpected(bytes.error()));
+  if (!written) {
     fmt::print(stderr, "{}\n", written.error().text);
     return 1;
   }

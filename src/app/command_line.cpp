@@ -8,9 +8,10 @@ namespace corvane {
 
 LaunchArguments LaunchArguments::parse(std::span<const std::string_view> arguments) {
   const auto has = [&](std::string_view wanted) { return std::ranges::find(arguments, wanted) != arguments.end(); };
-  return {.help = has("--help") || has("-h"),
-          .backgroundLaunch = has("--background-launch"),
-          .afterInstall = has("--after-install")};
+  LaunchArguments parsed{.help = has("--help") || has("-h")};
+  for (const std::string_view job : {"--clear-notifications", "--generate-diagnostic-bundle"})
+    if (!parsed.batchJob && has(job)) parsed.batchJob = job;
+  return parsed;
 }
 
 std::string usageText(std::string_view title) {

@@ -1,6 +1,7 @@
 // The command line of the application: what it asks for, and the usage text.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -10,8 +11,8 @@ namespace corvane {
 // Arguments are whole strings anywhere in the list; unknown ones are ignored.
 struct LaunchArguments {
   bool help = false;
-  bool backgroundLaunch = false;
-  bool afterInstall = false;
+  // "--clear-notifications" or "--generate-diagnostic-bundle", in this order, when one of them is asked for.
+  std::optional<std::string_view> batchJob;
 
   [[nodiscard]] static LaunchArguments parse(std::span<const std::string_view> arguments);
 };

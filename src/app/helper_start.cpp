@@ -18,8 +18,10 @@ void HelperStart::ensureRunning(Completion<Status> done) {
   const auto answer = [this](Status status) {
     main_.post(lifeline_.guard([this, status = std::move(status)] { done_(status); }));
   };
-  if (installation_.isOperational()) return answer({});
+  const bool knownToHaveEnded = installation_.launchctlPrintExitCode().value_or(0) != 0;
+  if (installation_.isOperational() && !knownToHaveEnded) return answer({});
 
+  staleHeartbeat_ = installation_.helperHeartbeatDate();
   const auto status = installation_.status();
   if (status == HelperStatus::notRegistered || status == HelperStatus::unknown) {
     if (const auto registered = installation_.registerHelper(); !registered) return answer(registered);
@@ -32,7 +34,8 @@ void HelperStart::ensureRunning(Completion<Status> done) {
 }
 
 void HelperStart::look(int looksLeft) {
-  if (installation_.isOperational()) return done_(Status{});
+  const bool beatsAnew = installation_.helperHeartbeatDate() != staleHeartbeat_;
+  if (beatsAnew && installation_.isOperational()) return done_(Status{});
   if (looksLeft == 0) return done_(notRunning(installation_.status()));
   poll_ = main_.after(kHelperStartPoll, [this, looksLeft] { look(looksLeft - 1); });
 }

@@ -1,7 +1,7 @@
 // Sees to it that a helper runs: registers one that was never registered, starts one that does not run.
 #pragma once
 
-#include <functional>
+#include <optional>
 
 #include "base/error.h"
 #include "base/lease.h"
@@ -19,9 +19,13 @@ inline constexpr Duration kHelperStartPoll = 100ms;
 class HelperStart {
  public:
   HelperStart(HelperInstallationService& installation, MainQueue& main) : installation_(installation), main_(main) {}
+  ~HelperStart() { done_.abandon(); }
+  HelperStart(const HelperStart&) = delete;
+  HelperStart& operator=(const HelperStart&) = delete;
 
   // `done` runs once in a later turn: with success when the helper is operational, else with a text that says
-  // what is in the way. Never called again while one is under way.
+  // what is in the way. Never called again while one is under way. The heartbeat of a helper that was killed stays
+  // fresh for a while: where the service manager knows that it ended, only a new heartbeat counts.
   void ensureRunning(Completion<Status> done);
 
  private:
@@ -30,6 +34,7 @@ class HelperStart {
   HelperInstallationService& installation_;
   MainQueue& main_;
   Completion<Status> done_;
+  std::optional<Date> staleHeartbeat_;
   Lease poll_;
   Lifeline lifeline_;
 };

@@ -1,6 +1,7 @@
 // The door between the application and its windows module, which is opened when the first window is needed.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "workflow/status_view_model.h"
@@ -10,11 +11,18 @@ namespace corvane {
 
 class UvMainLoop;
 
+// What the windows can cause beyond the model's operations. One that is absent is not offered.
+struct WindowActions {
+  std::function<void()> updateAll;
+  std::function<void()> updateItself;
+};
+
 // What the module is handed; all of it outlives the windows.
 struct WindowsHost {
   StatusViewModel& model;
   const WorkflowServices& services;
   UvMainLoop& loop;
+  WindowActions actions{};
 };
 
 // Opens the dashboard, runs until the main loop is told to quit or the last window was closed, and gives the

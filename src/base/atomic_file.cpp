@@ -91,8 +91,12 @@ Result<std::string> readAll(int fd, const fs::path& path, std::size_t limit, std
   while (true) {
     // One byte more than is expected, so that the usual file ends with the second read.
     const std::size_t room = std::max<std::size_t>(expected > length ? expected - length + 1 : 0, 4096);
-    bytes.resize(length + room);
-    const auto got = ::read(fd, bytes.data() + length, room);
+    ssize_t got = 0;
+    // Not `resize`, which would write every byte once before it is read.
+    bytes.resize_and_overwrite(length + room, [&](char* data, std::size_t) {
+      got = ::read(fd, data + length, room);
+      return length + static_cast<std::size_t>(std::max<ssize_t>(got, 0));
+    });
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) return std::unexpected(fileError("Could not read", path, errno));
     if (got == 0) break;

@@ -9,6 +9,8 @@
 #include <cmath>
 #include <unordered_set>
 
+#include "base/utf8.h"
+
 namespace corvane {
 namespace {
 
@@ -68,7 +70,7 @@ struct Emit {
       writer.Null();
   }
   void operator()(const std::string& value) const {
-    writer.String(value.data(), static_cast<rapidjson::SizeType>(value.size()));
+    withUtf8(value, [this](const char* text, rapidjson::SizeType length) { writer.String(text, length); });
   }
   void operator()(const JsonArray& array) const {
     writer.StartArray();
@@ -78,10 +80,18 @@ struct Emit {
   void operator()(const JsonObject& object) const {
     writer.StartObject();
     for (const auto& [key, value] : object.entries()) {
-      writer.Key(key.data(), static_cast<rapidjson::SizeType>(key.size()));
+      withUtf8(key, [this](const char* text, rapidjson::SizeType length) { writer.Key(text, length); });
       std::visit(*this, value.storage());
     }
     writer.EndObject();
+  }
+
+  // One text that is no UTF-8 would have the reader refuse all of the document.
+  template <class Write>
+  static void withUtf8(const std::string& text, Write write) {
+    if (isUtf8(text)) return write(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+    const auto valid = validUtf8(text);
+    write(valid.data(), static_cast<rapidjson::SizeType>(valid.size()));
   }
 };
 

@@ -75,7 +75,8 @@ class JsonValue {
 // Strict JSON, UTF-8 only, at most 256 levels deep. The error's text tells what is wrong, for the log.
 [[nodiscard]] Result<JsonValue> parseJson(std::string_view text);
 
-// One line without white space, or indented by two blanks for people.
+// One line without white space, or indented by two blanks for people. Bytes that are no UTF-8 become U+FFFD, numbers
+// that JSON has no word for null: what is written can always be read.
 [[nodiscard]] std::string writeJson(const JsonValue& value);
 [[nodiscard]] std::string writeJsonPretty(const JsonValue& value);
 

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "base/plist_readers.h"
+#include "base/utf8.h"
 
 namespace corvane {
 namespace {
@@ -39,7 +40,7 @@ struct MakeNode {
   Node operator()(bool value) const { return Node(plist_new_bool(value ? 1 : 0)); }
   Node operator()(std::int64_t value) const { return Node(plist_new_uint(static_cast<std::uint64_t>(value))); }
   Node operator()(double value) const { return Node(plist_new_real(value)); }
-  Node operator()(const std::string& value) const { return Node(plist_new_string(value.c_str())); }
+  Node operator()(const std::string& value) const { return Node(plist_new_string(validUtf8(value).c_str())); }
   Node operator()(const PlistData& value) const { return Node(plist_new_data(value.bytes.data(), value.bytes.size())); }
   Node operator()(Date value) const { return dateNode(value); }
   Node operator()(const PlistArray& items) const {
@@ -50,10 +51,20 @@ struct MakeNode {
   Node operator()(const PlistDict& entries) const {
     Node node(plist_new_dict());
     for (const auto& [key, value] : entries)
-      plist_dict_set_item(node.get(), key.c_str(), std::visit(*this, value.storage()).release());
+      plist_dict_set_item(node.get(), validUtf8(key).c_str(), std::visit(*this, value.storage()).release());
     return node;
   }
 };
+
+// Whether the readers would take it back.
+bool fits(const PlistValue& value, int depth) {
+  if (depth > kMostPlistDepth) return false;
+  if (const auto* items = value.array())
+    return std::ranges::all_of(*items, [depth](const PlistValue& item) { return fits(item, depth + 1); });
+  if (const auto* entries = value.dict())
+    return std::ranges::all_of(*entries, [depth](const auto& entry) { return fits(entry.second, depth + 1); });
+  return true;
+}
 
 }  // namespace
 
@@ -83,7 +94,8 @@ Result<PlistDocument> parsePlist(std::string_view bytes) {
   return PlistDocument{.root = std::move(*root), .format = format};
 }
 
-std::string writePlist(const PlistValue& value, PlistFormat format) {
+Result<std::string> writePlist(const PlistValue& value, PlistFormat format) {
+  if (!fits(value, 0)) return plistFailure("the values are nested too deeply for a property list");
   const Node node = std::visit(MakeNode{}, value.storage());
   char* bytes = nullptr;
   std::uint32_t length = 0;
@@ -96,6 +108,8 @@ std::string writePlist(const PlistValue& value, PlistFormat format) {
     plist_to_xml_free(bytes);
   else
     plist_to_bin_free(bytes);
+  // An empty file would read as damaged, and the settings that stood in it would be gone.
+  if (out.empty()) return plistFailure("the values could not be written as a property list");
   return out;
 }
 

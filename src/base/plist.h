@@ -72,7 +72,8 @@ struct PlistDocument {
 // be lenient with a truncated XML text. Never aborts on hostile bytes.
 [[nodiscard]] Result<PlistDocument> parsePlist(std::string_view bytes);
 
-// Fractions of a second survive only in the binary form.
-[[nodiscard]] std::string writePlist(const PlistValue& value, PlistFormat format);
+// Fractions of a second survive only in the binary form. Text that is no UTF-8 is written with U+FFFD in it. Fails
+// where the value has no form, as one nested too deep; what is given is never empty.
+[[nodiscard]] Result<std::string> writePlist(const PlistValue& value, PlistFormat format);
 
 }  // namespace corvane

@@ -21,8 +21,8 @@ constexpr auto kVerbs = std::to_array<VerbFacts>({
     {Verb::discover, "discover", false, true,
      "Usage: corvanectl discover [--json]\n\n"
      "Looks for installed applications that a label matches, then checks them for\n"
-     "updates. Needs the helper; without it, applications are scanned directly and\n"
-     "no latest versions are known.\n"},
+     "updates. Without the helper, applications are scanned directly and no latest\n"
+     "versions are known; it ends with 4 then.\n"},
     {Verb::check, "check", true, true,
      "Usage: corvanectl check [LABEL...] [--json]\n\n"
      "Asks for the latest versions of all known applications, or of those named.\n"

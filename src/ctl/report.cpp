@@ -63,11 +63,10 @@ std::size_t characters(std::string_view text) {
   return static_cast<std::size_t>(std::ranges::count_if(text, [](char c) { return (c & 0xC0) != 0x80; }));
 }
 
-// The settings that people set, each with its value as it may be shown.
+// Every key, each with its value as it may be shown.
 template <class Visit>
 void forEachSetting(const PreferenceManager& preferences, Visit&& visit) {
   for (const auto& setting : settings_rows::all) {
-    if (setting.access == SettingAccess::state) continue;
     auto value = preferences.effectiveValue(setting.key);
     const auto source = preferences.valueSource(setting.key);
     if (setting.neverLogged && source != ValueSource::fallback) value = kHidden;

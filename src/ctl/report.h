@@ -37,7 +37,7 @@ struct StatusReport {
 [[nodiscard]] JsonValue receiptsJson(const Receipts& receipts);
 [[nodiscard]] std::string receiptsText(const Receipts& receipts, const Calendar& calendar);
 
-// {"settings":[{"key","value","source","type"}…]}; state keys are left out, secrets are "(hidden)".
+// {"settings":[{"key","value","source","type"}…]}: every key; secrets are "(hidden)", data is told by its size.
 [[nodiscard]] JsonValue settingsJson(const PreferenceManager& preferences);
 [[nodiscard]] std::string settingsText(const PreferenceManager& preferences);
 

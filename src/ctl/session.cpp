@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "core/preferences/display_title.h"
 #include "ctl/report.h"
 #include "workflow/app_predicates.h"
 #include "workflow/status_texts.h"
@@ -41,10 +42,17 @@ void waitUntilIdle(const World& world) {
   if (world.progress) world.progress("");
 }
 
-// Starts the helper when it does not run, and waits for its first heartbeat.
+// Starts the helper when it does not run, and asks it once: a heartbeat outlives the helper by a minute, an
+// answer does not.
 Status reachHelper(const World& world) {
   std::optional<Status> answer;
   world.helperStart.ensureRunning([&](Status status) { answer = std::move(status); });
+  world.pump([&] { return answer.has_value(); }, kNoLimit);
+  if (!*answer) return *answer;
+  answer.reset();
+  world.helper.getStatus([&](const Result<StatusInfo>& status) {
+    answer = status ? Status() : Status(std::unexpected(status.error()));
+  });
   world.pump([&] { return answer.has_value(); }, kNoLimit);
   return *answer;
 }
@@ -54,7 +62,9 @@ std::optional<Error> claim(const World& world) {
   switch (attempt.outcome) {
     case SessionLock::Outcome::heldByOther:
       return ctlError(ExitCode::applicationRuns,
-                      "Corvane runs and owns the state. Do this in its window, or quit it and try again.");
+                      AppDisplayTitle(world.preferences.loadConfiguration())
+                          .userFacing("Corvane or another corvanectl is at work and owns the state. Do this in the "
+                                      "window, or quit it and try again."));
     case SessionLock::Outcome::couldNotMakeFolder:
     case SessionLock::Outcome::couldNotOpen:
       world.err(fmt::format("corvanectl: the session could not be claimed ({}); continuing\n", attempt.error));
@@ -70,16 +80,21 @@ std::optional<Error> modelError(const World& world) {
   return std::nullopt;
 }
 
-// What the model says last, and the applications concerned.
-ExitCode finish(const Command& command, const World& world, Apps apps, JsonObject json, std::string text) {
-  if (const auto error = modelError(world)) return tellError(*error, command.json, ExitCode::failed, world);
+// What the model says last, and the applications concerned; what went wrong stands beside them.
+ExitCode finish(const Command& command, const World& world, const Apps& apps, ExitCode whenFailed) {
+  const auto error = modelError(world);
+  if (error && apps.empty()) return tellError(*error, command.json, whenFailed, world);
   const auto facts = world.model.facts();
-  const auto list = appsJson(apps, facts);
-  json.set("apps", *list.find("apps"));
+  auto json = *appsJson(apps, facts).object();
   const auto& message = world.model.fields().messages.statusMessage;
-  if (text.empty() && message) text = *message + "\n";
-  print(command, world, json, text + (apps.empty() ? "" : "\n" + appsText(apps, facts)));
-  return ExitCode::done;
+  if (message) json.set("message", *message);
+  if (error) {
+    json.set("error", *errorJson(*error).find("error"));
+    if (!command.json) tellError(*error, false, whenFailed, world);
+  }
+  print(command, world, json,
+        (message ? *message + "\n\n" : std::string()) + (apps.empty() ? "" : appsText(apps, facts)));
+  return error ? whenFailed : ExitCode::done;
 }
 
 Apps appsWithLabels(const World& world, const Labels& labels) {
@@ -108,6 +123,7 @@ ExitCode runStatus(const Command& command, const World& world) {
   auto fields = model.fields();
   fields.helper.helperOperational = world.installation.isOperational();
   fields.helper.installomatorAvailable = world.files.exists(world.places.installomatorScript());
+  fields.inventory.cycleCompletionMessage = model.computeCycleCompletionMessage();
   const StatusReport report{.fields = fields,
                             .statusLine = statusLine(fields, world.clock.now()),
                             .helperStatus = world.installation.status(),
@@ -143,16 +159,15 @@ ExitCode runHistory(const Command& command, const World& world) {
 }
 
 ExitCode runDiscover(const Command& command, const World& world) {
-  if (const auto helper = reachHelper(world); !helper) world.err("corvanectl: " + helper.error().text + "\n");
+  const auto helper = reachHelper(world);
+  if (!helper) world.err("corvanectl: " + helper.error().text + "\n");
   world.model.refreshHelperState(false);
   world.model.discoverInstalledApps();
   waitUntilIdle(world);
-  return finish(command, world, world.model.filteredApps(), {}, {});
+  return finish(command, world, world.model.filteredApps(), helper ? ExitCode::failed : ExitCode::helperOutOfReach);
 }
 
 ExitCode runCheck(const Command& command, const World& world) {
-  if (const auto unknown = unknownLabels(world, command.labels))
-    return tellError(*unknown, command.json, ExitCode::failed, world);
   if (const auto helper = reachHelper(world); !helper)
     return tellError(helper.error(), command.json, ExitCode::helperOutOfReach, world);
   world.model.refreshHelperState(false);
@@ -161,8 +176,13 @@ ExitCode runCheck(const Command& command, const World& world) {
   else
     world.model.checkForUpdates(command.labels);
   waitUntilIdle(world);
+  if (const auto error = modelError(world)) return tellError(*error, command.json, ExitCode::failed, world);
+  // The helper knows the whole catalogue, so what it did not answer for is known nowhere.
+  if (const auto unknown = unknownLabels(world, command.labels))
+    return tellError(*unknown, command.json, ExitCode::failed, world);
   return finish(command, world,
-                command.labels.empty() ? world.model.filteredApps() : appsWithLabels(world, command.labels), {}, {});
+                command.labels.empty() ? world.model.filteredApps() : appsWithLabels(world, command.labels),
+                ExitCode::failed);
 }
 
 // What of the labels named can be updated, and a word on each that cannot.
@@ -219,21 +239,29 @@ ExitCode runUpdate(const Command& command, const World& world) {
   world.model.refreshHelperState(false);
 
   std::optional<PatchRunAnswer> answer;
-  const auto operation = wanted.labels.size() == 1 ? DiscoveryOperation::patchSingle : DiscoveryOperation::patchAll;
+  // Labels that were named are no Update All: their failure arms no retry and closes no cycle.
+  const auto operation = command.labels.empty() ? DiscoveryOperation::patchAll : DiscoveryOperation::patchSingle;
   world.model.startPatching(wanted.labels, operation, {},
                             [&](bool success, const std::string& message, std::int64_t installedCount) {
                               answer = {.success = success, .message = message, .installedCount = installedCount};
                             });
   waitUntilIdle(world);
 
-  const auto apps = appsWithLabels(world, wanted.labels);
+  const auto apps = appsWithLabels(world, command.labels.empty() ? wanted.labels : command.labels);
   const auto facts = world.model.facts();
+  const bool success = answer && answer->success;
+  const auto message = answer ? answer->message : std::string();
   auto json = *appsJson(apps, facts).object();
-  json.set("success", answer && answer->success);
-  json.set("message", answer ? answer->message : "");
+  json.set("success", success);
+  json.set("message", message);
   json.set("installedCount", answer ? answer->installedCount : 0);
-  print(command, world, json, (answer ? answer->message + "\n\n" : "") + appsText(apps, facts));
-  return answer && answer->success ? ExitCode::done : ExitCode::failed;
+  if (!success) {
+    const auto error = ctlError(ExitCode::failed, message);
+    json.set("error", *errorJson(error).find("error"));
+    if (!command.json) tellError(error, false, ExitCode::failed, world);
+  }
+  print(command, world, json, wanted.remarks + (success ? message + "\n\n" : "") + appsText(apps, facts));
+  return success ? ExitCode::done : ExitCode::failed;
 }
 
 }  // namespace
@@ -250,6 +278,7 @@ ExitCode runCommand(const Command& command, const World& world) {
   if (factsOf(command.verb).writes) {
     if (const auto taken = claim(world)) return tellError(*taken, command.json, ExitCode::applicationRuns, world);
     world.model.begin();
+    world.model.refreshDeadlineDisplay();
   }
   switch (command.verb) {
     case Verb::status:

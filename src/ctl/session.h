@@ -6,6 +6,7 @@
 
 #include "app/helper_start.h"
 #include "core/client/helper_installation_service.h"
+#include "core/client/xpc_service_client.h"
 #include "core/history/receipt_manager.h"
 #include "core/places.h"
 #include "core/preferences/preference_manager.h"
@@ -25,6 +26,7 @@ struct World {
   PreferenceManager& preferences;
   HelperInstallationService& installation;
   HelperStart& helperStart;
+  XPCServiceClient& helper;
   ReceiptManager& receipts;
   Locale& locale;
   Clock& clock;

@@ -23,7 +23,7 @@ VersionQuestion questionFor(const Label& label, const LabelCatalog& catalog) {
   const auto* fragment = catalog.find(label);
   const bool computed = fragment && fragment->isComputed(LabelVariable::appNewVersion);
   return {.label = label,
-          .literal = fragment && !computed ? fragment->appNewVersion : std::nullopt,
+          .literal = fragment ? fragment->appNewVersion : std::nullopt,
           .namedInMetadata = computed || (fragment && fragment->appNewVersion && !fragment->appNewVersion->empty()),
           .fragment = catalog.file(label).value_or(std::filesystem::path())};
 }
@@ -55,16 +55,18 @@ Apps withLatestVersions(Apps apps, const VersionAnswers& answers) {
   return apps;
 }
 
-AppDiscoverer::AppDiscoverer(Services services) : s_(std::move(services)) {}
+AppDiscoverer::AppDiscoverer(Services services)
+    : s_(std::move(services)), memory_(std::make_shared<Memory>(s_.clock, s_.log)) {}
 
-AppDiscoverer::Scan AppDiscoverer::scan(const HelperSetting& setting, const Order& order, LogSink& log) {
-  const Logger logger(log, "AppDiscoverer");
+AppDiscoverer::Scan AppDiscoverer::scan(const HelperSetting& setting, const Order& order, Memory& memory) {
+  TroubleLog::Round round(memory.troubles);
+  const Logger logger(round, "AppDiscoverer");
   Scan scan{.apps = Apps{},
             .questions = {},
             .check = {.functions = setting.constants.fragmentsPath() / "functions.sh", .askTool = {}}};
   if (setting.config.versionComparisonInstallomatorFallback)
     scan.check.askTool = setting.constants.installomatorScript();
-  const auto catalog = LabelCatalog::read(setting.constants.labelsFolder(), logger);
+  const auto catalog = memory.catalogs.current(setting.constants.labelsFolder());
   if (!catalog) {
     if (catalog.error().code != ENOENT) scan.apps = std::unexpected(XPCError::discovery(catalog.error().text));
     return scan;
@@ -75,11 +77,14 @@ AppDiscoverer::Scan AppDiscoverer::scan(const HelperSetting& setting, const Orde
     scan.apps = std::unexpected(XPCError::discovery(inventory.error().text));
     return scan;
   }
-  AppDiscoveryService service(setting.config, order.latest != Latest::no, knownLabels(order.labels, *catalog, logger),
-                              setting.constants, log, setting.savedApps);
-  scan.apps = service.discoverApps(*catalog, *inventory);
+  const LabelCatalog& labels = **catalog;
+  AppDiscoveryService service(setting.config, order.latest != Latest::no,
+                              knownLabels(order.labels, labels, Logger(memory.log, "AppDiscoverer")), setting.constants,
+                              round, setting.savedApps);
+  scan.apps = service.discoverApps(labels, *inventory);
+  if (!order.labels) round.sawEverything();
   if (order.latest == Latest::no) return scan;
-  for (const auto& app : *scan.apps) scan.questions.push_back(questionFor(app.label, *catalog));
+  for (const auto& app : *scan.apps) scan.questions.push_back(questionFor(app.label, labels));
   return scan;
 }
 
@@ -87,7 +92,7 @@ void AppDiscoverer::discover(Order order, Completion<Result<Apps>> done) {
   const auto latest = order.latest;
   runThen(
       s_.work, s_.main,
-      [setting = s_.setting(), order = std::move(order), &log = s_.log] { return scan(setting, order, log); },
+      [setting = s_.setting(), order = std::move(order), memory = memory_] { return scan(setting, order, *memory); },
       lifeline_.guard([this, latest, done = std::move(done)](Scan scan) mutable {
         if (latest == Latest::no || !scan.apps) return done(std::move(scan.apps));
         checkVersions(std::move(scan), latest, std::move(done));

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -14,6 +15,8 @@
 #include "core/places.h"
 #include "core/preferences/configuration.h"
 #include "core/records/app_info.h"
+#include "helper/catalog_keeper.h"
+#include "helper/trouble_log.h"
 #include "helper/version_checker.h"
 #include "platform/clock.h"
 
@@ -52,13 +55,21 @@ class AppDiscoverer {
     Latest latest = Latest::no;
   };
 
-  // Labels that the catalogue does not have are left out, with a log line. Runs `done` once, in a later turn;
+  // Labels that the catalogue does not have are left out, with a log line. A damaged fragment or application is told to
+  // the log when it is met first, and again only after it was well. Runs `done` once, in a later turn;
   // fails with XPCError::discovery when the folders of labels or applications cannot be read.
   void discover(Order order, Completion<Result<Apps>> done);
 
  private:
   struct Scan;
-  static Scan scan(const HelperSetting& setting, const Order& order, LogSink& log);
+  // What scans share, off the main thread too; each part guards itself.
+  struct Memory {
+    Memory(const Clock& clock, LogSink& sink) : catalogs(clock, sink), troubles(sink), log(sink) {}
+    CatalogKeeper catalogs;
+    TroubleLog troubles;
+    LogSink& log;
+  };
+  static Scan scan(const HelperSetting& setting, const Order& order, Memory& memory);
   void checkVersions(Scan scan, Latest latest, Completion<Result<Apps>> done);
   [[nodiscard]] VersionAnswers takeRemembered(std::vector<VersionQuestion>& questions) const;
   void remember(const VersionAnswers& answers);
@@ -68,6 +79,7 @@ class AppDiscoverer {
     SteadyTime at;
   };
   Services s_;
+  std::shared_ptr<Memory> memory_;
   std::map<Label, Remembered> remembered_;
   Lifeline lifeline_;
 };

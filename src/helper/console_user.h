@@ -23,6 +23,12 @@ struct ConsoleUser {
 // `seat` is the text of that record ("ACTIVE_UID=1000" among its lines).
 [[nodiscard]] std::optional<uid_t> activeUserOfSeat(std::string_view seat);
 
+// The name of the session that the seat shows ("ACTIVE=c1"); absent for none and for what is no plain name.
+[[nodiscard]] std::optional<std::string> activeSessionOfSeat(std::string_view seat);
+
+// Whether the session, by its record, is a person's ("CLASS=user" and its kin), not that of a login or lock screen.
+[[nodiscard]] bool isPersonsSession(std::string_view session);
+
 // Tells the console user at each call anew: people log in and out while the helper runs.
 class ConsoleUserSource {
  public:

@@ -10,10 +10,13 @@ namespace corvane {
 
 struct HelperConnection::Handles {
   uv_pipe_t pipe{};
-  std::array<char, 64U << 10U> buffer{};
+  uv_timer_t idle{};  // libuv's own: armed several times a request, and that must cost no turn of the queue
+  int open = 2;
+  std::array<char, 64U << 10U> buffer;
 
   [[nodiscard]] uv_stream_t* stream() { return reinterpret_cast<uv_stream_t*>(&pipe); }
   [[nodiscard]] uv_handle_t* handle() { return reinterpret_cast<uv_handle_t*>(&pipe); }
+  [[nodiscard]] uv_handle_t* idleHandle() { return reinterpret_cast<uv_handle_t*>(&idle); }
 };
 
 namespace {
@@ -26,17 +29,19 @@ struct Write {
 
 }  // namespace
 
-HelperConnection::HelperConnection(MainQueue& main, Closed closed)
-    : main_(main), closed_(std::move(closed)), decoder_(kRequestFrameLimit), handles_(std::make_unique<Handles>()) {}
+HelperConnection::HelperConnection(Closed closed)
+    : closed_(std::move(closed)),
+      decoder_(kRequestFrameLimit),
+      handles_(std::make_unique_for_overwrite<Handles>()) {}  // the buffer needs no zeros
 
 HelperConnection::~HelperConnection() = default;
 
-std::shared_ptr<HelperConnection> HelperConnection::accept(uv_loop_s* loop, uv_stream_s* listening, MainQueue& main,
-                                                           Closed closed) {
-  auto connection = std::shared_ptr<HelperConnection>(new HelperConnection(main, std::move(closed)));
+std::shared_ptr<HelperConnection> HelperConnection::accept(uv_loop_s* loop, uv_stream_s* listening, Closed closed) {
+  auto connection = std::shared_ptr<HelperConnection>(new HelperConnection(std::move(closed)));
   if (uv_pipe_init(loop, &connection->handles_->pipe, 0) != 0) return nullptr;
+  uv_timer_init(loop, &connection->handles_->idle);
   connection->keepAlive_ = connection;
-  connection->handles_->pipe.data = connection.get();
+  connection->handles_->pipe.data = connection->handles_->idle.data = connection.get();
   if (uv_accept(listening, connection->handles_->stream()) != 0) {
     connection->closeNow();
     return nullptr;
@@ -88,9 +93,10 @@ void HelperConnection::takeRequest(const std::string& body) {
     return refuse(request->id, helperError(HelperErrorCode::busy,
                                            fmt::format("{} requests of this connection wait", kPeerRequestsLimit)));
   ++unanswered_;
-  idleLimit_.release();
-  handler_(std::move(*request), [weak = weak_from_this()](std::string answer) {
-    if (const auto self = weak.lock()) self->answer(std::move(answer));
+  uv_timer_stop(&handles_->idle);
+  auto id = request->id;
+  handler_(std::move(*request), [weak = weak_from_this(), id = std::move(id)](std::string answer) {
+    if (const auto self = weak.lock()) self->answer(id, std::move(answer));
   });
 }
 
@@ -101,11 +107,11 @@ void HelperConnection::ended() {
   closeWhenAnswered();
 }
 
-void HelperConnection::answer(std::string body) {
+void HelperConnection::answer(std::string_view id, std::string body) {
   --unanswered_;
   if (refused_) return;
   if (body.size() > kAnswerFrameLimit)
-    body = composeRefusal({}, helperError(HelperErrorCode::tooLarge, "the answer is larger than a frame may be"));
+    body = composeRefusal(id, helperError(HelperErrorCode::tooLarge, "the answer is larger than a frame may be"));
   write(body);
   restartIdleLimit();
 }
@@ -147,11 +153,20 @@ void HelperConnection::stopReading() {
 // While a run of hours is awaited nobody is idle; once nothing is, or an answer is not taken, the limit counts.
 void HelperConnection::restartIdleLimit() {
   if (uv_is_closing(handles_->handle())) return;
-  if (unanswered_ > 0 && unwritten_ == 0) return idleLimit_.release();
-  idleLimit_ = main_.after(kPeerIdleLimit, [this] {
-    if (unwritten_ > 0) return closeNow();
-    refuse({}, helperError(HelperErrorCode::idle, "no whole request came in 30 seconds"));
-  });
+  if (unanswered_ > 0 && unwritten_ == 0) {
+    uv_timer_stop(&handles_->idle);
+    return;
+  }
+  constexpr auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(kPeerIdleLimit);
+  const auto expired = [](uv_timer_t* timer) {
+    static_cast<HelperConnection*>(timer->data)->shared_from_this()->idledOut();
+  };
+  uv_timer_start(&handles_->idle, expired, static_cast<std::uint64_t>(limit.count()), 0);
+}
+
+void HelperConnection::idledOut() {
+  if (unwritten_ > 0) return closeNow();
+  refuse({}, helperError(HelperErrorCode::idle, "no whole request came in 30 seconds"));
 }
 
 void HelperConnection::closeWhenAnswered() {
@@ -167,12 +182,14 @@ void HelperConnection::closeIfDone() {
 void HelperConnection::closeNow() {
   stopReading();
   last_ = true;
-  idleLimit_.release();
   if (uv_is_closing(handles_->handle())) return;
   const auto self = shared_from_this();
-  uv_close(handles_->handle(), [](uv_handle_t* handle) {
-    const auto last = std::move(static_cast<HelperConnection*>(handle->data)->keepAlive_);
-  });
+  const auto closed = [](uv_handle_t* handle) {
+    auto& connection = *static_cast<HelperConnection*>(handle->data);
+    if (--connection.handles_->open == 0) const auto last = std::move(connection.keepAlive_);
+  };
+  uv_close(handles_->handle(), closed);
+  uv_close(handles_->idleHandle(), closed);
   if (closed_) closed_(self);
 }
 

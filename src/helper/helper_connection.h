@@ -8,8 +8,9 @@
 #include <string>
 #include <string_view>
 
+#include "base/date.h"
 #include "base/frame.h"
-#include "base/main_queue.h"
+#include "base/task.h"
 #include "core/client/helper_messages.h"
 
 struct uv_loop_s;
@@ -30,8 +31,7 @@ class HelperConnection final : public std::enable_shared_from_this<HelperConnect
   using Closed = std::function<void(const std::shared_ptr<HelperConnection>&)>;
 
   // Takes the next connection of `listening`; null when it is gone already.
-  static std::shared_ptr<HelperConnection> accept(uv_loop_s* loop, uv_stream_s* listening, MainQueue& main,
-                                                  Closed closed);
+  static std::shared_ptr<HelperConnection> accept(uv_loop_s* loop, uv_stream_s* listening, Closed closed);
   ~HelperConnection();
   HelperConnection(const HelperConnection&) = delete;
   HelperConnection& operator=(const HelperConnection&) = delete;
@@ -51,24 +51,23 @@ class HelperConnection final : public std::enable_shared_from_this<HelperConnect
 
  private:
   struct Handles;
-  HelperConnection(MainQueue& main, Closed closed);
+  explicit HelperConnection(Closed closed);
   void took(std::string_view bytes);
   void takeRequest(const std::string& body);
   void ended();
-  void answer(std::string body);
+  void answer(std::string_view id, std::string body);
   void write(const std::string& body);
   void written(bool ok);
   void stopReading();
   void restartIdleLimit();
+  void idledOut();
   void closeIfDone();
 
-  MainQueue& main_;
   Closed closed_;
   Handler handler_;
   FrameDecoder decoder_;
   std::unique_ptr<Handles> handles_;
-  std::shared_ptr<HelperConnection> keepAlive_;  // while libuv holds the handle
-  Lease idleLimit_;
+  std::shared_ptr<HelperConnection> keepAlive_;  // while libuv holds the handles
   std::size_t unanswered_ = 0;
   std::size_t unwritten_ = 0;
   bool reading_ = false;

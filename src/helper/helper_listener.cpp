@@ -55,6 +55,10 @@ Result<int> boundSocket(const std::filesystem::path& path) {
   return trouble("binding", path, reason);
 }
 
+Error notPermitted() {
+  return helperError(HelperErrorCode::notPermitted, "only root and the console user may ask this helper");
+}
+
 }  // namespace
 
 struct HelperListener::Socket {
@@ -100,21 +104,38 @@ Status HelperListener::bind() {
 }
 
 void HelperListener::greet() {
-  const auto peer = HelperConnection::accept(s_.loop, reinterpret_cast<uv_stream_t*>(&socket_->pipe), s_.main,
+  const auto peer = HelperConnection::accept(s_.loop, reinterpret_cast<uv_stream_t*>(&socket_->pipe),
                                              [this](const std::shared_ptr<HelperConnection>& gone) { left(gone); });
   if (!peer) return;
   const bool full = peers_.size() >= kPeersLimit;
   peers_.insert(peer);
   const auto uid = peer->peerUid();
   if (!uid || !rules_.mayAsk(*uid)) {
-    log_.warning(fmt::format("Refused a peer of user {}.", uid ? std::to_string(*uid) : "<unknown>"));
-    peer->refuse({}, helperError(HelperErrorCode::notPermitted, "only root and the console user may ask this helper"));
+    tellRefused(uid);
+    peer->refuse({}, notPermitted());
   } else if (full) {
     peer->refuse({}, helperError(HelperErrorCode::tooManyPeers,
                                  fmt::format("{} connections are open, no more are taken", kPeersLimit)));
   } else {
-    peer->serve(rules_.handler);
+    serve(peer, *uid);
   }
+}
+
+// Whoever was the console user when they connected may have logged out since.
+void HelperListener::serve(const std::shared_ptr<HelperConnection>& peer, uid_t uid) {
+  peer->serve([this, uid, weak = std::weak_ptr(peer)](HelperRequest request, Completion<std::string> answer) {
+    if (rules_.mayAsk(uid)) return rules_.handler(std::move(request), std::move(answer));
+    tellRefused(uid);
+    answer(composeRefusal(request.id, notPermitted()));
+    if (const auto gone = weak.lock()) gone->closeWhenAnswered();
+  });
+}
+
+void HelperListener::tellRefused(std::optional<uid_t> uid) {
+  const auto now = s_.clock.steadyNow();
+  std::erase_if(refusedAt_, [now](const auto& told) { return now - told.second >= kRefusalLogInterval; });
+  if (!refusedAt_.emplace(uid, now).second) return;
+  log_.warning(fmt::format("Refused a peer of user {}.", uid ? std::to_string(*uid) : "<unknown>"));
 }
 
 void HelperListener::left(const std::shared_ptr<HelperConnection>& peer) {

@@ -3,16 +3,22 @@
 
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
+#include <optional>
 #include <set>
 
+#include "base/main_queue.h"
 #include "core/logging/logging_service.h"
 #include "helper/helper_connection.h"
+#include "platform/clock.h"
 
 namespace corvane {
 
 // Peers at once: the application, corvanectl and some more; each may have several requests under way.
 inline constexpr std::size_t kPeersLimit = 64;
+// A user who may not ask gets one line in the log this often, however often they try.
+inline constexpr Duration kRefusalLogInterval = 1min;
 
 // Main thread. The loop must outlive it, and turn once more after it has gone so that libuv's handles can end.
 class HelperListener {
@@ -21,10 +27,11 @@ class HelperListener {
     uv_loop_s* loop;
     MainQueue& main;
     LogSink& log;
+    const Clock& clock;
   };
   struct Rules {
-    std::filesystem::path socket;  // its folder is made when missing
-    std::function<bool(uid_t)> mayAsk;
+    std::filesystem::path socket;       // its folder is made when missing
+    std::function<bool(uid_t)> mayAsk;  // asked at each connection and again at each request
     HelperConnection::Handler handler;
   };
 
@@ -47,6 +54,8 @@ class HelperListener {
   HelperListener(Services services, Rules rules);
   [[nodiscard]] Status bind();
   void greet();
+  void serve(const std::shared_ptr<HelperConnection>& peer, uid_t uid);
+  void tellRefused(std::optional<uid_t> uid);
   void left(const std::shared_ptr<HelperConnection>& peer);
   void tellDrained();
 
@@ -56,6 +65,7 @@ class HelperListener {
   int lock_ = -1;
   std::unique_ptr<Socket> socket_;
   std::set<std::shared_ptr<HelperConnection>> peers_;
+  std::map<std::optional<uid_t>, SteadyTime> refusedAt_;
   Task drained_;
 };
 

@@ -10,8 +10,10 @@ namespace {
 
 // $1 functions, $2 fragment, $3 label, $4 marker. INSTALL=force keeps labels from running a vendor's own update
 // tool, DEBUG=1 from touching the machine. The stand-ins replace what would log, install or end the tool, and,
-// where the machine lacks them, the Mac's own programs. Arguments reach `eval` only as the text of the fragment.
+// where the machine lacks them, the Mac's own programs. Nothing here makes zsh read whole folders of PATH into its
+// tables, which would cost more than zsh's own start. Arguments reach `eval` only as the text of the fragment.
 constexpr const char* kWrapper = R"zsh(
+unsetopt hash_dirs hash_cmds
 LOGGING=ERROR DEBUG=1 INSTALL=force NOTIFY=silent BLOCKING_PROCESS_ACTION=ignore
 typeset -A levels; levels=(DEBUG 0 INFO 1 WARN 2 ERROR 3 REQ 4)
 currentUser=${USERNAME:-root} label=$3
@@ -22,7 +24,7 @@ cleanupAndExit() { print -ru2 -- "$2"; exit "${1:-1}" }
 displaynotification() { : }
 displaydialog() { : }
 runAsUser() { "$@" }
-if (( ! $+commands[osascript] )); then
+if [[ ! -x /usr/bin/osascript ]]; then
   getJSONValue() { print -r -- "$1" | jq -r ".$2 // empty" 2>/dev/null }
 fi
 if [[ ! -x /usr/bin/xpath ]]; then
@@ -48,20 +50,26 @@ std::optional<std::string_view> markedText(std::string_view output, std::string_
 
 VersionAnswer versionFailure(std::string_view reason) { return {.failureReason = std::string(reason)}; }
 
-std::vector<std::pair<std::string, std::string>> childEnvironment(const std::filesystem::path& home) {
-  return {{"PATH", "/usr/local/bin:/usr/bin:/bin:/usr/sbin:/sbin"}, {"HOME", home.string()}, {"LANG", "C.UTF-8"}};
+std::vector<std::pair<std::string, std::string>> childEnvironment(const std::filesystem::path& home,
+                                                                  ProgramFolders programs) {
+  std::string path = "/usr/bin:/bin:/usr/sbin:/sbin";
+  if (programs == ProgramFolders::systemThenLocal) path += ":/usr/local/bin";
+  return {{"PATH", path}, {"HOME", home.string()}, {"LANG", "C.UTF-8"}};
 }
+
+bool isNeverEvaluated(const Label& label) { return label.text == "adobereaderdc"; }
 
 ChildSpec evaluationChild(const EvaluationSetting& setting, const Label& label, std::string fragment,
                           const std::string& marker) {
   return {.executable = setting.zsh,
           .arguments = {"-f", "-c", kWrapper, "corvane", setting.functions.string(), std::move(fragment), label.text,
                         marker},
-          .environment = childEnvironment(setting.home),
+          .environment = childEnvironment(setting.home, ProgramFolders::systemThenLocal),
           .folder = setting.home.string(),
           .runAs = setting.runAs,
           .timeLimit = kLabelTimeLimit,
-          .outputLimit = 256U << 10U};
+          .outputLimit = 256U << 10U,
+          .endsGroup = true};
 }
 
 VersionAnswer readEvaluation(const Result<ChildExit>& exit, std::string_view marker) {

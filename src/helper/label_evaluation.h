@@ -43,7 +43,16 @@ struct EvaluationSetting {
 
 [[nodiscard]] VersionAnswer readEvaluation(const Result<ChildExit>& exit, std::string_view marker);
 
+// Labels whose fragment does harm by being evaluated: adobereaderdc removes the installed application when one of
+// its files is missing. They are not asked for a version.
+[[nodiscard]] bool isNeverEvaluated(const Label& label);
+
+// Where children find programs. The second is for children without rights only: /usr/local belongs to an ordinary
+// user on many machines.
+enum class ProgramFolders { system, systemThenLocal };
+
 // PATH, LANG and `home`: the whole environment of every child of the helper.
-[[nodiscard]] std::vector<std::pair<std::string, std::string>> childEnvironment(const std::filesystem::path& home);
+[[nodiscard]] std::vector<std::pair<std::string, std::string>> childEnvironment(const std::filesystem::path& home,
+                                                                                ProgramFolders programs);
 
 }  // namespace corvane

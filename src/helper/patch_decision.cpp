@@ -7,6 +7,8 @@
 #include "core/discovery/app_discovery_service.h"
 #include "core/policies/installomator_exit_code.h"
 #include "core/policies/version_comparator.h"
+#include "core/preferences/options_codec.h"
+#include "helper/tool_output.h"
 
 namespace corvane {
 namespace {
@@ -19,16 +21,7 @@ bool sameVersion(const AppInfo& a, const AppInfo& b) {
   return a.currentVersion == b.currentVersion && a.currentBundleVersion == b.currentBundleVersion;
 }
 
-PatchOutcome outcomeAfterZero(PatchOutcome outcome, const AppInfo& before, const std::optional<AppInfo>& after,
-                              const CorvaneConfiguration& config) {
-  const bool there = after && after->isInstalled();
-  if (there && satisfies(*after, before.newVersion, config.versionComparisonMethod)) {
-    const bool wasCurrent = before.newVersion && before.isInstalled() &&
-                            satisfies(before, before.newVersion, config.versionComparisonMethod);
-    outcome.installed = !sameVersion(before, *after) || wasCurrent;
-    outcome.text = outcome.installed ? "installed" : "was current";
-    return outcome;
-  }
+PatchOutcome keptVersion(PatchOutcome outcome, bool there) {
   outcome.status = PatchingStatus::failure;
   outcome.code = InstallomatorExitCode::kVersionUnchanged;
   outcome.text = there
@@ -37,10 +30,31 @@ PatchOutcome outcomeAfterZero(PatchOutcome outcome, const AppInfo& before, const
   return outcome;
 }
 
+PatchOutcome outcomeAfterZero(PatchOutcome outcome, const AppInfo& before, const std::optional<AppInfo>& after,
+                              const ToolWords& words, const CorvaneConfiguration& config) {
+  const auto method = config.versionComparisonMethod;
+  if (!after || !after->isInstalled()) return keptVersion(std::move(outcome), false);
+  const bool changed = !sameVersion(before, *after);
+  const bool reached =
+      outcome.targetVersion ? satisfies(*after, outcome.targetVersion, method) : changed || words.saysCurrent;
+  if (!reached) return keptVersion(std::move(outcome), true);
+  const bool wasReinstalled = before.newVersion && before.isInstalled() && satisfies(before, before.newVersion, method);
+  outcome.installed = changed || wasReinstalled;
+  outcome.text = outcome.installed ? "installed" : "was current";
+  return outcome;
+}
+
+PatchOutcome refusal(const Label& label, std::int64_t code, std::string text) {
+  return {.label = label, .status = PatchingStatus::failure, .code = code, .receipt = false, .text = std::move(text)};
+}
+
 }  // namespace
 
-PatchStep decideBeforeRun(const std::optional<AppInfo>& app, const CorvaneConfiguration& config) {
-  if (!app) return PatchStep::refuseUnknown;
+PatchStep decideBeforeRun(const Label& label, const std::optional<AppInfo>& app, const CorvaneConfiguration& config) {
+  if (!app)
+    return AppDiscoveryService::isIgnoredLabel(label, std::nullopt, config) ? PatchStep::refuseIgnored
+                                                                            : PatchStep::refuseUnknown;
+  if (app->teamIDMismatch) return PatchStep::refuseMismatch;
   if (!app->newVersion || !app->isInstalled()) return PatchStep::install;
   const bool reinstall = AppDiscoveryService::reinstallsCurrentRequiredApps(config) &&
                          AppDiscoveryService::isRequiredLabel(app->label, std::nullopt, config);
@@ -49,27 +63,60 @@ PatchStep decideBeforeRun(const std::optional<AppInfo>& app, const CorvaneConfig
                                                                           : PatchStep::install;
 }
 
+Duration toolTimeLimit(const CorvaneConfiguration& config) {
+  constexpr Duration usual = 2h;
+  constexpr std::int64_t longestPrompt = 7 * 86400;
+  const auto options = parseInstallomatorOptions(config.installomatorOptions);
+  if (!options.blockingProcessAction.starts_with("prompt_user")) return usual;
+  return std::max<Duration>(
+      usual, std::chrono::seconds(std::clamp<std::int64_t>(options.promptTimeout, 0, longestPrompt)) + 1h);
+}
+
+void ToolWords::take(std::string_view line) {
+  const auto message = toolMessage(line);
+  if (!message) return;
+  atDialog = message->starts_with("found blocking process ") || message->starts_with("telling app ");
+  saysCurrent = saysCurrent || message->starts_with("There is no newer version available") ||
+                message->starts_with("No newer version") || message->find(", same as installed.") != message->npos;
+  if (auto version = latestVersionIn(line)) latestVersion = std::move(version);
+}
+
 PatchOutcome outcomeWithoutRun(PatchStep step, const Label& label, const std::optional<AppInfo>& app) {
-  if (step == PatchStep::refuseUnknown)
-    return {.label = label,
-            .status = PatchingStatus::failure,
-            .code = 1,
-            .receipt = false,
-            .text = "is not in the catalogue"};
+  switch (step) {
+    case PatchStep::refuseUnknown:
+      return refusal(label, 1, "is not in the catalogue");
+    case PatchStep::refuseIgnored:
+      return refusal(label, 1, "is left out by the settings");
+    case PatchStep::refuseMismatch:
+      return refusal(label, 5,
+                     fmt::format("is signed by {} instead of {} and is never updated",
+                                 app->bundleTeamID.value_or("nobody"), app->expectedTeamID.value_or("nobody")));
+    case PatchStep::leaveCurrent:
+    case PatchStep::install:
+      break;
+  }
   return {.label = label,
           .status = PatchingStatus::success,
           .version = app ? app->currentVersion : std::nullopt,
           .targetVersion = app ? app->newVersion : std::nullopt,
+          .receipt = false,
           .text = "is current"};
 }
 
-PatchOutcome outcomeOfRun(const AppInfo& before, const std::optional<AppInfo>& after, ToolEnd end,
+PatchOutcome outcomeOfRun(const AppInfo& before, const std::optional<AppInfo>& after, const ToolEnd& end,
                           const CorvaneConfiguration& config) {
   PatchOutcome outcome{.label = before.label,
                        .code = end.code,
                        .version = after ? after->currentVersion : std::nullopt,
-                       .targetVersion = before.newVersion};
-  if (end.code == 0 && !end.timedOut) return outcomeAfterZero(std::move(outcome), before, after, config);
+                       .targetVersion = before.newVersion ? before.newVersion : end.words.latestVersion};
+  if (end.timedOut && end.words.atDialog) {
+    constexpr std::int64_t noAnswer = 25;  // what the tool itself ends with where its prompt has a limit
+    outcome.status = PatchingStatus::skipped;
+    outcome.code = noAnswer;
+    outcome.text = "was ended, since nobody answered whether the application may quit";
+    return outcome;
+  }
+  if (end.code == 0 && !end.timedOut) return outcomeAfterZero(std::move(outcome), before, after, end.words, config);
   const bool failed = end.timedOut || InstallomatorExitCode::countsAsInstallFailure(end.code);
   outcome.status = failed ? PatchingStatus::failure : PatchingStatus::skipped;
   outcome.text = end.timedOut ? "took too long and was ended"

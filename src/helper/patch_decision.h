@@ -4,8 +4,10 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "base/date.h"
 #include "core/preferences/configuration.h"
 #include "core/records/app_info.h"
 #include "core/records/helper_records.h"
@@ -15,17 +17,34 @@ namespace corvane {
 
 enum class PatchStep {
   install,
-  leaveCurrent,  // the installed version satisfies the target; the tool would install downwards too
-  refuseUnknown  // no such label in the catalogue: the tool is not asked
+  leaveCurrent,   // the installed version satisfies the target; the tool would install downwards too
+  refuseUnknown,  // no such label in the catalogue: the tool is not asked
+  refuseIgnored,  // the settings leave the label out
+  refuseMismatch  // what is installed is signed by another team than the label expects
 };
 
-// `app` is what discovery found for the label, absent when the catalogue does not have it.
-[[nodiscard]] PatchStep decideBeforeRun(const std::optional<AppInfo>& app, const CorvaneConfiguration& config);
+// `app` is what discovery found for the label, absent when neither the catalogue nor the settings let it.
+[[nodiscard]] PatchStep decideBeforeRun(const Label& label, const std::optional<AppInfo>& app,
+                                        const CorvaneConfiguration& config);
+
+// How long the tool may take for a label. A prompt of the tool waits as long as it is configured to, up to a week, and
+// the download before it and the install behind it take their own time; what takes longer has hung.
+[[nodiscard]] Duration toolTimeLimit(const CorvaneConfiguration& config);
+
+// What the tool's lines told, as they came.
+struct ToolWords {
+  std::optional<std::string> latestVersion;
+  bool saysCurrent = false;  // it named what is installed the newest
+  bool atDialog = false;     // its last words were about an open application that it asks to quit
+  void take(std::string_view line);
+  friend bool operator==(const ToolWords&, const ToolWords&) = default;
+};
 
 // How the tool ended. `code` is its exit code.
 struct ToolEnd {
   std::int64_t code = 0;
   bool timedOut = false;
+  ToolWords words = {};
 };
 
 struct PatchOutcome {
@@ -40,12 +59,13 @@ struct PatchOutcome {
   friend bool operator==(const PatchOutcome&, const PatchOutcome&) = default;
 };
 
-// For labels that the tool was not run for.
+// For labels that the tool was not run for; they leave no receipt, for nothing was installed.
 [[nodiscard]] PatchOutcome outcomeWithoutRun(PatchStep step, const Label& label, const std::optional<AppInfo>& app);
 
-// After the tool: an exit code of 0 proves nothing, so `after`, read again, decides. With no known target the
-// application must at least be there; then the version counts as new when it differs from the one before.
-[[nodiscard]] PatchOutcome outcomeOfRun(const AppInfo& before, const std::optional<AppInfo>& after, ToolEnd end,
+// After the tool: an exit code of 0 proves nothing, so `after`, read again, decides. With no known target the version
+// that the tool itself told is the target. Without that too the application must be there in another version than
+// before, or the tool must have said that there is no newer one. A tool whose question nobody answered is skipped.
+[[nodiscard]] PatchOutcome outcomeOfRun(const AppInfo& before, const std::optional<AppInfo>& after, const ToolEnd& end,
                                         const CorvaneConfiguration& config);
 
 // "Updated <n> of <m>." and, with failures, " Failed: <label>, <label>."; a success only when every label ended

@@ -9,13 +9,23 @@
 
 #include "base/localized.h"
 #include "core/client/helper_messages.h"
+#include "core/discovery/app_discovery_service.h"
 #include "core/preferences/options_codec.h"
+#include "helper/root_trust.h"
 #include "helper/tool_output.h"
 
 namespace corvane {
 namespace {
 
 Status notReady(std::string text) { return std::unexpected(helperError(HelperErrorCode::notReady, std::move(text))); }
+
+Error noneOf(const Labels& labels, const CorvaneConfiguration& config) {
+  const bool ignored = std::ranges::any_of(
+      labels, [&](const Label& label) { return AppDiscoveryService::isIgnoredLabel(label, std::nullopt, config); });
+  const auto* why = ignored ? "The settings leave out, or the catalogue does not have, the labels {}"
+                            : "The catalogue has none of the labels {}";
+  return helperError(HelperErrorCode::unknownLabel, fmt::format(fmt::runtime(why), joined(labels)));
+}
 
 }  // namespace
 
@@ -24,20 +34,23 @@ struct PatchRunner::Run {
   std::map<Label, AppInfo> apps;
   std::vector<PatchOutcome> outcomes;
   std::shared_ptr<ChildHandle> child;
+  ToolWords words;      // of the label in hand
+  bool inHand = false;  // the tool was run for a label that has no outcome yet
+  bool stopping = false;
+  Lease stopGrace;
   Completion<Result<PatchRunAnswer>> done;
 };
 
-Status checkTool(const std::filesystem::path& script, uid_t ownUid) {
+Status checkTool(const std::filesystem::path& script, const std::filesystem::path& root, uid_t ownUid) {
   struct stat state {};
-  if (stat(script.c_str(), &state) != 0)
+  if (lstat(script.c_str(), &state) != 0)
     return notReady(localized("Installomator not found — update detection and patching will not work."));
   if (!S_ISREG(state.st_mode) || (state.st_mode & 0111) == 0)
     return notReady(fmt::format(fmt::runtime(localized("Installomator at {} cannot be executed")), script.string()));
-  const bool trusted = state.st_uid == 0 && (state.st_mode & (S_IWGRP | S_IWOTH)) == 0;
-  if (ownUid == 0 && !trusted)
+  if (auto trusted = checkTrustedPath(script, root, ownUid); !trusted)
     return notReady(
-        fmt::format(fmt::runtime(localized("Installomator at {} can be changed by others than root and is not run")),
-                    script.string()));
+        fmt::format(fmt::runtime(localized("Installomator at {} can be changed by others and is not run: {}")),
+                    script.string(), trusted.error().text));
   return {};
 }
 
@@ -74,7 +87,8 @@ void PatchRunner::run(const Labels& labels, Completion<Result<PatchRunAnswer>> d
   run_->labels = labels;
   run_->done = std::move(done);
   log_.info(fmt::format("Starting a run of {} label(s): {}.", labels.size(), joined(labels)));
-  if (auto ready = checkTool(s_.setting().constants.installomatorScript(), s_.ownUid); !ready)
+  const auto places = s_.setting().constants;
+  if (auto ready = checkTool(places.installomatorScript(), places.root, s_.ownUid); !ready)
     return finish(std::unexpected(ready.error()));
   if (auto written = s_.record.begin(labels); !written) {
     s_.record.end();
@@ -90,10 +104,7 @@ void PatchRunner::begin(Result<Apps> apps) {
   if (!run_) return;
   if (!apps || apps->empty()) {
     s_.record.end();
-    return finish(std::unexpected(
-        !apps ? apps.error()
-              : helperError(HelperErrorCode::unknownLabel,
-                            fmt::format("The catalogue has none of the labels {}", joined(run_->labels)))));
+    return finish(std::unexpected(!apps ? apps.error() : noneOf(run_->labels, s_.setting().config)));
   }
   for (auto& app : *apps) run_->apps.emplace(app.label, app);
   nextLabel();
@@ -108,21 +119,30 @@ void PatchRunner::nextLabel() {
   const auto& label = run_->labels[done];
   const auto found = run_->apps.find(label);
   const auto app = found == run_->apps.end() ? std::nullopt : std::optional(found->second);
-  const auto step = decideBeforeRun(app, s_.setting().config);
+  const auto step = decideBeforeRun(label, app, s_.setting().config);
   if (step != PatchStep::install) return settle(outcomeWithoutRun(step, label, app));
   runTool(label, *app);
 }
 
 void PatchRunner::runTool(const Label& label, const AppInfo& before) {
   const auto setting = s_.setting();
+  // Asked anew for each label: a run takes hours, and each install changes the machine.
+  const auto tool = setting.constants.installomatorScript();
+  if (auto ready = checkTool(tool, setting.constants.root, s_.ownUid); !ready) {
+    log_.error(ready.error().text);
+    s_.record.end();
+    return finish(std::unexpected(ready.error()));
+  }
   log_.info(fmt::format("{}: installing {} over {}.", label.text, before.newVersion.value_or("the latest version"),
                         before.currentVersion.value_or("nothing")));
-  ChildSpec spec{.executable = setting.constants.installomatorScript().string(),
+  ChildSpec spec{.executable = tool.string(),
                  .arguments = toolArguments(label, setting, log_),
-                 .environment = childEnvironment(s_.toolHome),
-                 .timeLimit = kLabelInstallLimit,
+                 .environment = childEnvironment(s_.toolHome, ProgramFolders::system),
+                 .timeLimit = toolTimeLimit(setting.config),
                  .outputLimit = 64U << 10U};
   s_.record.working(label, run_->outcomes.size(), std::nullopt);
+  run_->words = {};
+  run_->inHand = true;
   run_->child = s_.children.start(
       std::move(spec), [this, label, alive = lifeline_.guard([this, label](std::string_view line) {
         toolLine(label, line);
@@ -132,6 +152,7 @@ void PatchRunner::runTool(const Label& label, const AppInfo& before) {
 }
 
 void PatchRunner::toolLine(const Label& label, std::string_view line) {
+  if (run_) run_->words.take(line);
   tool_.info(fmt::format("{}: {}", label.text, toolMessage(line).value_or(line)));
   if (const auto process = blockingProcessIn(line))
     log_.info(fmt::format("{}: {} is open; Installomator may ask its user to quit it.", label.text, *process));
@@ -140,12 +161,13 @@ void PatchRunner::toolLine(const Label& label, std::string_view line) {
 void PatchRunner::toolEnded(const AppInfo& before, Result<ChildExit> exit) {
   if (!run_) return;
   run_->child.reset();
+  if (run_->stopping) return stopped();
   if (!exit) {
     log_.error(fmt::format("{}: {}", before.label.text, exit.error().text));
     constexpr int cannotRun = 126;  // what a shell says of a program that it cannot execute
     return settle(outcomeOfRun(before, before, {.code = cannotRun}, s_.setting().config));
   }
-  verify(before, {.code = exit->code, .timedOut = exit->timedOut});
+  verify(before, {.code = exit->code, .timedOut = exit->timedOut, .words = run_->words});
 }
 
 void PatchRunner::verify(const AppInfo& before, ToolEnd end) {
@@ -162,14 +184,24 @@ void PatchRunner::settle(PatchOutcome outcome) {
     log_.error(line);
   else
     log_.info(line);
-  if (outcome.receipt) {
-    if (auto written = s_.receipts.append(receiptOf(outcome, s_.clock.now())); !written)
-      log_.error(fmt::format("{}: its receipt could not be written: {}", outcome.label.text, written.error().text));
-  }
+  const auto label = outcome.label;
+  const auto written = outcome.receipt ? s_.receipts.append(receiptOf(outcome, s_.clock.now())) : Status();
   run_->outcomes.push_back(std::move(outcome));
+  run_->inHand = false;
+  if (!written) return endWithoutReceipt(label, written.error());
   s_.main.post(lifeline_.guard([this] {
     if (run_) nextLabel();
   }));
+}
+
+// What happened is nowhere on disk then, so no more is made to happen.
+void PatchRunner::endWithoutReceipt(const Label& label, const Error& error) {
+  const auto text = fmt::format("The receipt of {} cannot be written: {}", label.text, error.text);
+  log_.error(text);
+  s_.record.end();
+  finish(std::unexpected(helperError(
+      HelperErrorCode::storage,
+      fmt::format("{}. The run ended after {} of {} labels.", text, run_->outcomes.size(), run_->labels.size()))));
 }
 
 void PatchRunner::finish(Result<PatchRunAnswer> answer) {
@@ -179,9 +211,17 @@ void PatchRunner::finish(Result<PatchRunAnswer> answer) {
 }
 
 void PatchRunner::stop() {
-  if (!run_) return;
-  if (run_->child) run_->child->kill();
-  s_.record.end();
+  if (!run_ || std::exchange(run_->stopping, true)) return;
+  if (!run_->child) return stopped();
+  log_.info("Telling Installomator to end.");
+  run_->child->terminate();
+  run_->stopGrace = s_.main.after(kToolStopGrace, [this] {
+    if (run_ && run_->child) run_->child->kill();
+  });
+}
+
+void PatchRunner::stopped() {
+  if (!run_->inHand) s_.record.end();
   finish(std::unexpected(helperError(HelperErrorCode::stopping, "The helper is stopping; the run was cut off")));
 }
 

@@ -21,13 +21,13 @@
 
 namespace corvane {
 
-// The tool's own dialogs wait for a person for hours; what takes longer has hung.
-inline constexpr Duration kLabelInstallLimit = 2h;
+// What a tool that is told to end has for tidying up before it is killed: a copy that is cut off leaves no application.
+inline constexpr Duration kToolStopGrace = 10s;
 
-// Whether the tool can be run, and by a root helper safely: a regular file with leave to execute, and for root one
-// that belongs to root and that nobody else may write to. Fails with HelperErrorCode::notReady and a text for the
+// Whether the tool can be run safely: a regular file with leave to execute that, as each folder above it up to `root`,
+// belongs to root or us and that nobody else can exchange. Fails with HelperErrorCode::notReady and a text for the
 // user.
-[[nodiscard]] Status checkTool(const std::filesystem::path& script, uid_t ownUid);
+[[nodiscard]] Status checkTool(const std::filesystem::path& script, const std::filesystem::path& root, uid_t ownUid);
 
 // "<label>", "DEBUG=0" and the configured options, quoted for the tool's evaluation; what is left out goes to the log.
 [[nodiscard]] std::vector<std::string> toolArguments(const Label& label, const HelperSetting& setting,
@@ -53,12 +53,14 @@ class PatchRunner {
 
   // Settings are read once a label, so that a change counts from the next one on. Runs `done` once, in a later turn:
   // with the run's answer; with notReady, unknownLabel (none of the labels is known), storage, stopping, or what
-  // discovery failed with, when nothing was or could be done.
+  // discovery failed with, when nothing was or could be done. A receipt that cannot be written ends the run with
+  // storage too: the labels up to that one were done.
   void run(const Labels& labels, Completion<Result<PatchRunAnswer>> done);
 
   [[nodiscard]] PatchProgressInfo progress() const;
 
-  // Ends the tool and the run, which is answered with `stopping`. The label in hand gets no receipt.
+  // Ends the tool, politely first, and the run, which is answered with `stopping` once the tool has ended. The label
+  // in hand gets no receipt, but its record stays, so that the next start tells of it.
   void stop();
 
  private:
@@ -68,8 +70,10 @@ class PatchRunner {
   void runTool(const Label& label, const AppInfo& before);
   void toolLine(const Label& label, std::string_view line);
   void toolEnded(const AppInfo& before, Result<ChildExit> exit);
+  void stopped();
   void verify(const AppInfo& before, ToolEnd end);
   void settle(PatchOutcome outcome);
+  void endWithoutReceipt(const Label& label, const Error& error);
   void finish(Result<PatchRunAnswer> answer);
 
   Services s_;

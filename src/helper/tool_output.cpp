@@ -48,9 +48,8 @@ constexpr std::array kVersionLines = {
 
 bool isBelievableVersion(std::string_view text) {
   return !text.empty() && text.size() <= kVersionLengthLimit && isAlphanumeric(text.front()) &&
-         std::ranges::any_of(text, isDigit) && std::ranges::none_of(text, [](char c) {
-           return c == '/' || static_cast<unsigned char>(c) <= ' ' || c == '\x7f';
-         });
+         std::ranges::any_of(text, isDigit) &&
+         std::ranges::all_of(text, [](char c) { return c > ' ' && c < '\x7f' && c != '/'; });
 }
 
 std::optional<std::string_view> toolMessage(std::string_view line) {

@@ -9,8 +9,8 @@ namespace corvane {
 
 inline constexpr std::size_t kVersionLengthLimit = 40;
 
-// What labels and the tool name as a version is believed only if it begins with a letter or digit, holds a digit,
-// no blank and no slash, and has at most 40 characters: failures of a download look like data otherwise.
+// What labels and the tool name as a version is believed only if it is ASCII, begins with a letter or digit, holds a
+// digit, no blank and no slash, and has at most 40 characters: failures of a download look like data otherwise.
 [[nodiscard]] bool isBelievableVersion(std::string_view text);
 
 // The message of a line "YYYY-MM-DD HH:MM:SS : LEVEL : label : message". Absent for the output of other programs,

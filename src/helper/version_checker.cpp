@@ -17,11 +17,12 @@ ChildSpec toolQuestionChild(const std::filesystem::path& tool, const Label& labe
                             std::optional<std::pair<uid_t, gid_t>> runAs) {
   return {.executable = tool.string(),
           .arguments = {label.text, "DEBUG=2", "BLOCKING_PROCESS_ACTION=ignore", "NOTIFY=silent", "updateTool=\"\""},
-          .environment = childEnvironment(home),
+          .environment = childEnvironment(home, ProgramFolders::systemThenLocal),
           .folder = home.string(),
           .runAs = runAs,
-          .timeLimit = kCheckTimeLimit,
-          .outputLimit = 256U << 10U};
+          .timeLimit = kToolQuestionLimit,
+          .outputLimit = 256U << 10U,
+          .endsGroup = true};
 }
 
 }  // namespace
@@ -38,9 +39,8 @@ struct VersionChecker::Check {
   bool finished = false;
 };
 
-VersionChecker::VersionChecker(Services services, std::optional<std::string> zsh,
-                               std::optional<std::pair<uid_t, gid_t>> runAs)
-    : s_(services), log_(services.log, "VersionChecker"), zsh_(std::move(zsh)), runAs_(runAs) {}
+VersionChecker::VersionChecker(Services services, std::optional<std::string> zsh, AccountSource account)
+    : s_(services), log_(services.log, "VersionChecker"), zsh_(std::move(zsh)), account_(std::move(account)) {}
 
 VersionChecker::~VersionChecker() {
   for (const auto& check : checks_) {
@@ -50,12 +50,14 @@ VersionChecker::~VersionChecker() {
 }
 
 Status VersionChecker::prepareScratch(Check& check, const std::filesystem::path& functions) const {
-  auto scratch = ScratchFolder::create(runAs_);
+  const auto account = account_();
+  if (!account) return std::unexpected(account.error());
+  auto scratch = ScratchFolder::create(*account);
   if (!scratch) return std::unexpected(scratch.error());
   check.evaluation = {.zsh = zsh_.value_or(""),
                       .functions = scratch->path() / "functions.sh",
                       .home = scratch->writable(),
-                      .runAs = runAs_};
+                      .runAs = *account};
   check.scratch = std::move(*scratch);
   const auto text = readFile(functions, 4U << 20U);
   if (!text) {
@@ -76,6 +78,9 @@ void VersionChecker::check(std::vector<VersionQuestion> questions, const CheckSe
   for (auto& question : questions) {
     if (question.literal && isBelievableVersion(*question.literal)) {
       check->answers[question.label] = {.version = std::move(question.literal)};
+    } else if (isNeverEvaluated(question.label)) {
+      check->answers[question.label] =
+          versionFailure(localized("This label would change the installed application by being asked for its version"));
     } else if (!question.namedInMetadata && !setting.askTool) {
       check->answers[question.label] = {.failureReason = localized("The label names no version"),
                                         .notInMetadata = true};
@@ -86,7 +91,8 @@ void VersionChecker::check(std::vector<VersionQuestion> questions, const CheckSe
   if (forChildren.empty()) return finish(check, "");
   if (auto ready = prepareScratch(*check, setting.functions); !ready) {
     log_.error(fmt::format("No label can be evaluated: {}", ready.error().text));
-    return finish(check, localized("The helper has no folder to evaluate labels in"));
+    return finish(check,
+                  fmt::format(fmt::runtime(localized("The helper cannot evaluate labels: {}")), ready.error().text));
   }
   check->limit = s_.main.after(
       kCheckTimeLimit, [this, check] { finish(check, localized("All labels together took longer than 80 seconds")); });
@@ -128,7 +134,9 @@ void VersionChecker::startToolQuestion(const Job& job) {
     const auto child = check ? check->children.find(label) : decltype(check->children.find(label)){};
     if (check && child != check->children.end()) child->second->kill();
   };
-  start(job, toolQuestionChild(*job.check->setting.askTool, job.question.label, job.check->evaluation.home, runAs_),
+  start(job,
+        toolQuestionChild(*job.check->setting.askTool, job.question.label, job.check->evaluation.home,
+                          job.check->evaluation.runAs),
         std::move(onLine), [found](const Result<ChildExit>& exit) -> VersionAnswer {
           if (*found) return {.version = *found};
           if (!exit)

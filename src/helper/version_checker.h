@@ -21,10 +21,15 @@
 
 namespace corvane {
 
-// Children at once, over all checks under way: they wait for pages most of the time.
-inline constexpr std::size_t kChildrenAtOnce = 8;
+// Children at once, over all checks under way. They wait for pages most of the time, so many more than there are
+// processors keep these busy; a child takes some 10 MB while it lives.
+inline constexpr std::size_t kChildrenAtOnce = 24;
 // A whole check ends by then, so that its asker, who warns after 90 seconds, has the answer before.
 inline constexpr Duration kCheckTimeLimit = 80s;
+// The tool downloads before it tells a version, so it gets longer than a label. A label that is evaluated in vain first
+// and then asked of a tool that hangs is still over before the whole check.
+inline constexpr Duration kToolQuestionLimit = 45s;
+static_assert(kLabelTimeLimit + kToolQuestionLimit < kCheckTimeLimit);
 
 struct VersionQuestion {
   Label label;
@@ -34,6 +39,10 @@ struct VersionQuestion {
 };
 
 using VersionAnswers = std::map<Label, VersionAnswer>;
+
+// Whom children run as: absent for our own account, a failure when there is none that may be used. Then nothing is
+// evaluated, and the failure is each label's answer.
+using AccountSource = std::function<Result<std::optional<std::pair<uid_t, gid_t>>>()>;
 
 // One check's way of working, from the settings of the moment.
 struct CheckSetting {
@@ -51,9 +60,9 @@ class VersionChecker {
     LogSink& log;
     std::size_t childrenAtOnce = kChildrenAtOnce;
   };
-  // `zsh`: where the shell lies on this machine; absent when it has none. `runAs`: whom children run as, absent for
-  // our own account.
-  VersionChecker(Services services, std::optional<std::string> zsh, std::optional<std::pair<uid_t, gid_t>> runAs);
+  // `zsh`: where the shell lies on this machine; absent when it has none. `account` is asked at each check that needs
+  // children.
+  VersionChecker(Services services, std::optional<std::string> zsh, AccountSource account);
   ~VersionChecker();
 
   // `done` runs exactly once, in a later turn, with an answer for each label. Several checks share the children.
@@ -83,7 +92,7 @@ class VersionChecker {
   Services s_;
   Logger log_;
   std::optional<std::string> zsh_;
-  std::optional<std::pair<uid_t, gid_t>> runAs_;
+  AccountSource account_;
   std::deque<Job> waiting_;
   std::set<std::shared_ptr<Check>> checks_;
   std::size_t running_ = 0;

@@ -26,6 +26,7 @@ struct ChildSpec {
   std::optional<Duration> timeLimit;             // then the child's process group is terminated, and killed 5 s later
   std::size_t outputLimit = 4U << 20U;           // bytes kept a stream; what is over is read and dropped
   bool detached = false;                         // a session of its own that outlives us; output goes nowhere
+  bool endsGroup = false;  // what the child left in its process group is killed when it has ended
 };
 
 struct ChildExit {
@@ -35,11 +36,12 @@ struct ChildExit {
   std::string errors;      // standard error
 };
 
-// Kills the child's process group when it is asked to. Dying does nothing.
+// Ends the child's process group when it is asked to. Dying does nothing.
 class ChildHandle {
  public:
   virtual ~ChildHandle() = default;
   [[nodiscard]] virtual pid_t pid() const = 0;
+  virtual void terminate() = 0;  // politely: it may clean up, and may go on
   virtual void kill() = 0;
 };
 

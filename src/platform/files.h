@@ -18,6 +18,12 @@ class Files {
  public:
   virtual ~Files() = default;
   [[nodiscard]] virtual Result<std::string> read(const std::filesystem::path& path) const = 0;
+  // The last `limit` bytes, or all of a shorter file.
+  [[nodiscard]] virtual Result<std::string> readEnd(const std::filesystem::path& path, std::size_t limit) const {
+    auto bytes = read(path);
+    if (bytes && bytes->size() > limit) bytes->erase(0, bytes->size() - limit);
+    return bytes;
+  }
   [[nodiscard]] virtual Status replace(const std::filesystem::path& path, std::string_view bytes, mode_t mode) = 0;
   // Appends in one write to a file opened for appending, which is made when missing; its folder is not.
   [[nodiscard]] virtual Status append(const std::filesystem::path& path, std::string_view bytes, mode_t mode) = 0;

@@ -45,6 +45,8 @@ HelperSetupBanner makeHelperSetupBanner(const DashboardInputs& inputs, const Pag
   banner.resetConfirmationText = texts.text(
       "This will unregister the Corvane root helper and immediately re-register it with the current build. "
       "macOS may prompt you to approve the helper again in System Settings › Login Items & Extensions.");
+  banner.confirmReset = {.text = texts.text("Reset"), .visible = true, .enabled = true};
+  banner.cancelReset = {.text = texts.text("Cancel"), .visible = true, .enabled = true};
   return banner;
 }
 
@@ -58,8 +60,8 @@ SelfUpdateBanner makeSelfUpdateBanner(const DashboardInputs& inputs, const PageT
                                           : texts.text("Version {} is available.", available->availableVersion);
   banner.update = {.text = texts.text("Update"),
                    .help = texts.text("Update Corvane now"),
-                   .visible = true,
-                   .enabled = !inputs.fields.selfUpdate.selfUpdateQueued};
+                   .visible = inputs.capabilities.updatesItself,
+                   .enabled = inputs.capabilities.updatesItself && !inputs.fields.selfUpdate.selfUpdateQueued};
   banner.dismiss = {.text = texts.text("Dismiss"), .visible = true, .enabled = true};
   return banner;
 }

@@ -7,7 +7,7 @@ namespace corvane {
 namespace {
 
 // What runs now; empty when nothing does.
-std::string workLine(const GateFields& gate, const PageTexts& texts) {
+std::string workText(const GateFields& gate, const PageTexts& texts) {
   if (gate.isPatching) {
     return gate.currentOperation == DiscoveryOperation::patchBackground || gate.helperPassOwnsPatchingState
                ? texts.text("Background patching in progress...")
@@ -16,6 +16,18 @@ std::string workLine(const GateFields& gate, const PageTexts& texts) {
   if (!gate.isLoading) return {};
   return gate.currentOperation == DiscoveryOperation::checkUpdates ? texts.text("Checking for updates...")
                                                                    : texts.text("Discovering applications...");
+}
+
+PageMessage workLine(const GateFields& gate, const PageTexts& texts) {
+  auto text = workText(gate, texts);
+  if (text.empty()) return {};
+  return {.text = std::move(text), .symbol = "arrow.triangle.2.circlepath", .color = ColorRole::accent};
+}
+
+PageMessage message(const MessageFields& messages) {
+  if (messages.errorMessage && !messages.errorMessage->empty())
+    return {.text = *messages.errorMessage, .symbol = "exclamationmark.triangle.fill", .color = ColorRole::orange};
+  return {.text = messages.statusMessage.value_or("")};
 }
 
 bool hasSomethingToUpdate(const InventoryFields& inventory) {
@@ -42,14 +54,13 @@ DashboardPage makeDashboardPage(const DashboardInputs& inputs) {
                 .enabled = idle};
   page.updateAll = {.text = texts.text("Update All"),
                     .help = texts.text("Install all pending updates"),
-                    .visible = true,
-                    .enabled = idle && hasSomethingToUpdate(fields.inventory)};
+                    .visible = inputs.capabilities.updatesAll,
+                    .enabled = inputs.capabilities.updatesAll && idle && hasSomethingToUpdate(fields.inventory)};
   page.workLine = workLine(fields.gate, texts);
   page.isWorking = !idle;
   page.statusLine = inputs.statusLine;
   page.statusSymbol = inputs.statusSymbol;
-  page.statusMessage = fields.messages.statusMessage.value_or("");
-  page.errorMessage = fields.messages.errorMessage.value_or("");
+  page.message = message(fields.messages);
   page.cards = makeStatusCards(fields, texts);
   page.timestamps = makeTimestampPills(inputs, texts);
   page.filterLabel = texts.text("Filter:");

@@ -25,6 +25,12 @@ struct ExpandedHistory {
 // How many receipts and events an expanded row shows at most.
 inline constexpr std::size_t kExpandedHistoryLimit = 10;
 
+// Which actions have something behind them in this program. One without is not offered.
+struct DashboardCapabilities {
+  bool updatesAll = false;
+  bool updatesItself = false;
+};
+
 struct DashboardInputs {
   const StatusFields& fields;
   const AppFacts& facts;
@@ -38,6 +44,7 @@ struct DashboardInputs {
   std::optional<PendingWatchpoint> watchpoint;       // for "Installs Automatically"
   const std::map<Label, ExpandedHistory>& expanded;  // a label in it is expanded
   bool selfUpdateDismissed = false;
+  DashboardCapabilities capabilities;
 };
 
 // Localised. Main thread, since wordings come from the locale.

@@ -17,6 +17,14 @@ struct PageButton {
   friend bool operator==(const PageButton&, const PageButton&) = default;
 };
 
+// A line about what goes on or went wrong, with its symbol; an empty text is no line.
+struct PageMessage {
+  std::string text;
+  std::string symbol;
+  ColorRole color = ColorRole::secondary;
+  friend bool operator==(const PageMessage&, const PageMessage&) = default;
+};
+
 struct StatusCard {
   std::string key;  // "pending", "upToDate", "alerts"
   std::string title;
@@ -68,7 +76,9 @@ struct DeferralEventLine {
 struct AppStatusRow {
   std::string key;  // the label
   std::string name;
-  std::string iconPath;  // the bundle; empty when there is none
+  std::string spokenText;  // the whole row, for those who hear it
+  std::string monogram;    // stands where there is no icon
+  std::string iconPath;    // the bundle; empty when there is none
   std::string versionText;
   std::string statusText;
   ColorRole statusColor = ColorRole::secondary;
@@ -109,6 +119,8 @@ struct HelperSetupBanner {
   PageButton reset;
   std::string resetConfirmationTitle;
   std::string resetConfirmationText;
+  PageButton confirmReset;
+  PageButton cancelReset;
   friend bool operator==(const HelperSetupBanner&, const HelperSetupBanner&) = default;
 };
 
@@ -128,12 +140,11 @@ struct DashboardPage {
   PageButton discover;
   PageButton check;
   PageButton updateAll;
-  std::string workLine;  // what runs now; empty when nothing does
+  PageMessage workLine;  // what runs now; empty when nothing does
   bool isWorking = false;
   std::string statusLine;  // the one line that matters, with its symbol
   std::string statusSymbol;
-  std::string statusMessage;  // transient line of the workflow
-  std::string errorMessage;
+  PageMessage message;  // the last thing that went wrong, else the workflow's transient line
   std::vector<StatusCard> cards;
   std::vector<TimestampPill> timestamps;
   std::string filterLabel;
@@ -151,6 +162,12 @@ struct PageFields<PageButton> {
   static constexpr auto all =
       std::make_tuple(pageField("text", &PageButton::text), pageField("help", &PageButton::help),
                       pageField("visible", &PageButton::visible), pageField("enabled", &PageButton::enabled));
+};
+template <>
+struct PageFields<PageMessage> {
+  static constexpr auto all =
+      std::make_tuple(pageField("text", &PageMessage::text), pageField("symbol", &PageMessage::symbol),
+                      pageField("color", &PageMessage::color));
 };
 template <>
 struct PageFields<StatusCard> {
@@ -189,6 +206,7 @@ template <>
 struct PageFields<AppStatusRow> {
   static constexpr auto all = std::make_tuple(
       pageField("key", &AppStatusRow::key), pageField("name", &AppStatusRow::name),
+      pageField("spokenText", &AppStatusRow::spokenText), pageField("monogram", &AppStatusRow::monogram),
       pageField("iconPath", &AppStatusRow::iconPath), pageField("versionText", &AppStatusRow::versionText),
       pageField("statusText", &AppStatusRow::statusText), pageField("statusColor", &AppStatusRow::statusColor),
       pageField("failureText", &AppStatusRow::failureText),
@@ -216,7 +234,9 @@ struct PageFields<HelperSetupBanner> {
       pageField("setUp", &HelperSetupBanner::setUp), pageField("openSettings", &HelperSetupBanner::openSettings),
       pageField("reset", &HelperSetupBanner::reset),
       pageField("resetConfirmationTitle", &HelperSetupBanner::resetConfirmationTitle),
-      pageField("resetConfirmationText", &HelperSetupBanner::resetConfirmationText));
+      pageField("resetConfirmationText", &HelperSetupBanner::resetConfirmationText),
+      pageField("confirmReset", &HelperSetupBanner::confirmReset),
+      pageField("cancelReset", &HelperSetupBanner::cancelReset));
 };
 template <>
 struct PageFields<SelfUpdateBanner> {
@@ -232,12 +252,11 @@ struct PageFields<DashboardPage> {
       pageField("discover", &DashboardPage::discover), pageField("check", &DashboardPage::check),
       pageField("updateAll", &DashboardPage::updateAll), pageField("workLine", &DashboardPage::workLine),
       pageField("isWorking", &DashboardPage::isWorking), pageField("statusLine", &DashboardPage::statusLine),
-      pageField("statusSymbol", &DashboardPage::statusSymbol),
-      pageField("statusMessage", &DashboardPage::statusMessage),
-      pageField("errorMessage", &DashboardPage::errorMessage), pageField("cards", &DashboardPage::cards),
-      pageField("timestamps", &DashboardPage::timestamps), pageField("filterLabel", &DashboardPage::filterLabel),
-      pageField("filters", &DashboardPage::filters), pageField("recheckAll", &DashboardPage::recheckAll),
-      pageField("empty", &DashboardPage::empty), pageField("helperBanner", &DashboardPage::helperBanner),
+      pageField("statusSymbol", &DashboardPage::statusSymbol), pageField("message", &DashboardPage::message),
+      pageField("cards", &DashboardPage::cards), pageField("timestamps", &DashboardPage::timestamps),
+      pageField("filterLabel", &DashboardPage::filterLabel), pageField("filters", &DashboardPage::filters),
+      pageField("recheckAll", &DashboardPage::recheckAll), pageField("empty", &DashboardPage::empty),
+      pageField("helperBanner", &DashboardPage::helperBanner),
       pageField("selfUpdateBanner", &DashboardPage::selfUpdateBanner), pageField("rows", &DashboardPage::rows));
 };
 

@@ -129,6 +129,22 @@ std::string progressText(const AppInfo& app, const StatusFields& fields, const P
   return isDone ? std::string() : texts.text("Waiting…");
 }
 
+// The first letter, whatever its alphabet; empty when the name has none.
+std::string monogram(const std::string& name) {
+  std::size_t length = name.empty() ? 0 : 1;
+  while (length < name.size() && (static_cast<unsigned char>(name[length]) & 0xC0U) == 0x80U) ++length;
+  auto letter = name.substr(0, length);
+  if (letter.size() == 1 && letter[0] >= 'a' && letter[0] <= 'z') letter[0] = static_cast<char>(letter[0] - 'a' + 'A');
+  return letter;
+}
+
+std::string spokenText(const AppStatusRow& row) {
+  std::string text = row.name;
+  for (const auto* part : {&row.versionText, &row.statusText, &row.failureText, &row.progressText})
+    if (!part->empty()) text += ", " + *part;
+  return text;
+}
+
 }  // namespace
 
 AppStatusRow makeAppStatusRow(const AppInfo& app, const DashboardInputs& inputs, const PageTexts& texts) {
@@ -141,7 +157,8 @@ AppStatusRow makeAppStatusRow(const AppInfo& app, const DashboardInputs& inputs,
   AppStatusRow row;
   row.key = app.label.text;
   row.name = app.displayName();
-  row.iconPath = app.iconPath().value_or("");
+  row.monogram = monogram(row.name);
+  row.iconPath = app.appPath.value_or("");
   row.versionText = versionText(app, texts);
   row.statusText = std::move(line.text);
   row.statusColor = line.color;
@@ -162,6 +179,7 @@ AppStatusRow makeAppStatusRow(const AppInfo& app, const DashboardInputs& inputs,
                 .enabled = offersUpdate && !busy};
   row.isBusy = busy;
   row.progressText = progressText(app, inputs.fields, texts);
+  row.spokenText = spokenText(row);
   row.isExpanded = expanded != inputs.expanded.end();
   row.expanderHelp = row.isExpanded ? texts.text("Hide patch history") : texts.text("Show recent patch history");
   if (row.isExpanded) fillHistory(row, expanded->second, inputs, texts);

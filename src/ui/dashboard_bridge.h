@@ -11,7 +11,7 @@
 
 namespace corvane::ui {
 
-// What the page can ask for. Labels by their text.
+// What the page can ask for. Labels by their text. Only updateAll and updateItself may be absent.
 struct DashboardActions {
   std::function<void()> discoverInstalledApps;
   std::function<void()> checkForUpdates;
@@ -24,6 +24,8 @@ struct DashboardActions {
   std::function<void()> setUpHelper;
   std::function<void()> openHelperSettings;
   std::function<void()> resetHelper;
+  std::function<void()> updateItself;
+  std::function<void()> dismissSelfUpdate;
 };
 
 class DashboardBridge final : public QObject {
@@ -47,7 +49,9 @@ class DashboardBridge final : public QObject {
 
   Q_INVOKABLE void discoverInstalledApps() { actions_.discoverInstalledApps(); }
   Q_INVOKABLE void checkForUpdates() { actions_.checkForUpdates(); }
-  Q_INVOKABLE void updateAll() { actions_.updateAll(); }
+  Q_INVOKABLE void updateAll() {
+    if (actions_.updateAll) actions_.updateAll();
+  }
   Q_INVOKABLE void updateApp(const QString& label) { actions_.updateApp(label.toStdString()); }
   Q_INVOKABLE void recheck(const QString& label) { actions_.recheck(label.toStdString()); }
   Q_INVOKABLE void recheckAll() { actions_.recheckAll(); }
@@ -56,6 +60,10 @@ class DashboardBridge final : public QObject {
   Q_INVOKABLE void setUpHelper() { actions_.setUpHelper(); }
   Q_INVOKABLE void openHelperSettings() { actions_.openHelperSettings(); }
   Q_INVOKABLE void resetHelper() { actions_.resetHelper(); }
+  Q_INVOKABLE void updateItself() {
+    if (actions_.updateItself) actions_.updateItself();
+  }
+  Q_INVOKABLE void dismissSelfUpdate() { actions_.dismissSelfUpdate(); }
 
  Q_SIGNALS:
   void windowTitleChanged();

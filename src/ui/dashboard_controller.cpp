@@ -12,8 +12,8 @@ constexpr Duration kDateRefresh = 60s;
 
 }  // namespace
 
-DashboardController::DashboardController(StatusViewModel& model, const WorkflowServices& services)
-    : model_(model), services_(services), bridge_(actions()) {
+DashboardController::DashboardController(StatusViewModel& model, const WorkflowServices& services, WindowActions host)
+    : model_(model), services_(services), host_(std::move(host)), bridge_(actions()) {
   changes_ = model_.observe([this] { refresh(); });
   minutes_ = services_.main.every(
       kDateRefresh, [this] { refresh(); }, kDateRefresh / 10);
@@ -25,6 +25,7 @@ void DashboardController::refresh() {
   const auto listed = model_.filteredApps();
   const auto expanded = expandedHistories();
   const AppDisplayTitle title(facts.config);
+  const auto& selfUpdate = model_.fields().selfUpdate.selfUpdateAvailable;
   bridge_.setWindowTitle(toQString(title.current()));
   bridge_.setPage(makeDashboardPage({.fields = model_.fields(),
                                      .facts = facts,
@@ -35,8 +36,11 @@ void DashboardController::refresh() {
                                      .helperStatus = services_.installation.status(),
                                      .statusLine = model_.statusLine(),
                                      .statusSymbol = std::string(model_.statusSymbolName()),
-                                     .watchpoint = std::nullopt,
-                                     .expanded = expanded}));
+                                     .watchpoint = model_.pendingWatchpoint(),
+                                     .expanded = expanded,
+                                     .selfUpdateDismissed = selfUpdate && selfUpdate == dismissedSelfUpdate_,
+                                     .capabilities = {.updatesAll = static_cast<bool>(host_.updateAll),
+                                                      .updatesItself = static_cast<bool>(host_.updateItself)}}));
 }
 
 std::map<Label, ExpandedHistory> DashboardController::expandedHistories() {
@@ -51,7 +55,7 @@ std::map<Label, ExpandedHistory> DashboardController::expandedHistories() {
 DashboardActions DashboardController::actions() {
   return {.discoverInstalledApps = [this] { model_.discoverInstalledApps(); },
           .checkForUpdates = [this] { model_.checkForUpdates(); },
-          .updateAll = [this] { services_.updateAll.updateAll(DeferralPromptHost::dashboard); },
+          .updateAll = host_.updateAll,
           .updateApp = [this](const std::string& label) { updateApp(label); },
           .recheck = [this](const std::string& label) { model_.forceRecheck(Label(label)); },
           .recheckAll = [this] { model_.forceRecheckAllAlerts(); },
@@ -60,9 +64,11 @@ DashboardActions DashboardController::actions() {
               [this](const std::string& mode) {
                 if (const auto filter = caseFromRaw<FilterMode>(mode)) model_.setFilterMode(*filter);
               },
-          .setUpHelper = [this] { setUpHelper(); },
+          .setUpHelper = [this] { model_.registerHelper(); },
           .openHelperSettings = [this] { services_.installation.openLoginItemsSettings(); },
-          .resetHelper = [this] { setUpHelper(); }};
+          .resetHelper = [this] { model_.resetHelper(false); },
+          .updateItself = host_.updateItself,
+          .dismissSelfUpdate = [this] { dismissSelfUpdate(); }};
 }
 
 void DashboardController::updateApp(const std::string& label) {
@@ -76,12 +82,10 @@ void DashboardController::toggleHistory(const Label& label) {
   refresh();
 }
 
-void DashboardController::setUpHelper() {
-  if (services_.installation.status() == HelperStatus::enabled)
-    (void)services_.installation.kickstartRegisteredDaemon();
-  else if (const auto registered = services_.installation.registerHelper(); !registered)
-    services_.log.write(LogLevel::error, "Corvane: Helper registration failed: " + registered.error().text);
-  model_.refreshHelperState(true);
+// A newer version shows the banner again.
+void DashboardController::dismissSelfUpdate() {
+  dismissedSelfUpdate_ = model_.fields().selfUpdate.selfUpdateAvailable;
+  refresh();
 }
 
 }  // namespace corvane::ui

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <map>
+#include <optional>
+#include <set>
 #include <string>
 
+#include "app/windows_module.h"
 #include "base/lease.h"
-#include "base/lifeline.h"
 #include "presentation/dashboard_builder.h"
 #include "ui/dashboard_bridge.h"
 #include "workflow/status_view_model.h"
@@ -15,7 +17,7 @@ namespace corvane::ui {
 // Main thread. Holds the page's own state: which rows are expanded, and a dismissed banner.
 class DashboardController {
  public:
-  DashboardController(StatusViewModel& model, const WorkflowServices& services);
+  DashboardController(StatusViewModel& model, const WorkflowServices& services, WindowActions host);
 
   [[nodiscard]] DashboardBridge& bridge() { return bridge_; }
 
@@ -26,13 +28,15 @@ class DashboardController {
   [[nodiscard]] DashboardActions actions();
   void updateApp(const std::string& label);
   void toggleHistory(const Label& label);
-  void setUpHelper();
+  void dismissSelfUpdate();
   [[nodiscard]] std::map<Label, ExpandedHistory> expandedHistories();
 
   StatusViewModel& model_;
   WorkflowServices services_;
+  WindowActions host_;
   DashboardBridge bridge_;
   std::set<Label> expandedReceiptLabels_;
+  std::optional<SelfUpdateAvailability> dismissedSelfUpdate_;
   Lease changes_;
   Lease minutes_;
 };

@@ -25,9 +25,11 @@ void DashboardWindow::show() {
 
 void DashboardWindow::resize(int width, int height) { window_->resize(width, height); }
 
-void DashboardWindow::setDark(bool dark) {
-  const int id = qmlTypeId("Corvane", 1, 0, "Theme");
-  if (auto* theme = engine_.singletonInstance<QObject*>(id)) theme->setProperty("dark", dark);
+void DashboardWindow::setAppearance(const Appearance& appearance) {
+  auto* theme = window_->property("theme").value<QObject*>();
+  if (theme == nullptr) return;
+  theme->setProperty("reducedMotion", appearance.reducedMotion);
+  theme->setProperty("dark", appearance.dark);
 }
 
 QImage DashboardWindow::grab() { return window_->grabWindow(); }

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "ui/dashboard_bridge.h"
+#include "ui/desktop_appearance.h"
 
 class QQuickWindow;
 
@@ -22,7 +23,7 @@ class DashboardWindow {
   [[nodiscard]] bool ok() const { return window_ != nullptr; }
   void show();
   void resize(int width, int height);
-  void setDark(bool dark);
+  void setAppearance(const Appearance& appearance);
   // What the window shows now.
   [[nodiscard]] QImage grab();
   [[nodiscard]] QQuickWindow* window() { return window_; }

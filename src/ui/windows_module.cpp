@@ -1,16 +1,14 @@
 // What the application finds in the windows module.
 #include "app/windows_module.h"
 
-#include <QFontDatabase>
 #include <QGuiApplication>
-#include <QPalette>
-#include <QQuickStyle>
-#include <QQuickWindow>
 
 #include "platform/qt/qt_main_loop.h"
 #include "platform/uv/uv_main_loop.h"
 #include "ui/dashboard_controller.h"
 #include "ui/dashboard_window.h"
+#include "ui/desktop_appearance.h"
+#include "ui/windows_application.h"
 
 namespace corvane::ui {
 namespace {
@@ -22,41 +20,25 @@ struct Arguments {
   char* list[2] = {name, nullptr};
 };
 
-void prepareApplication() {
-  QQuickStyle::setStyle(QStringLiteral("Basic"));
-  QGuiApplication::setApplicationName(QStringLiteral("Corvane"));
-  QGuiApplication::setDesktopFileName(QStringLiteral("org.corvane.Corvane"));
-  QFont font = QGuiApplication::font();
-  if (QFontDatabase::hasFamily(QStringLiteral("Inter"))) font.setFamily(QStringLiteral("Inter"));
-  font.setPixelSize(13);
-  QGuiApplication::setFont(font);
-}
-
-bool desktopIsDark() {
-  const auto palette = QGuiApplication::palette();
-  return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
-}
-
 int runWindows(WindowsHost& host) {
   Arguments arguments;
   QGuiApplication application(arguments.count, arguments.list);
   prepareApplication();
   QtMainLoop loop(host.loop);
-  DashboardController controller(host.model, host.services);
+  DashboardController controller(host.model, host.services, host.actions);
   DashboardWindow window(controller.bridge());
   if (!window.ok()) return 1;
-  window.setDark(desktopIsDark());
+  const DesktopAppearance appearance([&](const Appearance& wanted) { window.setAppearance(wanted); });
   window.show();
   return loop.exec();
 }
 
 int drawDashboard(WindowsHost& host, const std::string& file) {
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  qputenv("QT_QUICK_BACKEND", "software");
+  drawWithoutDisplay();
   Arguments arguments;
   QGuiApplication application(arguments.count, arguments.list);
   prepareApplication();
-  DashboardController controller(host.model, host.services);
+  DashboardController controller(host.model, host.services, host.actions);
   DashboardWindow window(controller.bridge());
   if (!window.ok()) return 1;
   window.show();

@@ -1,6 +1,39 @@
 #include "workflow/helper_lifecycle.h"
 
+#include <fmt/format.h>
+
+#include <utility>
+
+#include "base/localized.h"
+#include "core/preferences/display_title.h"
+
 namespace corvane {
+namespace {
+
+struct ResetOutcome {
+  bool success = false;
+  std::string text;
+};
+
+ResetOutcome outcomeOf(const HelperResetResult& result) {
+  switch (result.status) {
+    case HelperStatus::enabled:
+      if (result.operational) return {true, localized("Root helper reset and is running.")};
+      return {false, localized("Root helper registered, but the daemon did not start. Try Reset Helper again.")};
+    case HelperStatus::requiresApproval:
+      return {true, localized("Root helper re-registered. Approve in System Settings › Login Items & Extensions.")};
+    case HelperStatus::notRegistered:
+      return {false, localized("Root helper re-registration completed but daemon is not yet registered — try again "
+                               "or reboot.")};
+    case HelperStatus::notFound:
+      return {false, localized("Root helper re-registration completed but daemon was not found — reinstall Corvane.")};
+    case HelperStatus::unknown:
+      break;
+  }
+  return {true, localized("Root helper re-registration completed; status unknown.")};
+}
+
+}  // namespace
 
 HelperLifecycle::HelperLifecycle(const RoomContext& context, HelperFields& fields) : c_(context), fields_(fields) {}
 
@@ -38,6 +71,53 @@ void HelperLifecycle::markFirstRunSetupIfComplete() {
   c_.services.preferences.writeFirstRunSetupCompleted(true);
   c_.crossings.fieldsChanged();
   c_.log.info("First-run setup marked complete.");
+}
+
+void HelperLifecycle::registerHelper() {
+  if (const auto registered = c_.services.installation.registerHelper(); !registered) {
+    c_.messages.error(fmt::format(fmt::runtime(localized("Helper registration failed: {}")), registered.error().text));
+    return;
+  }
+  refreshHelperState(true);
+}
+
+void HelperLifecycle::resetHelper(bool isAutomatic) {
+  c_.messages.error(std::nullopt);
+  const auto token = c_.services.installation.tryBeginReset();
+  if (!token) {
+    if (!isAutomatic) c_.messages.status(HelperResetError::alreadyInProgress().text);
+    c_.log.info("Reset Helper skipped — a reset is already in progress.");
+    return;
+  }
+  c_.messages.status(localized(isAutomatic ? "Refreshing root helper…" : "Resetting root helper…"));
+  c_.log.info(fmt::format("Reset Helper requested by {}", isAutomatic ? "auto-trigger" : "user"));
+  auto& service = c_.services.installation;
+  service.performReset(
+      *token, lifeline_.guard([this, token = *token, isAutomatic](
+                                  const Result<HelperResetResult>& answer) { resetEnded(token, isAutomatic, answer); },
+                              [&service, token = *token] { service.endReset(token); }));
+}
+
+void HelperLifecycle::resetEnded(Uuid token, bool isAutomatic, const Result<HelperResetResult>& answer) {
+  ResetOutcome outcome;
+  if (answer) {
+    outcome = outcomeOf(*answer);
+  } else {
+    const auto& error = answer.error();
+    outcome.text = fmt::format(fmt::runtime(localized("Reset Helper failed: {} (domain: {}, code: {})")), error.text,
+                               error.domain, error.code);
+    c_.log.error(outcome.text);
+  }
+  auto& service = c_.services.installation;
+  service.endReset(token);
+  const bool stillRequiresApproval = service.status() == HelperStatus::requiresApproval;
+  refreshHelperState(true);
+  if (isAutomatic && !stillRequiresApproval && (!outcome.success || !fields_.helperOperational))
+    c_.services.preferences.clearLastAutoHelperResetDate();
+  const AppDisplayTitle title(c_.services.preferences.loadConfiguration());
+  const auto text = title.userFacing(outcome.text);
+  c_.messages.status(outcome.success ? std::optional(text) : std::nullopt);
+  c_.messages.error(outcome.success ? std::nullopt : std::optional(text));
 }
 
 }  // namespace corvane

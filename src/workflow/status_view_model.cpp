@@ -15,6 +15,7 @@
 #include "workflow/patch_run.h"
 #include "workflow/side_effect_sequence.h"
 #include "workflow/status_texts.h"
+#include "workflow/watchpoint.h"
 
 namespace corvane {
 
@@ -182,6 +183,12 @@ std::optional<std::string> StatusViewModel::computeCycleCompletionMessage() cons
   return rooms_->inventory.computeCycleCompletionMessage();
 }
 
+std::optional<PendingWatchpoint> StatusViewModel::pendingWatchpoint() const {
+  const auto& store = rooms_->services.preferences;
+  return corvane::pendingWatchpoint(fields().deferral, store.readNextAutoLaunch(),
+                                    store.readAutomaticFocusDeferralArmed(), rooms_->services.clock.now());
+}
+
 bool StatusViewModel::isIdle() const { return !rooms_->gate.busy(); }
 
 std::vector<PatchingReceipt> StatusViewModel::receipts(const Label& label, std::size_t limit) {
@@ -245,5 +252,7 @@ void StatusViewModel::recordDeferralEvents(const Labels& labels, DeferralEventTy
 
 void StatusViewModel::refreshHelperState(bool runAutoReset) { rooms_->lifecycle.refreshHelperState(runAutoReset); }
 void StatusViewModel::markFirstRunSetupIfComplete() { rooms_->lifecycle.markFirstRunSetupIfComplete(); }
+void StatusViewModel::registerHelper() { rooms_->lifecycle.registerHelper(); }
+void StatusViewModel::resetHelper(bool isAutomatic) { rooms_->lifecycle.resetHelper(isAutomatic); }
 
 }  // namespace corvane

@@ -48,6 +48,8 @@ class StatusViewModel {
   [[nodiscard]] Labels actionableUpdateLabels() const;
   [[nodiscard]] Labels promptableUpdateLabels() const;
   [[nodiscard]] std::optional<std::string> computeCycleCompletionMessage() const;
+  // What the armed moment stands for; absent while nothing is armed ahead.
+  [[nodiscard]] std::optional<PendingWatchpoint> pendingWatchpoint() const;
   // Neither flag is set and no run of this process is unanswered.
   [[nodiscard]] bool isIdle() const;
 
@@ -97,6 +99,8 @@ class StatusViewModel {
   // Helper.
   void refreshHelperState(bool runAutoReset);
   void markFirstRunSetupIfComplete();
+  void registerHelper();
+  void resetHelper(bool isAutomatic);
 
  private:
   struct Rooms;

@@ -43,7 +43,7 @@ std::string binary(const std::vector<std::string>& objects) {
 TEST(PlistTest, ValuesSurviveARoundTripInBothForms) {
   for (const auto format : {PlistFormat::xml, PlistFormat::binary}) {
     const auto value = sample(format == PlistFormat::binary ? 250ms : 0ms);
-    const auto read = parsePlist(writePlist(value, format));
+    const auto read = parsePlist(writePlist(value, format).value());
     ASSERT_TRUE(read) << read.error().text;
     EXPECT_EQ(read->format, format);
     for (const auto& [key, expected] : *value.dict()) EXPECT_EQ(read->root.dict()->at(key), expected) << key;
@@ -66,9 +66,24 @@ TEST(PlistTest, ReadsTheXmlThatOthersWrite) {
                                    {"e", ""}}));
 }
 
+TEST(PlistTest, WhatIsWrittenCanBeReadAndTheRestIsRefused) {
+  const auto nested = [](int depth) {
+    PlistValue value("x");
+    for (int i = 0; i < depth; ++i) value = PlistArray{value};
+    return value;
+  };
+  for (const auto format : {PlistFormat::xml, PlistFormat::binary}) {
+    const auto odd = writePlist(PlistDict{{"k\xff", "v\xff"}}, format);
+    ASSERT_TRUE(odd);
+    EXPECT_EQ(parsePlist(*odd)->root, (PlistDict{{"k\uFFFD", "v\uFFFD"}}));
+    EXPECT_TRUE(parsePlist(writePlist(nested(256), format).value()));
+    EXPECT_FALSE(writePlist(nested(257), format));
+  }
+}
+
 TEST(PlistTest, EveryTruncationFails) {
   for (const auto format : {PlistFormat::xml, PlistFormat::binary}) {
-    auto whole = writePlist(sample(0ms), format);
+    auto whole = writePlist(sample(0ms), format).value();
     while (whole.ends_with('\n')) whole.pop_back();
     ASSERT_TRUE(parsePlist(whole));
     for (std::size_t length = 0; length < whole.size(); ++length)
@@ -79,7 +94,7 @@ TEST(PlistTest, EveryTruncationFails) {
 TEST(PlistTest, FlippedBytesNeverCrash) {
   std::size_t refused = 0;
   for (const auto format : {PlistFormat::xml, PlistFormat::binary}) {
-    const auto whole = writePlist(sample(0ms), format);
+    const auto whole = writePlist(sample(0ms), format).value();
     for (std::size_t i = 0; i < whole.size(); ++i) {
       for (const int mask : {0x01, 0x10, 0x80, 0xff}) {
         auto broken = whole;

@@ -61,6 +61,23 @@ TEST(JsonTest, ValuesSurviveARoundTrip) {
   EXPECT_EQ(writeJson(JsonObject{{"b", 1}, {"a", HUGE_VAL}}), R"({"b":1,"a":null})");
 }
 
+TEST(JsonTest, BytesThatAreNoUtf8AreReplacedAndTheRestIsRead) {
+  const std::pair<std::string_view, std::string_view> texts[] = {
+      {"1.0\xff", "1.0\uFFFD"},
+      {"\xc3", "\uFFFD"},
+      {"\xe2\x82", "\uFFFD\uFFFD"},
+      {"\xed\xa0\x80z", "\uFFFD\uFFFD\uFFFDz"},  // half of a surrogate pair
+      {"\xc0\x80", "\uFFFD\uFFFD"},              // an overlong NUL
+      {"\xc3(\xe2\x82\xac", "\uFFFD(\u20ac"},
+      {"\u00fc\U0001F600", "\u00fc\U0001F600"},
+  };
+  for (const auto& [given, shown] : texts) {
+    const auto read = parseJson(writeJson(JsonObject{{std::string(given), given}, {"other", 1}}));
+    ASSERT_TRUE(read) << shown;
+    EXPECT_EQ(*read, JsonValue(JsonObject{{std::string(shown), shown}, {"other", 1}}));
+  }
+}
+
 TEST(JsonTest, NumbersBeyondSixtyFourBitsSignedBecomeReal) {
   EXPECT_EQ(parseJson("18446744073709551615")->number(), 18446744073709551615.0);
   EXPECT_EQ(parseJson("18446744073709551615")->integer(), std::nullopt);

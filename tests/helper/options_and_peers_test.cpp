@@ -10,6 +10,7 @@
 #include "helper/console_user.h"
 #include "helper/helper_options.h"
 #include "helper/patch_runner.h"
+#include "helper/root_trust.h"
 #include "support/temporary_folder.h"
 
 namespace corvane {
@@ -42,6 +43,12 @@ TEST(ConsoleUser, MayAskWithRootAndTheHelperItself) {
   EXPECT_EQ(activeUserOfSeat("# This is private data.\nIS_SEAT0=1\nACTIVE=c1\nACTIVE_UID=1000\n"), 1000U);
   EXPECT_FALSE(activeUserOfSeat("ACTIVE_UID=12x\n"));
   EXPECT_FALSE(activeUserOfSeat(""));
+  EXPECT_EQ(activeSessionOfSeat("IS_SEAT0=1\nACTIVE=c1\nACTIVE_UID=1000\n"), "c1");
+  EXPECT_FALSE(activeSessionOfSeat("ACTIVE=../../etc/passwd\n"));
+  EXPECT_FALSE(activeSessionOfSeat("ACTIVE_UID=1000\n"));
+  EXPECT_TRUE(isPersonsSession("UID=1000\nCLASS=user\n"));
+  for (const char* other : {"CLASS=greeter\n", "CLASS=lock-screen\n", "CLASS=\n", ""})
+    EXPECT_FALSE(isPersonsSession(other)) << other;
 }
 
 TEST(ConsolePreferences, AreReadOnlyFromARegularFileOfThatUser) {
@@ -54,7 +61,7 @@ TEST(ConsolePreferences, AreReadOnlyFromARegularFileOfThatUser) {
                                           .userFile = [&](const auto& home) { return home / "user.plist"; }},
                                          [&](std::string_view text) { told.emplace_back(text); });
   EXPECT_TRUE(domains.user().values->empty());
-  std::ofstream(file) << writePlist(PlistDict{{"AppTitle", "Ours"}}, PlistFormat::xml);
+  std::ofstream(file) << writePlist(PlistDict{{"AppTitle", "Ours"}}, PlistFormat::xml).value();
   ASSERT_EQ(domains.user().values->size(), 1U);
   EXPECT_EQ(domains.user().version, domains.user().version);
 
@@ -75,7 +82,7 @@ TEST(ConsolePreferences, AreReadOnlyFromARegularFileOfThatUser) {
   if (geteuid() == 0) {
     user->uid = 12345;
     std::filesystem::remove(file);
-    std::ofstream(file) << writePlist(PlistDict{{"AppTitle", "Theirs"}}, PlistFormat::xml);
+    std::ofstream(file) << writePlist(PlistDict{{"AppTitle", "Theirs"}}, PlistFormat::xml).value();
     ASSERT_EQ(chown(file.c_str(), 54321, 54321), 0);
     EXPECT_TRUE(domains.user().values->empty()) << "the file of a third person";
   }
@@ -84,14 +91,47 @@ TEST(ConsolePreferences, AreReadOnlyFromARegularFileOfThatUser) {
 TEST(CheckTool, RefusesWhatCannotBeRunOrCanBeReplaced) {
   const testing::TemporaryFolder folder;
   const auto script = folder.path() / "Installomator.sh";
-  EXPECT_FALSE(checkTool(script, 501));
+  const auto check = [&](uid_t ownUid) { return checkTool(script, folder.path(), ownUid).has_value(); };
+  const auto me = geteuid();
+  EXPECT_FALSE(check(me));
   std::ofstream(script) << "#!/bin/sh\n";
-  EXPECT_FALSE(checkTool(script, 501)) << "not executable";
+  EXPECT_FALSE(check(me)) << "not executable";
   chmod(script.c_str(), 0755);
-  EXPECT_TRUE(checkTool(script, 501));
-  EXPECT_EQ(checkTool(script, 0).has_value(), geteuid() == 0) << "root runs only what root owns";
+  EXPECT_TRUE(check(me));
+  EXPECT_EQ(check(0), me == 0) << "root runs only what root owns";
+  EXPECT_EQ(check(me + 1), me == 0) << "it belongs to a third person unless it is root's";
+  chmod(script.c_str(), 0757);
+  EXPECT_FALSE(check(me)) << "anybody may write to it";
   chmod(script.c_str(), 0775);
-  EXPECT_FALSE(checkTool(script, 0));
+  EXPECT_FALSE(check(0)) << "a group may write to it";
+  chmod(script.c_str(), 0755);
+  chmod(folder.path().c_str(), 0777);
+  EXPECT_FALSE(check(me)) << "anybody may exchange it";
+  chmod(folder.path().c_str(), 0755);
+  std::filesystem::rename(script, folder.path() / "aside.sh");
+  std::filesystem::create_symlink("aside.sh", script);
+  EXPECT_FALSE(check(me)) << "a link";
+}
+
+TEST(PrepareFolders, MakesThemAndForRootTakesOnlyItsOwn) {
+  const testing::TemporaryFolder folder;
+  const CorvaneConstants places{.root = folder.path()};
+  ASSERT_TRUE(prepareFolders(places));
+  struct stat events {};
+  ASSERT_EQ(stat(places.deferralEventsFolder().c_str(), &events), 0);
+  EXPECT_EQ(events.st_mode & 07777, 01777U);
+  for (const auto& one : {places.supportFolder(), places.logFolder(), places.helperSocket().parent_path()}) {
+    chmod(one.c_str(), 0777);
+    const auto prepared = prepareFolders(places);
+    EXPECT_EQ(prepared.has_value(), geteuid() != 0) << one;
+    if (!prepared) {
+      EXPECT_NE(prepared.error().text.find(one.string()), std::string::npos);
+    }
+    chmod(one.c_str(), 0755);
+  }
+  std::filesystem::remove(places.deferralEventsFolder());
+  std::filesystem::create_directory_symlink(places.logFolder(), places.deferralEventsFolder());
+  EXPECT_FALSE(prepareFolders(places)) << "a link in its place";
 }
 
 }  // namespace

@@ -26,6 +26,10 @@ TEST(PatchDecision, GuardsAgainstDowngradesBeforeTheToolRuns) {
   forced.requiredLabels = {"quill"};
   CorvaneConfiguration forcedOther = forced;
   forcedOther.requiredLabels = {"other"};
+  CorvaneConfiguration ignoring;
+  ignoring.ignoredLabels = {"qui*"};
+  AppInfo mismatched = app("1.0", "2.0");
+  mismatched.teamIDMismatch = true;
   const struct {
     const char* what;
     std::optional<AppInfo> app;
@@ -41,8 +45,18 @@ TEST(PatchDecision, GuardsAgainstDowngradesBeforeTheToolRuns) {
       {"current, reinstalled as required", app("2.0", "2.0"), forced, PatchStep::install},
       {"current, another is required", app("2.0", "2.0"), forcedOther, PatchStep::leaveCurrent},
       {"not in the catalogue", std::nullopt, config, PatchStep::refuseUnknown},
+      {"left out by the settings", std::nullopt, ignoring, PatchStep::refuseIgnored},
+      {"signed by another team", mismatched, forced, PatchStep::refuseMismatch},
   };
-  for (const auto& row : rows) EXPECT_EQ(decideBeforeRun(row.app, row.config), row.step) << row.what;
+  for (const auto& row : rows) EXPECT_EQ(decideBeforeRun(Label("quill"), row.app, row.config), row.step) << row.what;
+  for (const auto step : {PatchStep::refuseUnknown, PatchStep::refuseIgnored, PatchStep::refuseMismatch}) {
+    const auto outcome = outcomeWithoutRun(step, Label("quill"), mismatched);
+    EXPECT_EQ(outcome.status, PatchingStatus::failure);
+    EXPECT_FALSE(outcome.receipt);
+    EXPECT_EQ(answerOf({outcome}).message, "Updated 0 of 1. Failed: quill.");
+  }
+  EXPECT_FALSE(outcomeWithoutRun(PatchStep::leaveCurrent, Label("quill"), app("2.0", "2.0")).receipt)
+      << "receipts tell of installs";
 }
 
 TEST(PatchDecision, BelievesTheInstalledVersionAndNotTheExitCode) {
@@ -62,7 +76,35 @@ TEST(PatchDecision, BelievesTheInstalledVersionAndNotTheExitCode) {
       {"nothing there", app({}, "2.0"), app({}, {}), {.code = 0}, PatchingStatus::failure, -1, false},
       {"gone from the catalogue", app("1.0", "2.0"), std::nullopt, {.code = 0}, PatchingStatus::failure, -1, false},
       {"target unknown, changed", app("1.0", {}), app("1.1", {}), {.code = 0}, PatchingStatus::success, 0, true},
-      {"target unknown, unchanged", app("1.0", {}), app("1.0", {}), {.code = 0}, PatchingStatus::success, 0, false},
+      {"target unknown, unchanged", app("1.0", {}), app("1.0", {}), {.code = 0}, PatchingStatus::failure, -1, false},
+      {"target unknown, the tool tells it",
+       app("1.0", {}),
+       app("2.0", {}),
+       {.code = 0, .words = {.latestVersion = "2.0"}},
+       PatchingStatus::success,
+       0,
+       true},
+      {"target unknown, the tool tells it and does not reach it",
+       app("1.0", {}),
+       app("1.5", {}),
+       {.code = 0, .words = {.latestVersion = "2.0"}},
+       PatchingStatus::failure,
+       -1,
+       false},
+      {"target unknown, nothing newer",
+       app("1.0", {}),
+       app("1.0", {}),
+       {.code = 0, .words = {.saysCurrent = true}},
+       PatchingStatus::success,
+       0,
+       false},
+      {"nobody answered",
+       app("1.0", "2.0"),
+       app("1.0", {}),
+       {.code = 143, .timedOut = true, .words = {.atDialog = true}},
+       PatchingStatus::skipped,
+       25,
+       false},
       {"reinstalled", app("2.0", "2.0"), app("2.0", {}), {.code = 0}, PatchingStatus::success, 0, true},
       {"declined", app("1.0", "2.0"), app("1.0", {}), {.code = 10}, PatchingStatus::skipped, 10, false},
       {"blocked", app("1.0", "2.0"), app("1.0", {}), {.code = 11}, PatchingStatus::skipped, 11, false},
@@ -81,7 +123,44 @@ TEST(PatchDecision, BelievesTheInstalledVersionAndNotTheExitCode) {
     EXPECT_EQ(outcome.status, row.status) << row.what;
     EXPECT_EQ(outcome.code, row.code) << row.what;
     EXPECT_EQ(outcome.installed, row.installed) << row.what;
-    EXPECT_EQ(receiptOf(outcome, Date{}).targetVersion, row.before.newVersion) << row.what;
+    const auto& target = row.before.newVersion ? row.before.newVersion : row.end.words.latestVersion;
+    EXPECT_EQ(receiptOf(outcome, Date{}).targetVersion, target) << row.what;
+  }
+}
+
+TEST(PatchDecision, ListensToTheToolsWords) {
+  const auto after = [](std::vector<std::string> messages) {
+    ToolWords words;
+    for (const auto& message : messages) words.take("2026-11-22 21:04:42 : INFO  : quill : " + message);
+    return words;
+  };
+  EXPECT_EQ(after({"Latest version of Quill is 2.0", "found blocking process Quill"}),
+            (ToolWords{.latestVersion = "2.0", .atDialog = true}));
+  EXPECT_FALSE(after({"found blocking process Quill", "Installing Quill"}).atDialog);
+  EXPECT_TRUE(after({"There is no newer version available.", "No newer version."}).saysCurrent);
+  EXPECT_EQ(after({"Downloaded version of Quill is 2.0 on versionKey K, same as installed."}),
+            (ToolWords{.latestVersion = "2.0", .saysCurrent = true}));
+  ToolWords page;
+  page.take("No newer version.");
+  EXPECT_EQ(page, ToolWords{}) << "not the tool's own line";
+}
+
+TEST(PatchDecision, WaitsAsLongAsThePromptIsConfiguredTo) {
+  const struct {
+    const char* options;
+    Duration limit;
+  } rows[] = {
+      {"", 2h},
+      {"BLOCKING_PROCESS_ACTION=tell_user PROMPT_TIMEOUT=86400", 2h},
+      {"BLOCKING_PROCESS_ACTION=prompt_user", 25h},
+      {"BLOCKING_PROCESS_ACTION=prompt_user_loop PROMPT_TIMEOUT=60", 2h},
+      {"BLOCKING_PROCESS_ACTION=prompt_user PROMPT_TIMEOUT=-9", 2h},
+      {"BLOCKING_PROCESS_ACTION=prompt_user PROMPT_TIMEOUT=9000000000000000000", 169h},
+  };
+  for (const auto& row : rows) {
+    CorvaneConfiguration config;
+    config.installomatorOptions = row.options;
+    EXPECT_EQ(toolTimeLimit(config), row.limit) << row.options;
   }
 }
 

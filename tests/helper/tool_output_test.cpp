@@ -11,8 +11,9 @@ TEST(ToolOutput, BelievesOnlyWhatLooksLikeAVersion) {
   for (const char* good :
        {"1", "2024.3", "v3-beta2", "r12", "6.0.1(2847)", "1.2.3+45", "1234567890123456789012345678901234567890"})
     EXPECT_TRUE(isBelievableVersion(good)) << good;
-  for (const char* bad : {"", "https:", "https://github.com", ".0", ".CE", "...", "latest", "1.0 beta", "1.0\n", "1/2",
-                          "-1", "12345678901234567890123456789012345678901", "\xC3\xA4"})
+  for (const char* bad :
+       {"", "https:", "https://github.com", ".0", ".CE", "...", "latest", "1.0 beta", "1.0\n", "1/2", "-1",
+        "12345678901234567890123456789012345678901", "\xC3\xA4", "1.0\xff", "1.0\xC3\xA4", "1\x7f"})
     EXPECT_FALSE(isBelievableVersion(bad)) << bad;
 }
 

@@ -22,8 +22,10 @@ struct CheckerFixture : ::testing::Test {
   Duration takes = 50ms;
   std::vector<std::string> toolLines;
   ScriptedChildProcesses children{machine.main(), [this](const ChildSpec& spec) { return script(spec); }};
-  VersionChecker checker{
-      {.children = children, .main = machine.main(), .entropy = entropy, .log = log}, "/bin/zsh", std::nullopt};
+  VersionChecker checker{{.children = children, .main = machine.main(), .entropy = entropy, .log = log},
+                         "/bin/zsh",
+                         [this] { return account; }};
+  Result<std::optional<std::pair<uid_t, gid_t>>> account = std::nullopt;
   std::optional<VersionAnswers> answers;
 
   ScriptedChild script(const ChildSpec& spec) {
@@ -58,13 +60,16 @@ TEST_F(CheckerFixture, LiteralsNeedNoChildAndGarbageIsNotBelieved) {
   for (const auto& spec : children.started()) {
     EXPECT_EQ(spec.environment.size(), 3U);
     EXPECT_EQ(spec.timeLimit, kLabelTimeLimit);
+    EXPECT_TRUE(spec.endsGroup);
   }
 }
 
 TEST_F(CheckerFixture, RunsAFewAtOnceAndAnswersTheRestAtTheGroupsLimit) {
   takes = 15s;
   std::vector<VersionQuestion> many;
-  for (int i = 0; i < 60; ++i) {
+  // In 80 seconds each child gets through five.
+  constexpr auto kMany = 7 * kChildrenAtOnce;
+  for (std::size_t i = 0; i < kMany; ++i) {
     const auto label = "l" + std::to_string(i);
     printed[label] = "1." + std::to_string(i);
     many.push_back(computed(label));
@@ -76,9 +81,11 @@ TEST_F(CheckerFixture, RunsAFewAtOnceAndAnswersTheRestAtTheGroupsLimit) {
   EXPECT_FALSE(answers);
   machine.advance(1s);
   ASSERT_TRUE(answers);
-  EXPECT_EQ(answers->size(), 60U);
-  EXPECT_EQ(std::ranges::count_if(*answers, [](const auto& a) { return a.second.version.has_value(); }), 40);
-  EXPECT_EQ(answers->at(Label("l59")).failureReason, "All labels together took longer than 80 seconds");
+  EXPECT_EQ(answers->size(), kMany);
+  const auto found = std::ranges::count_if(*answers, [](const auto& a) { return a.second.version.has_value(); });
+  EXPECT_EQ(static_cast<std::size_t>(found), 5 * kChildrenAtOnce);
+  EXPECT_EQ(answers->at(Label("l" + std::to_string(kMany - 1))).failureReason,
+            "All labels together took longer than 80 seconds");
   machine.advance(10s);
   EXPECT_EQ(children.running(), 0U);
 }
@@ -96,6 +103,34 @@ TEST_F(CheckerFixture, AsksTheToolWhereTheMetadataIsSilentAndEndsItOnceItKnows) 
   EXPECT_EQ(children.started().front().arguments,
             (std::vector<std::string>{"none", "DEBUG=2", "BLOCKING_PROCESS_ACTION=ignore", "NOTIFY=silent",
                                       "updateTool=\"\""}));
+}
+
+TEST_F(CheckerFixture, AToolThatHangsCostsOnlyItsOwnLabelTheAnswer) {
+  takes = 1000s;
+  check({{.label = Label("literal"), .literal = "7.1", .fragment = {}},
+         {.label = Label("none"), .namedInMetadata = false, .fragment = {}},
+         computed("hangs")},
+        {.functions = {}, .askTool = "/tool"});
+  machine.advance(kLabelTimeLimit);
+  EXPECT_EQ(children.running(), 1U) << "the label's own limit";
+  machine.advance(kToolQuestionLimit - kLabelTimeLimit);
+  ASSERT_TRUE(answers) << "before the limit of the whole check";
+  EXPECT_EQ(answers->at(Label("literal")).version, "7.1");
+  EXPECT_EQ(answers->at(Label("hangs")).failureReason, "The vendor's page did not answer within 20 seconds");
+  EXPECT_EQ(answers->at(Label("none")).failureReason, "Installomator told no version");
+}
+
+TEST_F(CheckerFixture, WhatMayNotBeEvaluatedIsAnsweredWithoutAChild) {
+  check({computed("adobereaderdc")});
+  machine.runUntilIdle();
+  EXPECT_NE(answers->at(Label("adobereaderdc")).failureReason, "");
+  account = failure("test", 1, "nobody there");
+  check({{.label = Label("literal"), .literal = "7.1", .fragment = {}}, computed("label")});
+  machine.runUntilIdle();
+  ASSERT_TRUE(answers);
+  EXPECT_EQ(answers->at(Label("literal")).version, "7.1");
+  EXPECT_EQ(answers->at(Label("label")).failureReason, "The helper cannot evaluate labels: nobody there");
+  EXPECT_TRUE(children.started().empty());
 }
 
 TEST_F(CheckerFixture, StoppingAnswersWhatIsUnderWay) {

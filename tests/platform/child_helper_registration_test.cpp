@@ -4,6 +4,10 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <functional>
+#include <string>
+#include <vector>
+
 #include "base/json.h"
 #include "platform/posix/process_stamp.h"
 #include "platform/posix/system_clock.h"
@@ -46,11 +50,15 @@ class ChildHelperRegistrationTest : public ::testing::Test {
   SystemClock clock_;
   UvMainLoop loop_{clock_};
   std::filesystem::path record_ = folder_.path() / "support/helper-registration.json";
+  std::filesystem::path socket_ = folder_.path() / std::string(120, 'd') / "helper.sock";
+  std::vector<std::string> told_;
   ChildHelperRegistration registration_{loop_.mainQueue(),
                                         {.executable = folder_.path() / "Helper",
                                          .arguments = {"--root", folder_.path()},
                                          .environment = {{"PATH", "/usr/bin:/bin"}}},
-                                        record_};
+                                        {.record = record_, .socket = socket_},
+                                        [this](std::string_view line) { told_.emplace_back(line); },
+                                        100ms};
 };
 
 TEST_F(ChildHelperRegistrationTest, TheHelperLivesThroughItsStates) {
@@ -114,6 +122,30 @@ TEST_F(ChildHelperRegistrationTest, DamagedRecordsAndBinariesAreTold) {
   const auto registered = registration_.registerDaemon();
   ASSERT_FALSE(registered);
   EXPECT_EQ(registered.error().domain, "CRVDetachedProcess");
+  ASSERT_EQ(told_.size(), 1U) << "once a state";
+  EXPECT_NE(told_.front().find(record_), std::string::npos);
+}
+
+TEST_F(ChildHelperRegistrationTest, BehindADamagedRecordTheHelperIsFoundAtItsSocket) {
+  std::filesystem::create_directories(socket_.parent_path());
+  writeHelper(
+      "cd '" + socket_.parent_path().string() +
+      "'; exec python3 -c 'import socket,time; s=socket.socket(socket.AF_UNIX); s.bind(\"helper.sock\"); s.listen(); "
+      "open(\"../up\",\"w\"); time.sleep(1000)'\n");
+  ASSERT_TRUE(registration_.registerDaemon());
+  ASSERT_TRUE(isUp());
+  const auto pid = recordedPid();
+
+  folder_.write("support/helper-registration.json", "{}");
+  EXPECT_EQ(registration_.printExitCode(), 0);
+  EXPECT_EQ(registration_.kickstart(), 0);
+  EXPECT_EQ(recordedPid(), pid) << "no second helper, and the record is whole again";
+
+  folder_.write("support/helper-registration.json", "torn");
+  ASSERT_TRUE(unregister());
+  EXPECT_FALSE(processStamp(pid).has_value());
+  EXPECT_FALSE(std::filesystem::exists(record_));
+  EXPECT_EQ(told_.size(), 2U);
 }
 
 }  // namespace corvane::testing

@@ -3,6 +3,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include "platform/posix/process_stamp.h"
 #include "platform/posix/system_clock.h"
 #include "platform/scripted/scripted_child_processes.h"
 #include "platform/scripted/virtual_time.h"
@@ -19,6 +20,7 @@ constexpr Duration kPatience = 30s;  // a failing test's, never a passing one's
 
 class RealWorld {
  public:
+  explicit RealWorld(ChildLimits limits = {}) : limits_(limits) {}
   ChildProcesses& children() { return children_; }
   static ChildSpec shell(const std::string& script) {
     return {.executable = "/bin/sh", .arguments = {"-c", script}, .environment = {{"PATH", "/usr/bin:/bin"}}};
@@ -30,9 +32,10 @@ class RealWorld {
   }
 
  private:
+  ChildLimits limits_;
   SystemClock clock_;
   UvMainLoop loop_{clock_};
-  UvChildProcesses children_{loop_.loop(), loop_.mainQueue()};
+  UvChildProcesses children_{loop_.loop(), loop_.mainQueue(), limits_};
 };
 
 class ScriptedWorld {
@@ -61,16 +64,18 @@ INSTANTIATE_TYPED_TEST_SUITE_P(Scripted, ChildProcessesContract, ScriptedWorld);
 
 class UvChildProcessesTest : public ::testing::Test {
  protected:
-  Result<ChildExit> run(ChildSpec spec) {
+  Result<ChildExit> run(ChildSpec spec) { return run(std::move(spec), world_); }
+  Result<ChildExit> run(ChildSpec spec, RealWorld& world) {
     std::optional<Result<ChildExit>> exit;
-    world_.children().start(
+    world.children().start(
         std::move(spec), [this](std::string_view line) { lines_.emplace_back(line); },
         [&](Result<ChildExit> ended) { exit = std::move(ended); });
-    EXPECT_TRUE(world_.wait([&] { return exit.has_value(); }));
+    EXPECT_TRUE(world.wait([&] { return exit.has_value(); }));
     return std::move(exit).value_or(failure("test", 0, "never ended"));
   }
 
   RealWorld world_;
+  RealWorld hastyWorld_{{.killDelay = 50ms, .streamLimit = 100ms}};
   TemporaryFolder folder_;
   std::vector<std::string> lines_;
 };
@@ -99,6 +104,18 @@ TEST_F(UvChildProcessesTest, OutputOverTheLimitIsReadAndDropped) {
   EXPECT_EQ(exit->errors, "end\n");
 }
 
+TEST_F(UvChildProcessesTest, WhatAChildLeavesBehindEndsWithItWhereItIsToldTo) {
+  auto spec = RealWorld::shell("sleep 600 & echo $!");
+  spec.endsGroup = true;
+  const auto exit = run(spec);
+  const auto left = static_cast<pid_t>(std::stol(exit->output));
+  EXPECT_TRUE(world_.wait([&] { return !processStamp(left); }));
+  spec.endsGroup = false;
+  const auto kept = static_cast<pid_t>(std::stol(run(spec, hastyWorld_)->output));
+  EXPECT_TRUE(processStamp(kept));
+  ::kill(kept, SIGKILL);
+}
+
 TEST_F(UvChildProcessesTest, StreamsCanBeReopenedByNameAndInputIsEmpty) {
   const auto exit = run(RealWorld::shell("cat; echo out > /dev/stdout; echo err > /dev/stderr"));
   EXPECT_EQ(exit->code, 0);
@@ -107,7 +124,7 @@ TEST_F(UvChildProcessesTest, StreamsCanBeReopenedByNameAndInputIsEmpty) {
 }
 
 TEST_F(UvChildProcessesTest, AProcessThatKeepsTheStreamsOpenDoesNotHoldTheAnswer) {
-  const auto exit = run(RealWorld::shell("sleep 1000 & echo $!; exit 0"));
+  const auto exit = run(RealWorld::shell("sleep 1000 & echo $!; exit 0"), hastyWorld_);
   ASSERT_TRUE(exit.has_value());
   EXPECT_EQ(exit->code, 0);
   const auto left = std::stoi(exit->output);
@@ -115,10 +132,20 @@ TEST_F(UvChildProcessesTest, AProcessThatKeepsTheStreamsOpenDoesNotHoldTheAnswer
   ::kill(left, SIGKILL);
 }
 
+TEST_F(UvChildProcessesTest, AChildThatIgnoresThePoliteSignalIsForced) {
+  auto spec = RealWorld::shell("trap '' TERM; echo up; while :; do sleep 1000; done");
+  spec.timeLimit = 200ms;
+  const auto exit = run(spec, hastyWorld_);
+  ASSERT_TRUE(exit.has_value());
+  EXPECT_TRUE(exit->timedOut);
+  EXPECT_EQ(exit->code, 128 + SIGKILL);
+}
+
 TEST_F(UvChildProcessesTest, TheTimeLimitReachesTheWholeGroup) {
+  RealWorld world({.streamLimit = 100ms});  // the forced signal is too late to be what ends the group
   auto spec = RealWorld::shell("trap '' TERM; (trap '' TERM; exec sleep 1000) & echo $!; exec sleep 0.2");
   spec.timeLimit = 50ms;
-  const auto exit = run(spec);
+  const auto exit = run(spec, world);
   ASSERT_TRUE(exit.has_value());
   EXPECT_TRUE(exit->timedOut);
   const auto stubborn = std::stoi(exit->output);

@@ -35,7 +35,7 @@ class RealWorld {
  private:
   static void write(const std::filesystem::path& path, PlistDict values) {
     std::filesystem::create_directories(path.parent_path());
-    ASSERT_TRUE(writeFileAtomically(path, writePlist(PlistValue(std::move(values)), PlistFormat::xml)));
+    ASSERT_TRUE(writeFileAtomically(path, writePlist(PlistValue(std::move(values)), PlistFormat::xml).value()));
   }
 
   TemporaryFolder folder_;
@@ -88,7 +88,7 @@ TEST_F(PosixPreferenceDomainsTest, TheFormAndTheModeOfTheFileAreKept) {
   EXPECT_EQ(found.st_mode & 0777U, 0600U);
   EXPECT_EQ(parsePlist(TemporaryFolder::read(user_))->format, PlistFormat::binary);
 
-  folder_.write("d.plist", writePlist(PlistValue(PlistDict{{"A", 2}}), PlistFormat::xml));
+  folder_.write("d.plist", writePlist(PlistValue(PlistDict{{"A", 2}}), PlistFormat::xml).value());
   ASSERT_EQ(::chmod(user_.c_str(), 0640), 0);
   ASSERT_TRUE(domains_.changeUser([](PlistDict& values) { values["B"] = true; }));
   const auto written = parsePlist(TemporaryFolder::read(user_));
@@ -118,6 +118,18 @@ TEST_F(PosixPreferenceDomainsTest, ADamagedFileIsEmptyToldOnceAndSetAside) {
                                                     "<plist><dict><key>a"));
 }
 
+TEST_F(PosixPreferenceDomainsTest, ValuesThatHaveNoFormLeaveTheFileAsItWas) {
+  ASSERT_TRUE(domains_.changeUser([](PlistDict& values) { values["A"] = 1; }));
+  const auto before = TemporaryFolder::read(folder_.path() / "d.plist");
+  PlistValue nested("x");
+  for (int depth = 0; depth < 1000; ++depth) nested = PlistArray{nested};
+  const auto changed = domains_.changeUser([&](PlistDict& values) { values["B"] = nested; });
+  ASSERT_FALSE(changed);
+  EXPECT_NE(changed.error().text.find("d.plist"), std::string::npos);
+  EXPECT_EQ(TemporaryFolder::read(folder_.path() / "d.plist"), before);
+  EXPECT_EQ(*domains_.user().values, (PlistDict{{"A", 1}}));
+}
+
 TEST_F(PosixPreferenceDomainsTest, AFileThatCannotBeReadIsLeftAloneAndFailsTheChange) {
   std::filesystem::create_directories(user_);
   EXPECT_TRUE(domains_.user().values->empty());
@@ -129,7 +141,7 @@ TEST_F(PosixPreferenceDomainsTest, AFileThatCannotBeReadIsLeftAloneAndFailsTheCh
 TEST_F(PosixPreferenceDomainsTest, RapidWritesOfEqualSizeAreAllSeen) {
   for (int i = 100; i < 200; ++i) {
     // In place, so that inode and size stay and only the kernel's slow time stamp could tell.
-    folder_.write("d.plist", writePlist(PlistValue(PlistDict{{"A", i}}), PlistFormat::xml));
+    folder_.write("d.plist", writePlist(PlistValue(PlistDict{{"A", i}}), PlistFormat::xml).value());
     EXPECT_EQ(domains_.user().values->at("A").integer(), i);
   }
 }

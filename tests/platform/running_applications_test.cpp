@@ -29,7 +29,7 @@ class RealWorld {
   pid_t open(const std::string& name) {
     const auto contents = folder_.path() / "Applications" / (name + ".app") / "Contents";
     folder_.write(contents / "Info.plist",
-                  writePlist(PlistValue(PlistDict{{"CFBundleIdentifier", "test." + name}}), PlistFormat::binary));
+                  writePlist(PlistValue(PlistDict{{"CFBundleIdentifier", "test." + name}}), PlistFormat::binary).value());
     const auto executable = contents / "MacOS" / name;
     std::filesystem::create_directories(executable.parent_path());
     std::filesystem::copy_file("/usr/bin/sleep", executable);
@@ -143,7 +143,7 @@ TEST_F(RecordedTable, AnIdentifierFollowsItsFileAndADamagedOneIsAbsent) {
     return applications.list()->front().bundleIdentifier;
   };
   const auto info = [](std::string_view name) {
-    return writePlist(PlistValue(PlistDict{{"CFBundleIdentifier", name}}), PlistFormat::xml);
+    return writePlist(PlistValue(PlistDict{{"CFBundleIdentifier", name}}), PlistFormat::xml).value();
   };
   EXPECT_EQ(identifier(info("org.first")), "org.first");
   EXPECT_EQ(identifier(info("org.second.longer")), "org.second.longer");

@@ -32,7 +32,8 @@ class DashboardTest : public testing::Test {
                               .helperStatus = helperStatus_,
                               .watchpoint = watchpoint_,
                               .expanded = expanded_,
-                              .selfUpdateDismissed = selfUpdateDismissed_});
+                              .selfUpdateDismissed = selfUpdateDismissed_,
+                              .capabilities = capabilities_});
   }
   AppStatusRow row(const AppInfo& app) {
     listed_ = {app};
@@ -66,6 +67,7 @@ class DashboardTest : public testing::Test {
   std::optional<PendingWatchpoint> watchpoint_;
   std::map<Label, ExpandedHistory> expanded_;
   bool selfUpdateDismissed_ = false;
+  DashboardCapabilities capabilities_{.updatesAll = true, .updatesItself = true};
 };
 
 AppInfo quill() {
@@ -84,7 +86,7 @@ TEST_F(DashboardTest, OffersItsActionsOnlyWhileNothingRuns) {
   EXPECT_EQ(shown.subtitle, "Application update status and patching information");
   EXPECT_EQ(shown.discover.text, "Discover Applications");
   EXPECT_TRUE(shown.discover.enabled && shown.check.enabled && shown.updateAll.enabled);
-  EXPECT_EQ(shown.workLine, "");
+  EXPECT_EQ(shown.workLine.text, "");
 
   const std::tuple<bool, DiscoveryOperation, const char*> work[] = {
       {true, DiscoveryOperation::patchAll, "Patching in progress..."},
@@ -95,7 +97,7 @@ TEST_F(DashboardTest, OffersItsActionsOnlyWhileNothingRuns) {
   for (const auto& [patching, operation, line] : work) {
     busy(patching, operation);
     shown = page();
-    EXPECT_EQ(shown.workLine, line);
+    EXPECT_EQ(shown.workLine.text, line);
     EXPECT_FALSE(shown.discover.enabled || shown.check.enabled || shown.updateAll.enabled) << line;
   }
 }
@@ -103,7 +105,25 @@ TEST_F(DashboardTest, OffersItsActionsOnlyWhileNothingRuns) {
 TEST_F(DashboardTest, OffersUpdateAllOnlyWithSomethingPending) {
   EXPECT_FALSE(page().updateAll.enabled);
   fields_.inventory.updatesAwaitingNextCycle = 1;
-  EXPECT_TRUE(page().updateAll.enabled);
+  EXPECT_TRUE(page().updateAll.visible && page().updateAll.enabled);
+  capabilities_.updatesAll = false;
+  EXPECT_FALSE(page().updateAll.visible || page().updateAll.enabled) << "no button without a flow behind it";
+}
+
+TEST_F(DashboardTest, TellsAnErrorBeforeTheTransientLine) {
+  EXPECT_EQ(page().message, PageMessage());
+  fields_.messages.statusMessage = "Updates deferred for 1 hour.";
+  EXPECT_EQ(page().message.text, "Updates deferred for 1 hour.");
+  fields_.messages.errorMessage = "The helper did not answer.";
+  EXPECT_EQ(page().message.text, "The helper did not answer.");
+  EXPECT_EQ(page().message.symbol, "exclamationmark.triangle.fill");
+}
+
+TEST_F(DashboardTest, SpeaksARowAsAWhole) {
+  EXPECT_EQ(row(quill()).spokenText, "Quill, Installed: 1.0, Latest: 2.0");
+  auto bird = quill();
+  bird.appName = "青い鳥.app";
+  EXPECT_EQ(row(bird).monogram, "青");
 }
 
 TEST_F(DashboardTest, CountsOnItsCards) {
@@ -366,6 +386,9 @@ TEST_F(DashboardTest, OffersTheUpdateOfTheProgramUntilDismissed) {
       SelfUpdateAvailability{.label = Label("corvane4"), .availableVersion = "4.1", .runningVersion = "4.0"};
   EXPECT_EQ(page().selfUpdateBanner.title, "Corvane update available");
   EXPECT_EQ(page().selfUpdateBanner.text, "Version 4.1 is available. You’re currently running 4.0");
+  EXPECT_TRUE(page().selfUpdateBanner.update.enabled);
+  capabilities_.updatesItself = false;
+  EXPECT_FALSE(page().selfUpdateBanner.update.visible);
   selfUpdateDismissed_ = true;
   EXPECT_FALSE(page().selfUpdateBanner.visible);
 }

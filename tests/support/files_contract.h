@@ -40,6 +40,16 @@ TYPED_TEST_P(FilesContract, AppendingMakesTheFileAndKeepsWhatStood) {
   EXPECT_EQ(files.read(file).value(), "one\ntwo\n");
 }
 
+TYPED_TEST_P(FilesContract, TheEndOfAFileIsRead) {
+  const auto path = this->world_.folder() / "end";
+  ASSERT_TRUE(this->world_.files().append(path, "0123456789", 0644));
+  const std::pair<std::size_t, std::string_view> ends[] = {{0, ""}, {1, "9"}, {10, "0123456789"}, {11, "0123456789"}};
+  for (const auto& [limit, end] : ends) EXPECT_EQ(this->world_.files().readEnd(path, limit).value(), end) << limit;
+  const auto missing = this->world_.files().readEnd(this->world_.folder() / "none", 1);
+  ASSERT_FALSE(missing);
+  EXPECT_EQ(missing.error().code, ENOENT);
+}
+
 TYPED_TEST_P(FilesContract, NothingIsWrittenIntoAFolderThatIsMissing) {
   Files& files = this->world_.files();
   const auto folder = this->world_.folder() / "a/b";
@@ -83,7 +93,7 @@ TYPED_TEST_P(FilesContract, ErrorsNameTheFile) {
 }
 
 REGISTER_TYPED_TEST_SUITE_P(FilesContract, WhatWasWrittenIsReadAndReplacedWhole, AppendingMakesTheFileAndKeepsWhatStood,
-                            NothingIsWrittenIntoAFolderThatIsMissing, AFileInTheWayOfAFolderIsToldAndKept,
-                            RenamingReplacesAndRemovingRemoves, ErrorsNameTheFile);
+                            TheEndOfAFileIsRead, NothingIsWrittenIntoAFolderThatIsMissing,
+                            AFileInTheWayOfAFolderIsToldAndKept, RenamingReplacesAndRemovingRemoves, ErrorsNameTheFile);
 
 }  // namespace corvane::testing

@@ -6,6 +6,7 @@
 
 #include "base/localized.h"
 #include "core/discovery/app_discovery_service.h"
+#include "core/discovery/discovery_matching.h"
 #include "core/discovery/label_patterns.h"
 #include "core/preferences/options_codec.h"
 #include "core/records/enumerations.h"
@@ -116,7 +117,7 @@ AppDiscoveryService::LabelCatalogSummary AppDiscoveryService::summarizeLabelCata
   LabelCatalogSummary summary;
   for (const auto& fragment : catalog->fragments())
     summary.ignoredLabelCount += std::ranges::count_if(
-        fragment.labels, [&](const Label& label) { return isIgnoredLabel(label, fragment.fileName, config); });
+        fragment.labels, [&](const Label& label) { return isIgnoredInCatalogue(label, fragment, config); });
   return summary;
 }
 

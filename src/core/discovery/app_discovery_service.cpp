@@ -35,7 +35,8 @@ bool isPlausibleVersion(std::string_view text) {
     return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z');
   };
   return !text.empty() && text.size() <= kVersionLimit && (isDigit(text.front()) || isLetter(text.front())) &&
-         std::ranges::any_of(text, isDigit) && text.find_first_of(" \t\r\n/") == std::string_view::npos;
+         std::ranges::any_of(text, isDigit) &&
+         std::ranges::all_of(text, [](char letter) { return letter > ' ' && letter < '\x7f' && letter != '/'; });
 }
 
 std::optional<std::string> nonEmpty(std::optional<std::string> text) {
@@ -149,7 +150,7 @@ std::int64_t AppDiscoveryService::countInstalledAppsMatchingIgnoredLabels() {
     const auto* bundle = locator.locate(fragment);
     if (bundle == nullptr) continue;
     const bool ignored = std::ranges::all_of(
-        fragment.labels, [&](const Label& label) { return isIgnoredLabel(label, fragment.fileName, config_); });
+        fragment.labels, [&](const Label& label) { return isIgnoredInCatalogue(label, fragment, config_); });
     const auto [entry, fresh] = ignoredOnly.try_emplace(bundle->path, ignored);
     if (!fresh) entry->second = entry->second && ignored;
   }

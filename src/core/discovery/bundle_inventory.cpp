@@ -14,6 +14,7 @@
 #include <system_error>
 #include <utility>
 
+#include "base/utf8.h"
 #include "core/discovery/file_name_folding.h"
 #include "core/discovery/folder_reader.h"
 
@@ -90,7 +91,9 @@ class Scan {
     // Sorted, so that which of two links to one bundle counts does not hang on the disk's order.
     std::ranges::sort(*entries, {}, &FolderEntry::name);
     for (const auto& entry : *entries) {
-      if (isBundleName(entry.name))
+      if (!isUtf8(entry.name))
+        unspeakable(path, entry);
+      else if (isBundleName(entry.name))
         bundle(folder, path, entry);
       else if (entry.kind == EntryKind::folder && depth < kScanDepth && entry.name.front() != '.')
         subfolder(folder, path, entry, depth);
@@ -98,6 +101,12 @@ class Scan {
         subfolder(folder, path, entry, depth);
     }
     return 0;
+  }
+
+  // A Mac's own disks hold no such names. They could be told to nobody, so that nothing could be ordered for them.
+  void unspeakable(const std::string& path, const FolderEntry& entry) {
+    if (entry.kind == EntryKind::folder || isBundleName(entry.name))
+      logger_.warning(fmt::format("Left out {}/{}: its name is no UTF-8", path, validUtf8(entry.name)));
   }
 
   void subfolder(int folder, const std::string& path, const FolderEntry& entry, int depth) {

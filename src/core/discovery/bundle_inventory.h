@@ -46,9 +46,10 @@ class BundleInventory {
   // Scans /Applications (with /Applications/Utilities in it) under the root and ~/Applications. A folder that
   // cannot be read is skipped with a log line; a missing one is no news. A linked bundle counts at the place of
   // its link unless the same bundle was found without one; linked folders are not followed, except where
-  // one of the three itself is a link. External is what lies on neither the volume of the root, of its /Applications
-  // nor of the home, or resolves to a place under /Volumes. Fails, with errno as code, when /Applications is there but
-  // cannot be read, for then nothing is known and everything would look missing.
+  // one of the three itself is a link. A name that is no UTF-8 is skipped with a log line. External is what lies on
+  // neither the volume of the root, of its /Applications nor of the home, or resolves to a place under /Volumes. Fails,
+  // with errno as code, when /Applications is there but cannot be read, for then nothing is known and everything would
+  // look missing.
   [[nodiscard]] static Result<BundleInventory> scan(const CorvaneConstants& constants, const ScanRules& rules,
                                                     const Logger& logger);
 

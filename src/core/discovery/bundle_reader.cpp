@@ -7,6 +7,7 @@
 #include <array>
 #include <system_error>
 
+#include "base/atomic_file.h"
 #include "base/plist.h"
 #include "core/discovery/folder_reader.h"
 #include "core/discovery/info_plist_scanner.h"
@@ -107,6 +108,17 @@ Result<BundleFacts> readBundle(const std::filesystem::path& bundle, std::string_
   readSignature(facts, contents->get(), detail);
   facts.hasStoreReceipt = ::faccessat(contents->get(), "_MASReceipt/receipt", F_OK, 0) == 0;
   return facts;
+}
+
+std::optional<std::filesystem::path> bundleIconFile(const std::filesystem::path& bundle) {
+  constexpr std::string_view key = "CFBundleIconFile";
+  const auto bytes = readFile(bundle / "Contents/Info.plist", kInfoPlistLimit);
+  const auto properties = bytes ? parseBundleProperties(*bytes, key) : std::unexpected(bytes.error());
+  if (!properties || !properties->custom || !isPlainFileName(*properties->custom)) return std::nullopt;
+  auto icon = bundle / "Contents/Resources" / *properties->custom;
+  if (!icon.has_extension()) icon += ".icns";
+  std::error_code problem;
+  return std::filesystem::is_regular_file(icon, problem) ? std::optional(icon) : std::nullopt;
 }
 
 }  // namespace corvane

@@ -45,4 +45,9 @@ struct BundleFacts {
 [[nodiscard]] Result<BundleFacts> readBundle(const std::filesystem::path& bundle, std::string_view customKey = {},
                                              SignatureDetail detail = SignatureDetail::names);
 
+// The file of the application's icon, for the row of an application that is drawn: CFBundleIconFile, with ".icns" where
+// it has no extension, below Contents/Resources. Absent where the bundle names none, or one that is not there. Reads
+// the property list each time, so whoever draws keeps the answer.
+[[nodiscard]] std::optional<std::filesystem::path> bundleIconFile(const std::filesystem::path& bundle);
+
 }  // namespace corvane

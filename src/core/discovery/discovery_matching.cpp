@@ -28,14 +28,18 @@ bool isBound(const Apps& saved, const Label& label, const InstalledBundle* bundl
   });
 }
 
+// A required label is one that the lists made from this scan call required too; they know labels only.
+bool isRequired(const DiscoveryQuestion& question, const Label& label) {
+  return AppDiscoveryService::isRequiredLabel(label, std::nullopt, question.config);
+}
+
 std::vector<LabelCandidate> allowedCandidates(const DiscoveryQuestion& question, const LabelFragment& fragment) {
   using Service = AppDiscoveryService;
   std::vector<LabelCandidate> candidates;
   for (const auto& label : fragment.labels) {
-    if (Service::isIgnoredLabel(label, fragment.fileName, question.config)) continue;
+    if (isIgnoredInCatalogue(label, fragment, question.config)) continue;
     if (Service::isOtherBuiltInSelfProductLabel(label, question.config)) continue;
-    const bool asked = Service::isRequiredLabel(label, fragment.fileName, question.config) ||
-                       Service::isOptionalLabel(label, fragment.fileName, question.config);
+    const bool asked = isRequired(question, label) || Service::isOptionalLabel(label, std::nullopt, question.config);
     candidates.push_back({.label = label,
                           .fragment = &fragment,
                           .builtIn = Service::isSelfUpdateLabel(label, question.config),
@@ -52,10 +56,6 @@ std::optional<PackageReceipt> provingReceipt(const DiscoveryQuestion& question, 
   auto receipt = question.receipts.find(*fragment.packageID);
   if (receipt && bundle == nullptr && receipt->installsApplications()) return std::nullopt;
   return receipt;
-}
-
-bool isRequired(const DiscoveryQuestion& question, const LabelCandidate& candidate) {
-  return AppDiscoveryService::isRequiredLabel(candidate.label, candidate.fragment->fileName, question.config);
 }
 
 void enter(Contests& contests, std::string key, std::vector<LabelCandidate> candidates, const InstalledBundle* bundle,
@@ -84,7 +84,8 @@ AllContests contestsOf(const DiscoveryQuestion& question, BundleLocator& locator
     } else if (auto receipt = provingReceipt(question, fragment, nullptr)) {
       enter(all.receiptOnly, *fragment.packageID, std::move(candidates), nullptr, std::move(receipt));
     } else {
-      std::erase_if(candidates, [&](const LabelCandidate& candidate) { return !isRequired(question, candidate); });
+      std::erase_if(candidates,
+                    [&](const LabelCandidate& candidate) { return !isRequired(question, candidate.label); });
       const auto path = fragment.bundlePath();
       if (!candidates.empty())
         enter(all.missing, path ? foldedFileName(*path) : "/" + fragment.fileName, std::move(candidates), nullptr, {});
@@ -102,10 +103,17 @@ DiscoveryMatch winnerOf(const DiscoveryQuestion& question, const Contest& contes
           .fragment = winner->fragment,
           .bundle = contest.bundle,
           .receipt = std::move(receipt),
-          .listedWhenMissing = isRequired(question, *winner)};
+          .listedWhenMissing = isRequired(question, winner->label)};
 }
 
 }  // namespace
+
+bool isIgnoredInCatalogue(const Label& label, const LabelFragment& fragment, const CorvaneConfiguration& config) {
+  if (AppDiscoveryService::isIgnoredLabel(label, std::nullopt, config)) return true;
+  const bool fileIsALabel =
+      std::ranges::find(fragment.labels, fragment.fileName, &Label::text) != fragment.labels.end();
+  return !fileIsALabel && AppDiscoveryService::isIgnoredLabel(label, fragment.fileName, config);
+}
 
 std::vector<DiscoveryMatch> matchAllLabels(const DiscoveryQuestion& question, BundleLocator& locator) {
   const auto contests = contestsOf(question, locator);
@@ -131,7 +139,7 @@ std::vector<DiscoveryMatch> matchTheseLabels(const DiscoveryQuestion& question, 
   for (const auto& label : labels) {
     const auto* fragment = question.catalog.find(label);
     if (fragment == nullptr) continue;
-    if (AppDiscoveryService::isIgnoredLabel(label, fragment->fileName, question.config) &&
+    if (isIgnoredInCatalogue(label, *fragment, question.config) &&
         !AppDiscoveryService::isSelfUpdateLabel(label, question.config))
       continue;
     const auto* bundle = locator.locate(*fragment);

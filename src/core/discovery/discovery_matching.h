@@ -30,6 +30,12 @@ struct DiscoveryQuestion {
   const PackageReceipts& receipts;
 };
 
+// Whether the settings leave the label out. The name of the fragment's file counts where none of its labels bears it,
+// and then for leaving out only: the lists made from a scan know labels and no files, and an application taken in by
+// its file's name would be dropped from them again.
+[[nodiscard]] bool isIgnoredInCatalogue(const Label& label, const LabelFragment& fragment,
+                                        const CorvaneConfiguration& config);
+
 // One match for each installed application and for each required one that is missing.
 [[nodiscard]] std::vector<DiscoveryMatch> matchAllLabels(const DiscoveryQuestion& question, BundleLocator& locator);
 

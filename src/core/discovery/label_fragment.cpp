@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "base/utf8.h"
 #include "core/discovery/shell_words.h"
 
 namespace corvane {
@@ -86,14 +87,20 @@ void take(LabelFragment& fragment, const ShellAssignment& assignment) {
   }
   if (variable->field != nullptr) {
     auto& field = fragment.*variable->field;
-    if (!field && !assignment.isArray) field = assignment.words.front();
+    if (assignment.isArray) return;
+    if (!field)
+      field = assignment.words.front();
+    else if (*field != assignment.words.front() && variable->variable == LabelVariable::appNewVersion)
+      fragment.computed |= bitOf(variable->variable);
   } else if (!fragment.blockingProcesses) {
     fragment.blockingProcesses = assignment.words;
   }
 }
 
-// A variable that has a literal counts as known, whatever its other branches compute.
+// A variable that has a literal counts as known, whatever its other branches compute. The version is the exception:
+// a literal is often just what a loop begins with, and a wrong one would have the wrong version installed towards.
 void settleComputed(LabelFragment& fragment) {
+  if (fragment.isComputed(LabelVariable::appNewVersion)) fragment.appNewVersion.reset();
   for (const auto& variable : kVariables) {
     const bool known =
         variable.field != nullptr ? (fragment.*variable.field).has_value() : fragment.blockingProcesses.has_value();
@@ -132,6 +139,7 @@ std::vector<std::string> LabelFragment::blockingProcessNames() const {
 Result<LabelFragment> parseLabelFragment(std::string_view fileName, std::string_view text) {
   if (text.size() > kLabelFragmentLimit) return damaged("it is too large for a label");
   if (text.find('\0') != std::string_view::npos) return damaged("it holds a NUL byte");
+  if (!isUtf8(text)) return damaged("it is no UTF-8");
   text.remove_prefix(headStart(text));
   if (text.starts_with('(')) text.remove_prefix(1);
   const auto headEnd = text.find(')');

@@ -33,7 +33,8 @@ inline constexpr std::size_t kLabelFragmentLimit = 256U << 10U;
 
 // A value. A field is absent when the fragment never sets it, or only to something that a shell would have
 // to work out (a command, a branch's variable): isComputed() tells the two apart. Of several literals the
-// first one counts. ${folderName} and other variables that the fragment itself set to a literal are filled in.
+// first one counts, but a version that is set to two different texts, or computed anywhere, counts as computed.
+// ${folderName} and other variables that the fragment itself set to a literal are filled in.
 struct LabelFragment {
   std::string fileName;  // without ".sh"; says nothing about the label's name
   Labels labels;         // the patterns of the head in their order; never empty
@@ -74,8 +75,8 @@ struct LabelFragment {
 
 // Reads a fragment's text. The head may join patterns with "|", continue lines and be indented; the body goes
 // up to the last ";;". Fails, in the domain "CRVLabels", with the reason for the log when there is no usable
-// head, no closing ";;", a quote, bracket or function that never closes, a NUL byte, no `name` at all, or more than
-// kLabelFragmentLimit bytes. Any thread; linear in the text.
+// head, no closing ";;", a quote, bracket or function that never closes, a NUL byte, no UTF-8, no `name` at all, or
+// more than kLabelFragmentLimit bytes. Any thread; linear in the text.
 [[nodiscard]] Result<LabelFragment> parseLabelFragment(std::string_view fileName, std::string_view text);
 
 }  // namespace corvane

@@ -1,8 +1,11 @@
 #include "core/history/deferral_event_manager.h"
 
 #include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <functional>
 
 namespace corvane {
@@ -20,6 +23,16 @@ std::string fileNameFor(std::string_view user) {
   return (name.empty() ? "_" : name) + ".jsonl";
 }
 
+// Whether something else than a plain file of ours, under this one name, stands there. What is ours stays ours
+// between this look and the use: in a sticky folder nobody else can move it away.
+bool isForeign(const std::filesystem::path& file) {
+  struct stat info {};
+  if (::lstat(file.c_str(), &info) != 0) return false;
+  return !S_ISREG(info.st_mode) || info.st_uid != ::geteuid() || info.st_nlink != 1;
+}
+
+constexpr std::string_view kForeign = "it is a link or another user's file";
+
 }  // namespace
 
 DeferralEventManager::DeferralEventManager(std::filesystem::path folder, std::string_view user, Files& files,
@@ -29,12 +42,18 @@ DeferralEventManager::DeferralEventManager(std::filesystem::path folder, std::st
 Status DeferralEventManager::writeEvent(const DeferralEventRecord& event) {
   const auto line = writeJson(toJson(event));
   const std::lock_guard lock(mutex_);
+  if (isForeign(file_))
+    return failure("CRVDeferralEvents", EPERM, fmt::format("Did not write to {}: {}", file_.string(), kForeign));
   return appender_.append(files_, file_, line, kEventsMode);
 }
 
 std::vector<DeferralEventRecord> DeferralEventManager::readEvents(const Label& label) const {
   std::vector<DeferralEventRecord> events;
-  const auto text = files_.read(file_);
+  if (isForeign(file_)) {
+    tellDamaged(0, kForeign);
+    return events;
+  }
+  const auto text = readNewestLines(files_, file_);
   if (!text) return events;
   forEachLine(*text, [&](std::string_view line, std::size_t number) {
     const auto json = parseJson(line);
@@ -49,12 +68,16 @@ std::vector<DeferralEventRecord> DeferralEventManager::readEvents(const Label& l
   return events;
 }
 
+// Line 0 stands for the file as a whole.
 void DeferralEventManager::tellDamaged(std::size_t line, std::string_view reason) const {
   {
     const std::lock_guard lock(mutex_);
     if (!toldLines_.insert(line).second) return;
   }
-  log_.warning(fmt::format("Left out line {} of {}: {}", line, file_.string(), reason));
+  if (line == 0)
+    log_.warning(fmt::format("Left out {}: {}", file_.string(), reason));
+  else
+    log_.warning(fmt::format("Left out line {} of {}: {}", line, file_.string(), reason));
 }
 
 }  // namespace corvane

@@ -16,7 +16,8 @@
 namespace corvane {
 
 // Any thread. Only the own user's file is read and written: what another user of this Mac put off is no
-// business of this one, and a file under another's control is no source for what is shown here.
+// business of this one, and a file under another's control is no source for what is shown here. Since anybody may
+// add to the folder, a link or another user's file under the own name is neither read nor written.
 class DeferralEventManager {
  public:
   // `user` is the short name of the user; a name that is no plain file name gets its odd characters replaced.

@@ -1,4 +1,4 @@
-// Files of one JSON object a line: splitting, and appending so that no line spoils another.
+// Files of one JSON object a line: splitting, appending so that no line spoils another, and bounds on their growth.
 #pragma once
 
 #include <filesystem>
@@ -21,11 +21,23 @@ void forEachLine(std::string_view text, Each each) {
   }
 }
 
+// A file above this size is cut down before the next line: to so many of its newest lines, years of a busy Mac, and to
+// at most half the size, should lines be long.
+inline constexpr std::size_t kLineFileLimit = 16U << 20U;
+inline constexpr std::size_t kKeptLines = 20'000;
+
+// Readers take so much of the end of a file that another program has let grow.
+inline constexpr std::size_t kReadLinesLimit = 4 * kLineFileLimit;
+
+// The newest whole lines of a file, all of them up to kReadLinesLimit. Fails as reading the file fails.
+[[nodiscard]] Result<std::string> readNewestLines(const Files& files, const std::filesystem::path& path);
+
 // Appends lines to one file and remembers whether the file ends with a line break, so that a line which an
 // earlier crash tore is closed before the next. Not guarded: its owner's mutex is.
 class LineAppender {
  public:
-  // `line` without its line break. Makes the folder when it is missing.
+  // `line` without its line break. Makes the folder when it is missing. Where cutting the file down fails it grows on:
+  // losing the line would be worse than the size. Nobody else may append meanwhile.
   [[nodiscard]] Status append(Files& files, const std::filesystem::path& path, std::string_view line, mode_t mode);
 
  private:

@@ -31,14 +31,13 @@ Status ReceiptManager::append(const PatchingReceipt& receipt) {
 }
 
 Receipts ReceiptManager::read(const Label* only) const {
-  const auto text = files_.read(file_);
+  const auto text = readNewestLines(files_, file_);
   if (!text) {
     if (files_.exists(file_)) tellDamaged(0, text.error().text);
     return {};
   }
   auto receipts =
       parseReceipts(*text, only, [this](std::size_t line, std::string_view reason) { tellDamaged(line, reason); });
-  std::ranges::reverse(receipts);
   if (!std::ranges::is_sorted(receipts, std::greater{}, &PatchingReceipt::timestamp))
     std::ranges::stable_sort(receipts, std::greater{}, &PatchingReceipt::timestamp);
   return receipts;

@@ -2,10 +2,12 @@
 
 #include <simdjson.h>
 
+#include <algorithm>
+#include <cstring>
 #include <optional>
 #include <string>
 
-#include "core/history/json_lines.h"
+#include "core/history/receipt_line_scanner.h"
 
 namespace corvane {
 namespace {
@@ -62,21 +64,20 @@ bool readStaged(ondemand::value& value, Fields& fields) {
   return true;
 }
 
-// False when the field has a wrong kind. Unknown fields are passed over; so is a key written with escapes, which
-// the helper never does.
-bool readField(ondemand::raw_json_string key, ondemand::value& value, Fields& fields) {
-  if (key.unsafe_is_equal("label")) {
+// False when the field has a wrong kind. Unknown fields are passed over.
+bool readField(std::string_view key, ondemand::value& value, Fields& fields) {
+  if (key == "label") {
     const auto text = textOf(value);
     if (text) fields.receipt.label.text = *text;
     return fields.hasLabel = text.has_value();
   }
-  if (key.unsafe_is_equal("timestamp")) return readTimestamp(value, fields);
-  if (key.unsafe_is_equal("status")) return readStatus(value, fields);
-  if (key.unsafe_is_equal("version")) return readOptionalText(value, fields.receipt.version);
-  if (key.unsafe_is_equal("targetVersion")) return readOptionalText(value, fields.receipt.targetVersion);
-  if (key.unsafe_is_equal("installomatorExitCode"))
+  if (key == "timestamp") return readTimestamp(value, fields);
+  if (key == "status") return readStatus(value, fields);
+  if (key == "version") return readOptionalText(value, fields.receipt.version);
+  if (key == "targetVersion") return readOptionalText(value, fields.receipt.targetVersion);
+  if (key == "installomatorExitCode")
     return fields.hasExitCode = !value.get_int64().get(fields.receipt.installomatorExitCode);
-  if (key.unsafe_is_equal("usedStagedInstaller")) return readStaged(value, fields);
+  if (key == "usedStagedInstaller") return readStaged(value, fields);
   return true;
 }
 
@@ -93,7 +94,9 @@ class LineReader {
     for (auto result : object) {
       ondemand::field field;
       if (std::move(result).get(field)) return "it is torn or no JSON";
-      if (!readField(field.key(), field.value(), fields)) return "a field has the wrong kind";
+      std::string_view key;
+      if (field.unescaped_key().get(key)) return "it is torn or no JSON";
+      if (!readField(key, field.value(), fields)) return "a field has the wrong kind";
       if (only && fields.hasLabel && fields.receipt.label != *only) {
         wanted = false;
         return {};
@@ -123,25 +126,40 @@ class LineReader {
   std::string copy_;
 };
 
+// The text loses that line and its line break.
+std::string_view takeLastLine(std::string_view& text) {
+  const auto* const found = static_cast<const char*>(::memrchr(text.data(), '\n', text.size()));
+  const auto start = found ? static_cast<std::size_t>(found + 1 - text.data()) : 0;
+  const auto line = text.substr(start);
+  text = text.substr(0, found ? start - 1 : 0);
+  return line;
+}
+
+bool isBlank(std::string_view line) { return line.find_first_not_of(" \t\r") == std::string_view::npos; }
+
 }  // namespace
 
 std::vector<PatchingReceipt> parseReceipts(std::string_view text, const Label* only,
                                            const std::function<void(std::size_t, std::string_view)>& damaged) {
   std::vector<PatchingReceipt> receipts;
-  // Growing step by step would cost more than all the parsing.
-  std::size_t lines = 0;
-  if (!only) forEachLine(text, [&lines](std::string_view, std::size_t) { ++lines; });
-  receipts.reserve(lines);
   LineReader reader(text);
-  forEachLine(text, [&](std::string_view line, std::size_t number) {
-    PatchingReceipt receipt;
-    bool wanted = false;
-    const auto trouble = reader.read(line, only, receipt, wanted);
-    if (!trouble.empty())
-      damaged(number, trouble);
-    else if (wanted)
-      receipts.push_back(std::move(receipt));
-  });
+  auto number = static_cast<std::size_t>(std::ranges::count(text, '\n')) + 1;
+  // Growing step by step would cost more than all the parsing.
+  if (!only) receipts.reserve(number);
+  for (; number > 0; --number) {
+    const auto line = takeLastLine(text);
+    if (isBlank(line)) continue;
+    auto& receipt = receipts.emplace_back();
+    auto scanned = scanReceiptLine(line, only, receipt);
+    if (scanned == ScannedLine::notRecognised) {
+      receipt = {};
+      bool wanted = false;
+      const auto trouble = reader.read(line, only, receipt, wanted);
+      if (!trouble.empty()) damaged(number, trouble);
+      if (trouble.empty() && wanted) scanned = ScannedLine::receipt;
+    }
+    if (scanned != ScannedLine::receipt) receipts.pop_back();
+  }
   return receipts;
 }
 

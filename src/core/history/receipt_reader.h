@@ -10,8 +10,9 @@
 
 namespace corvane {
 
-// In the file's order. Lines that are no whole receipt are left out and told to `damaged(line, reason)`. With
-// `only`, just that label's receipts; lines of other labels are then not looked at further.
+// The last line first, since receipts are appended as they happen and wanted newest first. Lines that are no whole
+// receipt are left out and told to `damaged(line, reason)`. With `only`, just that label's receipts; lines of other
+// labels are then not looked at further.
 [[nodiscard]] std::vector<PatchingReceipt> parseReceipts(
     std::string_view text, const Label* only, const std::function<void(std::size_t, std::string_view)>& damaged);
 

@@ -1,4 +1,4 @@
-// Log files read back, for viewers. Nothing is written here.
+// The form of messages in log files, and log files read back for viewers. Touches no file.
 #pragma once
 
 #include <filesystem>
@@ -20,8 +20,12 @@ struct ParsedLogRecord {
 using LogRecords = std::vector<ParsedLogRecord>;
 
 struct LogRecordCodec {
-  // One record a line of the log's form. Any other line belongs to the record before it, with its line break;
-  // what stands before the first record is left out.
+  // A message as it stands in its line: control bytes as \n, \r, \t or \x1b, a backslash as \\, so that what a
+  // vendor's page or a file name says can neither begin a line of its own nor steer the terminal it is read in.
+  [[nodiscard]] static std::string escaped(std::string_view message);
+
+  // One record a line of the log's form, its message as it was before it was escaped. Any other line belongs to the
+  // record before it, with its line break; what stands before the first record is left out.
   [[nodiscard]] static LogRecords parse(std::string_view contents);
 };
 

@@ -4,6 +4,8 @@
 
 #include <utility>
 
+#include "core/logging/log_record_codec.h"
+
 namespace corvane {
 namespace {
 
@@ -23,20 +25,6 @@ std::string_view levelText(LogLevel level) {
   std::unreachable();
 }
 
-std::string withoutLineBreaks(std::string_view message) {
-  std::string text;
-  text.reserve(message.size());
-  for (const char c : message) {
-    if (c == '\n')
-      text += "\\n";
-    else if (c == '\r')
-      text += "\\r";
-    else
-      text += c;
-  }
-  return text;
-}
-
 std::filesystem::path archived(const std::filesystem::path& folder, const std::filesystem::path& log, int number) {
   return folder / (log.stem().string() + "." + std::to_string(number) + log.extension().string());
 }
@@ -50,7 +38,7 @@ LoggingService::LoggingService(LogPaths paths, LogRole role, Files& files, const
 void LoggingService::write(LogLevel level, std::string_view message) {
   if (level == LogLevel::verbose && !verbose_) return;
   const auto stamp = calendar_().iso8601(clock_.now(), true);
-  const auto line = fmt::format("{} [{}] {}\n", stamp, levelText(level), withoutLineBreaks(message));
+  const auto line = fmt::format("{} [{}] {}\n", stamp, levelText(level), LogRecordCodec::escaped(message));
   const std::lock_guard lock(mutex_);
   put(line);
 }
@@ -80,6 +68,8 @@ void LoggingService::put(std::string_view line) const {
 bool LoggingService::appendTo(const std::filesystem::path& path, std::string_view line) const {
   if (files_.append(path, line, kLogMode)) return true;
   if (files_.exists(path)) return false;
+  // The folder of the machine's log must belong to the helper, not to the first user who logs.
+  if (role_ == LogRole::user && path == paths_.system) return false;
   return files_.makeFolders(path.parent_path()) && files_.append(path, line, kLogMode);
 }
 

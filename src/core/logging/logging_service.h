@@ -46,11 +46,12 @@ struct LogPaths {
   std::optional<std::filesystem::path> fallback;  // of a user who may not write the system log
 };
 
-// The helper owns the system log and rotates it; a user's process rotates only its fallback.
+// The helper owns the system log, makes its folder and rotates it; a user's process rotates only its fallback, and
+// falls back where the folder is missing.
 enum class LogRole { helper, user };
 
-// "<ISO 8601 with milliseconds and offset> [LEVEL] <message>", one line a message: line breaks in it are
-// written as \n and \r. Any thread. Where neither file can be written, lines are dropped in silence.
+// "<ISO 8601 with milliseconds and offset> [LEVEL] <message>", one line a message, escaped as LogRecordCodec tells.
+// Any thread. Where neither file can be written, lines are dropped in silence.
 class LoggingService final : public LogSink {
  public:
   // A log of this size is rotated before the next line; so many rotated files are kept.

@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <charconv>
-
 namespace corvane {
 
 namespace {
@@ -17,13 +15,15 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-// All of the text as a number of at most two digits, below `bound`.
+// All of the text as a number of one or two digits, below `bound`.
 std::optional<int> number(std::string_view text, int bound) {
   if (text.empty() || text.size() > 2) return std::nullopt;
   int value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc{} || end != text.data() + text.size() || value < 0 || value >= bound) return std::nullopt;
-  return value;
+  for (const char digit : text) {
+    if (digit < '0' || digit > '9') return std::nullopt;
+    value = value * 10 + (digit - '0');
+  }
+  return value < bound ? std::optional(value) : std::nullopt;
 }
 
 std::optional<int> minutesOf(const std::optional<std::string>& time) {

@@ -26,8 +26,8 @@ constexpr auto kActions =
                            {"tell_user_then_kill", DeferralInstallBehavior::toldToQuitOrForceQuit}});
 
 bool optionsSwitchUpdateToolOff(std::string_view options) {
-  return optionIs(options, "INSTALL", "force") || optionIs(options, "IGNORE_APP_STORE_APPS", "yes") ||
-         optionValue(options, "updateTool").has_value();
+  const auto parsed = parseInstallomatorOptions(options);
+  return parsed.forceInstall || parsed.ignoreAppStoreApps || optionValue(options, "updateTool").has_value();
 }
 
 }  // namespace

@@ -61,17 +61,22 @@ std::optional<Date> DeferralManager::hardDeadlineDate() const {
 }
 
 void DeferralManager::recordDeferral(std::int64_t minutes, DeferralEscalation /*escalation*/) {
-  count(kHardCount, getDeferralInfo().hardDeferralCount);
+  countOne(kHardCount);
   preferences_.writeNextAutoLaunch(inMinutes(clock_.now(), minutes), false, false);
 }
 
 void DeferralManager::recordAutomaticFocusDeferral(std::int64_t minutes) {
-  count(kFocusCount, getDeferralInfo().focusDeferralCount);
+  countOne(kFocusCount);
   preferences_.writeNextAutoLaunch(inMinutes(clock_.now(), minutes), true, false);
 }
 
-void DeferralManager::count(const char* key, std::int64_t soFar) {
-  if (soFar < std::numeric_limits<std::int64_t>::max()) preferences_.writePreference(key, PlistValue(soFar + 1));
+// Read inside the change: another program that counts at the same time must lose nothing. A value of no use is 0.
+void DeferralManager::countOne(const char* key) {
+  preferences_.changeUser(key, [key](PlistDict& values) {
+    auto& stored = values[key];
+    const auto soFar = std::max<std::int64_t>(stored.integer().value_or(0), 0);
+    stored = PlistValue(soFar < std::numeric_limits<std::int64_t>::max() ? soFar + 1 : soFar);
+  });
 }
 
 void DeferralManager::resetDeferralCounts() {

@@ -57,7 +57,7 @@ class DeferralManager {
   [[nodiscard]] static ResumePresentation resumePresentation(DeferralDeadlineStatus status, bool userIsInFocusMode);
 
  private:
-  void count(const char* key, std::int64_t soFar);
+  void countOne(const char* key);
 
   CorvaneConfiguration config_;
   PreferenceManager& preferences_;

@@ -38,6 +38,12 @@ struct InstallomatorExitCode {
     }
   }
 
+  // True for what another try of the same version cannot mend: a signer of another team (5), a Mac that is too old
+  // for the application (15), has the wrong processor (95) or is too old for the tool (98).
+  [[nodiscard]] static constexpr bool isFinalForVersion(std::int64_t code) {
+    return code == 5 || code == 15 || code == 95 || code == 98;
+  }
+
   // Localised. Every code has an answer: 129 and above name the signal, unknown ones the code. With a staged
   // installer the texts of download and archive faults speak of the installer that lay ready.
   [[nodiscard]] static Detail detail(std::int64_t code, bool usedStagedInstaller);

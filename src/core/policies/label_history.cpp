@@ -21,7 +21,9 @@ void lengthen(LabelFailureHistory::Record& record, const PatchingReceipt& receip
     record.targetVersion = receipt.targetVersion;
     record.lastFailureAt = receipt.timestamp;
   }
-  if (record.count == LabelFailureHistory::kFailuresBeforeHold) record.holdingFailureAt = receipt.timestamp;
+  const bool suffices = record.count == LabelFailureHistory::kFailuresBeforeHold ||
+                        InstallomatorExitCode::isFinalForVersion(receipt.installomatorExitCode);
+  if (suffices && !record.holdingFailureAt) record.holdingFailureAt = receipt.timestamp;
 }
 
 }  // namespace
@@ -64,7 +66,8 @@ LabelInstallHistory::History LabelInstallHistory::installHistory(std::span<const
 
 bool LabelInstallHistory::isForcedReinstallPending(const AppInfo& app, const CorvaneConfiguration& config,
                                                    const History& history, std::optional<Date> cycleStart) {
-  if (!cycleStart || !app.isInstalled() || !optionIs(config.installomatorOptions, "INSTALL", "force")) return false;
+  if (!cycleStart || !app.isInstalled() || !parseInstallomatorOptions(config.installomatorOptions).forceInstall)
+    return false;
   const auto found = history.find(app.label);
   return found == history.end() || found->second < *cycleStart;
 }

@@ -26,7 +26,8 @@ struct LabelFailureHistory {
     std::int64_t count = 0;
     std::optional<std::string> targetVersion;
     Date lastFailureAt{};
-    // The failure that is the third from the end of the row; absent while the row is shorter.
+    // The newest failure that suffices for a hold: the third from the end of the row, or a later one whose code is
+    // final for the version. Absent while there is none.
     std::optional<Date> holdingFailureAt;
 
     friend bool operator==(const Record&, const Record&) = default;
@@ -38,9 +39,10 @@ struct LabelFailureHistory {
   // count (see InstallomatorExitCode) neither lengthen a row nor end it.
   [[nodiscard]] static Records failureRecords(std::span<const PatchingReceipt> receipts);
 
-  // True when three counted failures in a row for this target version lie at or behind `cycleStart`. No
-  // cycle start means that every failure counts. An unknown `targetVersion` keeps a hold, since no newer
-  // version is known; a known one lifts the hold of failures whose target was not known.
+  // True when three counted failures in a row for this target version, or a single one whose code is final for the
+  // version (see InstallomatorExitCode), lie at or behind `cycleStart`. No cycle start means that every failure counts.
+  // An unknown `targetVersion` keeps a hold, since no newer version is known; a known one lifts the hold of failures
+  // whose target was not known.
   [[nodiscard]] static bool isHeld(const Label& label, const std::optional<std::string>& targetVersion,
                                    std::optional<Date> cycleStart, const Records& records);
 };

@@ -1,13 +1,14 @@
 #include "core/policies/login_session.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace corvane {
 
-std::optional<Date> LoginSession::consoleLoginTime(std::string_view user, std::span<const LoginSession> sessions) {
+std::optional<Date> LoginSession::consoleLoginTime(std::string_view user, const ConsoleSessions& console) {
   std::optional<Date> latest;
-  for (const auto& session : sessions)
-    if (session.atConsole && session.user == user) latest = std::max(latest, std::optional(session.loggedInAt));
+  for (const auto& session : console.sessions().value_or(std::vector<ConsoleSession>()))
+    if (session.user == user) latest = std::max(latest, session.loggedInAt);
   return latest;
 }
 

@@ -1,23 +1,18 @@
-// Sessions at the machine's own screen, as values; a port tells of them.
+// When the user's session at the machine's own screen began.
 #pragma once
 
 #include <optional>
-#include <span>
-#include <string>
 #include <string_view>
 
 #include "base/date.h"
+#include "platform/console_session.h"
 
 namespace corvane {
 
 struct LoginSession {
-  std::string user;
-  Date loggedInAt{};
-  bool atConsole = false;
-
-  // When the user's console session began; the latest when there are several. Absent without one.
-  [[nodiscard]] static std::optional<Date> consoleLoginTime(std::string_view user,
-                                                            std::span<const LoginSession> sessions);
+  // The login time of the user's console session, the latest when there are several. Absent without one, and while
+  // the sessions or their times are not known yet. Main thread.
+  [[nodiscard]] static std::optional<Date> consoleLoginTime(std::string_view user, const ConsoleSessions& console);
 };
 
 }  // namespace corvane

@@ -73,16 +73,4 @@ bool SelfUpdateVersionCheck::needsUpdate(const RunningVersions& running,
   return version && VersionComparator::hasUpdate(version, std::nullopt, availableVersion, method);
 }
 
-bool SelfUpdateVersionDisplay::isBuildNumber(std::string_view version) {
-  return !version.empty() && std::ranges::all_of(version, isDigit);
-}
-
-std::optional<std::string> SelfUpdateVersionDisplay::combined(const std::optional<std::string>& shortVersion,
-                                                              const std::optional<std::string>& build) {
-  const auto version = known(shortVersion);
-  const auto number = known(build);
-  if (!version || !number || version == number) return version ? version : number;
-  return *version + " (" + *number + ")";
-}
-
 }  // namespace corvane

@@ -44,13 +44,4 @@ struct SelfUpdateVersionCheck {
                                         const std::optional<std::string>& versionKey, VersionComparisonMethod method);
 };
 
-struct SelfUpdateVersionDisplay {
-  // Digits and nothing else.
-  [[nodiscard]] static bool isBuildNumber(std::string_view version);
-
-  // "4.2 (1234)"; the one that is known when the other is absent or the same, and absent for none.
-  [[nodiscard]] static std::optional<std::string> combined(const std::optional<std::string>& shortVersion,
-                                                           const std::optional<std::string>& build);
-};
-
 }  // namespace corvane

@@ -88,6 +88,7 @@ struct CorvaneConfiguration {
   bool workflowUpdateAllErrorCompletesPatching = defaultFlag("WorkflowUpdateAllErrorCompletesPatching");
   bool selfUpdateEnabled = defaultFlag("SelfUpdateEnabled");
   Label selfUpdateLabel{std::string(defaultText("SelfUpdateLabel"))};
+  std::string selfUpdateReleaseListURL{defaultText("SelfUpdateReleaseListURL")};
   SelfUpdateFrequency selfUpdateFrequency = defaultCase<SelfUpdateFrequency>("SelfUpdateFrequency");
   bool autoResetHelperOnLaunch = defaultFlag("AutoResetHelperOnLaunch");
 

@@ -59,7 +59,8 @@ enum class ManagedGroup {
 using SettingDefault =
     std::variant<std::monostate, bool, std::int64_t, std::string_view, std::span<const std::int64_t>>;
 
-// Inclusive. A number outside counts as absent, so the default applies; it is told to the log once.
+// Inclusive. A number outside counts as absent, so the default applies; outside it in a list, it is left out, also
+// where none is left then. Either is told to the log once.
 struct SettingRange {
   std::int64_t least = std::numeric_limits<std::int64_t>::min();
   std::int64_t most = std::numeric_limits<std::int64_t>::max();

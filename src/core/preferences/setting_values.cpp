@@ -46,10 +46,14 @@ std::optional<PlistValue> textList(const PlistValue& value, std::string_view sep
   return texts;
 }
 
-std::optional<PlistValue> integerList(const PlistValue& value) {
+std::optional<PlistValue> integerList(const Setting& setting, const PlistValue& value) {
   if (!value.array()) return std::nullopt;
   const auto whole = [](const PlistValue& item) { return item.integer().has_value(); };
-  return std::ranges::all_of(*value.array(), whole) ? std::optional(value) : std::nullopt;
+  if (!std::ranges::all_of(*value.array(), whole)) return std::nullopt;
+  PlistArray within;
+  std::ranges::copy_if(*value.array(), std::back_inserter(within),
+                       [&](const PlistValue& item) { return setting.range.contains(*item.integer()); });
+  return within;
 }
 
 std::optional<PlistValue> integerWithin(const Setting& setting, const PlistValue& value) {
@@ -95,6 +99,10 @@ std::optional<PlistValue> usable(const Setting& setting, std::string_view key, c
     note(problems, key,
          "The " + std::string(domainName) + " value of " + std::string(key) +
              " has a wrong type or is out of range and is ignored.");
+  if (value && setting.type == SettingType::integerList && value->array()->size() < found->second.array()->size())
+    note(problems, key,
+         "The " + std::string(domainName) + " value of " + std::string(key) +
+             " holds numbers that are out of range; they are left out.");
   return value;
 }
 
@@ -136,7 +144,7 @@ std::optional<PlistValue> canonical(const Setting& setting, const PlistValue& va
     case SettingType::pathList:
       return textList(value, kLineBreaks);
     case SettingType::integerList:
-      return integerList(value);
+      return integerList(setting, value);
     case SettingType::dictionary:
       return value.dict() ? std::optional(value) : std::nullopt;
     case SettingType::date:

@@ -33,9 +33,9 @@ using Labels = std::vector<Label>;
 // A value; a merged check result is a new AppInfo with all fields passed through.
 struct AppInfo {
   Label label;
-  std::string name;                            // the label's `name`
-  std::optional<std::string> appName;          // bundle name as installed, "Quill.app"
-  std::optional<std::string> packageID;        // installer package identifier of the label
+  std::string name;                      // the label's `name`
+  std::optional<std::string> appName;    // bundle name as installed, "Quill.app"
+  std::optional<std::string> packageID;  // installer package identifier of the label
   std::optional<std::string> expectedTeamID;
   std::optional<std::string> bundleTeamID;
   bool teamIDMismatch = false;
@@ -55,8 +55,6 @@ struct AppInfo {
   [[nodiscard]] std::optional<std::string> displayNewVersion() const { return newVersion; }
   // A bundle path or an installed version (package receipts have no bundle) is known.
   [[nodiscard]] bool isInstalled() const;
-  // The bundle itself: the icon's file is resolved from it when a row is drawn.
-  [[nodiscard]] std::optional<std::string> iconPath() const { return appPath; }
 
   friend bool operator==(const AppInfo&, const AppInfo&) = default;
 };

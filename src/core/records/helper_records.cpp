@@ -65,7 +65,9 @@ Result<ScheduledDiscoverySummary> discoveryFromJson(const JsonValue& value) {
 }  // namespace
 
 bool HelperPatchState::isBackgroundPassActive(Date now, Duration staleAfter) const {
-  return currentRun && now - currentRun->startedAt < staleAfter;
+  if (!currentRun) return false;
+  const auto age = now - currentRun->startedAt;
+  return -staleAfter < age && age < staleAfter;
 }
 
 JsonValue toJson(const HelperPatchState& state) {

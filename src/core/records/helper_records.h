@@ -30,8 +30,8 @@ struct StatusInfo {
 
 // What a patch run answered.
 struct PatchRunAnswer {
-  bool success = false;       // every label ended installed or current
-  std::string message;        // the helper's summary, naming labels
+  bool success = false;  // every label ended installed or current
+  std::string message;   // the helper's summary, naming labels
   std::int64_t installedCount = 0;
   friend bool operator==(const PatchRunAnswer&, const PatchRunAnswer&) = default;
 };
@@ -71,7 +71,8 @@ struct HelperPatchState {
   std::optional<HelperBackgroundCurrentRun> currentRun;
   std::optional<ScheduledDiscoverySummary> lastScheduledDiscoverySummary;
 
-  // A current run exists and is younger than `staleAfter`.
+  // A current run exists and began less than `staleAfter` before now. One that begins as far ahead of now is of a
+  // clock that was set back since, and counts as over.
   [[nodiscard]] bool isBackgroundPassActive(Date now, Duration staleAfter) const;
   friend bool operator==(const HelperPatchState&, const HelperPatchState&) = default;
 };

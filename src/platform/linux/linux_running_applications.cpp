@@ -19,7 +19,7 @@ namespace {
 constexpr std::size_t kInfoLimit = 4U << 20U;  // an Info.plist is some kilobytes; what is larger is not read
 
 std::optional<pid_t> processNumber(const std::filesystem::path& folder) {
-  const auto& name = folder.filename().native();
+  const auto name = folder.filename().string();
   pid_t pid = 0;
   const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), pid);
   if (error != std::errc() || end != name.data() + name.size()) return std::nullopt;

@@ -9,6 +9,7 @@
 #include "base/atomic_file.h"
 #include "base/json.h"
 #include "platform/posix/process_stamp.h"
+#include "platform/posix/socket_peer.h"
 
 namespace corvane {
 
@@ -18,8 +19,11 @@ constexpr Duration kStopCheckInterval = 100ms;
 
 }  // namespace
 
-ChildHelperRegistration::ChildHelperRegistration(MainQueue& main, DetachedProgram helper, std::filesystem::path record)
-    : main_(main), helper_(std::move(helper)), record_(std::move(record)) {}
+bool ChildHelperRegistration::Process::runs() const { return pid > 1 && processStamp(pid) == stamp; }
+
+ChildHelperRegistration::ChildHelperRegistration(MainQueue& main, DetachedProgram helper, Paths paths,
+                                                 std::function<void(std::string_view)> log, Duration stopLimit)
+    : main_(main), helper_(std::move(helper)), paths_(std::move(paths)), log_(std::move(log)), stopLimit_(stopLimit) {}
 
 ChildHelperRegistration::~ChildHelperRegistration() {
   for (auto& done : waiting_) done.abandon();
@@ -27,80 +31,98 @@ ChildHelperRegistration::~ChildHelperRegistration() {
 
 HelperStatus ChildHelperRegistration::status() const {
   if (::access(helper_.executable.c_str(), X_OK) != 0) return HelperStatus::notFound;
-  return ::access(record_.c_str(), F_OK) == 0 ? HelperStatus::enabled : HelperStatus::notRegistered;
+  return ::access(paths_.record.c_str(), F_OK) == 0 ? HelperStatus::enabled : HelperStatus::notRegistered;
 }
 
-Status ChildHelperRegistration::registerDaemon() {
-  if (runningPid()) return {};
-  return startAndRecord();
+Status ChildHelperRegistration::registerDaemon() { return runAndRecord(); }
+
+Status ChildHelperRegistration::runAndRecord() {
+  const auto process = running();
+  if (!process) return start();
+  return readRecord().damaged ? writeRecord(*process) : Status();
 }
 
-Status ChildHelperRegistration::startAndRecord() {
+Status ChildHelperRegistration::start() {
   const auto pid = startDetached(helper_);
   if (!pid) return std::unexpected(pid.error());
-  JsonObject record{{"version", 1}, {"pid", static_cast<std::int64_t>(*pid)}};
   // A helper that has ended already is recorded all the same: registered and not running.
-  record.set("stamp", processStamp(*pid).value_or(""));
-  std::error_code ignored;  // the write tells what is wrong
-  std::filesystem::create_directories(record_.parent_path(), ignored);
-  auto written = writeFileAtomically(record_, writeJson(record), 0644);
+  auto written = writeRecord({.pid = *pid, .stamp = processStamp(*pid).value_or("")});
   // A helper that nobody could find again must not stay behind.
   if (!written) ::kill(*pid, SIGTERM);
   return written;
 }
 
-std::optional<ChildHelperRegistration::Record> ChildHelperRegistration::readRecord() const {
-  const auto bytes = readFile(record_);
-  if (!bytes) return std::nullopt;
-  const auto json = parseJson(*bytes);
-  if (!json) return std::nullopt;
-  const auto* pid = json->find("pid");
-  const auto* stamp = json->find("stamp");
-  if (pid == nullptr || stamp == nullptr || !pid->integer() || !stamp->string()) return std::nullopt;
-  return Record{.pid = static_cast<pid_t>(*pid->integer()), .stamp = std::string(*stamp->string())};
+Status ChildHelperRegistration::writeRecord(const Process& process) {
+  const JsonObject record{{"version", 1}, {"pid", static_cast<std::int64_t>(process.pid)}, {"stamp", process.stamp}};
+  std::error_code ignored;  // the write tells what is wrong
+  std::filesystem::create_directories(paths_.record.parent_path(), ignored);
+  return writeFileAtomically(paths_.record, writeJson(record), 0644);
 }
 
-std::optional<pid_t> ChildHelperRegistration::runningPid() const {
+ChildHelperRegistration::Record ChildHelperRegistration::readRecord() const {
+  const auto bytes = readFile(paths_.record);
+  if (!bytes && bytes.error().code == ENOENT) return {};
+  const auto json = bytes ? parseJson(*bytes) : std::unexpected(bytes.error());
+  const auto* pid = json ? json->find("pid") : nullptr;
+  const auto* stamp = json ? json->find("stamp") : nullptr;
+  if (pid != nullptr && stamp != nullptr && pid->integer() && stamp->string()) {
+    toldDamage_.reset();
+    return {.process = Process{.pid = static_cast<pid_t>(*pid->integer()), .stamp = std::string(*stamp->string())}};
+  }
+  tellDamaged(bytes.value_or(""));
+  return {.damaged = true};
+}
+
+void ChildHelperRegistration::tellDamaged(const std::string& bytes) const {
+  if (toldDamage_ == bytes) return;
+  toldDamage_ = bytes;
+  if (log_)
+    log_("The record of the helper, " + paths_.record.string() + ", is damaged; the helper is looked for at " +
+         paths_.socket.string());
+}
+
+std::optional<ChildHelperRegistration::Process> ChildHelperRegistration::running() const {
   const auto record = readRecord();
-  if (!record || record->pid <= 1 || processStamp(record->pid) != record->stamp) return std::nullopt;
-  return record->pid;
+  if (record.process && record.process->runs()) return record.process;
+  const auto pid = record.damaged ? listeningProcess(paths_.socket) : std::nullopt;
+  const auto stamp = pid ? processStamp(*pid) : std::nullopt;
+  if (!stamp) return std::nullopt;
+  return Process{.pid = *pid, .stamp = *stamp};
 }
 
 std::optional<std::int32_t> ChildHelperRegistration::kickstart() {
   if (status() == HelperStatus::notRegistered || status() == HelperStatus::notFound) return kDaemonNotLoaded;
-  if (runningPid()) return 0;
-  const auto started = startAndRecord();
-  return started ? 0 : started.error().code;
+  const auto runs = runAndRecord();
+  return runs ? 0 : runs.error().code;
 }
 
-std::optional<std::int32_t> ChildHelperRegistration::printExitCode() const {
-  return runningPid() ? 0 : kDaemonNotLoaded;
-}
+std::optional<std::int32_t> ChildHelperRegistration::printExitCode() const { return running() ? 0 : kDaemonNotLoaded; }
 
 void ChildHelperRegistration::unregisterDaemon(Completion<Status> done) {
   waiting_.push_back(std::move(done));
   if (waiting_.size() > 1) return;
-  if (const auto pid = runningPid()) ::kill(*pid, SIGTERM);
-  checksLeft_ = static_cast<int>(kHelperStopLimit / kStopCheckInterval);
+  // Kept, since the way by which the helper was found closes before it has gone.
+  ending_ = running();
+  if (ending_) ::kill(ending_->pid, SIGTERM);
+  checksLeft_ = static_cast<int>(stopLimit_ / kStopCheckInterval);
   nextCheck_ = main_.after(Duration::zero(), [this] { checkStopped(); });
 }
 
 void ChildHelperRegistration::checkStopped() {
-  const auto pid = runningPid();
-  if (!pid) return finishUnregister();
+  if (!ending_ || !ending_->runs()) return finishUnregister();
   // A forced process is gone after a few checks more, unless the kernel itself holds it.
-  if (checksLeft_ == 0) ::kill(*pid, SIGKILL);
+  if (checksLeft_ == 0) ::kill(ending_->pid, SIGKILL);
   if (checksLeft_-- < -static_cast<int>(1s / kStopCheckInterval)) return finishUnregister();
   nextCheck_ = main_.after(kStopCheckInterval, [this] { checkStopped(); });
 }
 
 void ChildHelperRegistration::finishUnregister() {
   Status result;
-  if (const auto pid = runningPid())
-    result =
-        failure("CRVHelperRegistration", ETIMEDOUT, "the helper does not end (process " + std::to_string(*pid) + ")");
-  else if (::unlink(record_.c_str()) != 0 && errno != ENOENT)
-    result = std::unexpected(fileError("removing", record_, errno));
+  if (ending_ && ending_->runs())
+    result = failure("CRVHelperRegistration", ETIMEDOUT,
+                     "the helper does not end (process " + std::to_string(ending_->pid) + ")");
+  else if (::unlink(paths_.record.c_str()) != 0 && errno != ENOENT)
+    result = std::unexpected(fileError("removing", paths_.record, errno));
   for (auto& done : std::exchange(waiting_, {})) done(result);
 }
 

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 
@@ -29,16 +30,45 @@ Status writeOnce(int descriptor, std::string_view bytes, const std::filesystem::
   return {};
 }
 
+Result<std::string> endOf(int descriptor, const std::filesystem::path& path, std::size_t limit) {
+  struct stat info {};
+  if (::fstat(descriptor, &info) != 0) return failed("reading", path, errno);
+  if (!S_ISREG(info.st_mode)) return failed("reading", path, S_ISDIR(info.st_mode) ? EISDIR : EINVAL);
+  const auto size = static_cast<std::size_t>(info.st_size);
+  std::string bytes(std::min(size, limit), '\0');
+  std::size_t length = 0;
+  while (length < bytes.size()) {
+    const auto place = static_cast<off_t>(size - bytes.size() + length);
+    const auto got = ::pread(descriptor, bytes.data() + length, bytes.size() - length, place);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) return failed("reading", path, errno);
+    if (got == 0) break;  // cut off meanwhile
+    length += static_cast<std::size_t>(got);
+  }
+  bytes.resize(length);
+  return bytes;
+}
+
 }  // namespace
 
 Result<std::string> PosixFiles::read(const std::filesystem::path& path) const { return readFile(path); }
+
+Result<std::string> PosixFiles::readEnd(const std::filesystem::path& path, std::size_t limit) const {
+  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (descriptor < 0) return failed("reading", path, errno);
+  auto bytes = endOf(descriptor, path, limit);
+  ::close(descriptor);
+  return bytes;
+}
 
 Status PosixFiles::replace(const std::filesystem::path& path, std::string_view bytes, mode_t mode) {
   return writeFileAtomically(path, bytes, mode);
 }
 
 Status PosixFiles::append(const std::filesystem::path& path, std::string_view bytes, mode_t mode) {
-  const int descriptor = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, mode);
+  // Several users may add files to the folder: a link or a pipe that lies in wait there gets nothing.
+  constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+  const int descriptor = ::open(path.c_str(), kFlags, mode);
   if (descriptor < 0) return failed("opening", path, errno);
   auto status = writeOnce(descriptor, bytes, path);
   ::close(descriptor);

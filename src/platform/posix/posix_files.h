@@ -9,6 +9,7 @@ namespace corvane {
 class PosixFiles final : public Files {
  public:
   [[nodiscard]] Result<std::string> read(const std::filesystem::path& path) const override;
+  [[nodiscard]] Result<std::string> readEnd(const std::filesystem::path& path, std::size_t limit) const override;
   [[nodiscard]] Status replace(const std::filesystem::path& path, std::string_view bytes, mode_t mode) override;
   [[nodiscard]] Status append(const std::filesystem::path& path, std::string_view bytes, mode_t mode) override;
   [[nodiscard]] Status sync(const std::filesystem::path& path) override;

@@ -144,11 +144,12 @@ Status PosixPreferenceDomains::changeUser(const std::function<void(PlistDict&)>&
 }
 
 Status PosixPreferenceDomains::replaceUser(const Loaded& old, PlistDict values) {
+  const auto bytes = writePlist(PlistValue(values), old.format);
+  if (!bytes) return std::unexpected(bytes.error().within("Could not write " + user_.path.string()));
   const auto mode = modeOf(user_.path);
   if (old.damaged)
     if (auto aside = setAside(user_.path); !aside) return aside;
-  const auto bytes = writePlist(PlistValue(values), old.format);
-  if (auto written = writeFileAtomically(user_.path, bytes, mode); !written) return written;
+  if (auto written = writeFileAtomically(user_.path, *bytes, mode); !written) return written;
 
   const std::lock_guard guard(mutex_);
   user_.snapshot = {std::make_shared<const PlistDict>(std::move(values)), nextVersion_++};

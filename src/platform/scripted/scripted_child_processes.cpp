@@ -18,23 +18,29 @@ class ScriptedChildProcesses::Child final : public ChildHandle, public std::enab
 
   void start(std::optional<Duration> timeLimit) {
     const bool late = timeLimit && script_.exit && *timeLimit < script_.takes;
-    end_ = owner_.main_.after(late ? *timeLimit : script_.takes, [this, late] { late ? endBySignal(SIGTERM) : end(); });
+    end_ = owner_.main_.after(late ? *timeLimit : script_.takes,
+                              [this, late] { late ? endBySignal(SIGTERM, true) : end(); });
   }
 
   [[nodiscard]] pid_t pid() const override { return number_; }
-  void kill() override {
-    if (!done_) return;
-    end_ = owner_.main_.after(Duration::zero(), [this] { endBySignal(SIGKILL); });
+  void terminate() override {
+    if (script_.heedsTerminate) endSoon(SIGTERM);
   }
+  void kill() override { endSoon(SIGKILL); }
   void letGo() {
     end_.release();
     done_.abandon();
   }
 
  private:
-  void endBySignal(int signal) {
-    script_.exit = ChildExit{.code = 128 + signal, .timedOut = signal == SIGTERM};
-    script_.lines.clear();
+  void endSoon(int signal) {
+    if (!done_) return;
+    end_ = owner_.main_.after(Duration::zero(), [this, signal] { endBySignal(signal, false); });
+  }
+
+  void endBySignal(int signal, bool timedOut) {
+    script_.exit = ChildExit{.code = 128 + signal, .timedOut = timedOut};
+    if (!timedOut) script_.lines.clear();
     end();
   }
 

@@ -15,6 +15,7 @@ struct ScriptedChild {
   Result<ChildExit> exit = ChildExit{};
   std::vector<std::string> lines = {};  // told one after the other before the end, in one turn
   Duration takes = Duration::zero();
+  bool heedsTerminate = true;
 };
 
 class ScriptedChildProcesses final : public ChildProcesses {

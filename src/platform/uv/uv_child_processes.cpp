@@ -32,9 +32,10 @@ Error startError(const std::string& executable, int uvCode) {
 // One child and its handles. It keeps itself alive until libuv has given up the last of them.
 class UvChildProcesses::Child : public std::enable_shared_from_this<Child> {
  public:
-  Child(MainQueue& main, std::shared_ptr<Children> siblings, ChildSpec spec,
+  Child(MainQueue& main, ChildLimits limits, std::shared_ptr<Children> siblings, ChildSpec spec,
         std::function<void(std::string_view)> onLine, Completion<Result<ChildExit>> done)
       : main_(main),
+        limits_(limits),
         siblings_(std::move(siblings)),
         spec_(std::move(spec)),
         onLine_(std::move(onLine)),
@@ -88,6 +89,7 @@ class UvChildProcesses::Child : public std::enable_shared_from_this<Child> {
   }
 
   MainQueue& main_;
+  ChildLimits limits_;
   std::shared_ptr<Children> siblings_;
   ChildSpec spec_;
   std::function<void(std::string_view)> onLine_;
@@ -189,7 +191,7 @@ void UvChildProcesses::Child::armTimeLimit() {
   timeLimit_ = main_.after(*spec_.timeLimit, [this] {
     exit_.timedOut = true;
     signalGroup(SIGTERM);
-    timeLimit_ = main_.after(kChildKillDelay, [this] { signalGroup(SIGKILL); });
+    timeLimit_ = main_.after(limits_.killDelay, [this] { signalGroup(SIGKILL); });
   });
 }
 
@@ -205,8 +207,9 @@ void UvChildProcesses::Child::exited(std::int64_t code, int signal) {
   exit_.code = signal != 0 ? 128 + signal : static_cast<int>(code);
   exited_ = true;
   processOpen_ = false;
+  if (spec_.endsGroup) signalGroup(SIGKILL);
   close(process_);
-  streamLimit_ = main_.after(kChildStreamLimit, [this] {
+  streamLimit_ = main_.after(limits_.streamLimit, [this] {
     closeStreams();
     finishWhenAllEnded();
   });
@@ -275,8 +278,8 @@ void UvChildProcesses::Child::letGo() {
   if (std::exchange(processOpen_, false)) close(process_);
 }
 
-UvChildProcesses::UvChildProcesses(uv_loop_s* loop, MainQueue& main)
-    : loop_(loop), main_(main), children_(std::make_shared<Children>()) {}
+UvChildProcesses::UvChildProcesses(uv_loop_s* loop, MainQueue& main, ChildLimits limits)
+    : loop_(loop), main_(main), limits_(limits), children_(std::make_shared<Children>()) {}
 
 UvChildProcesses::~UvChildProcesses() {
   for (auto* child : Children(*children_)) child->letGo();
@@ -287,13 +290,17 @@ std::shared_ptr<ChildHandle> UvChildProcesses::start(ChildSpec spec, std::functi
   struct Handle final : ChildHandle {
     explicit Handle(const std::shared_ptr<Child>& started) : number(started->pid()), child(started) {}
     [[nodiscard]] pid_t pid() const override { return number; }
+    void terminate() override {
+      if (const auto live = child.lock()) live->signalGroup(SIGTERM);
+    }
     void kill() override {
       if (const auto live = child.lock()) live->signalGroup(SIGKILL);
     }
     pid_t number;
     std::weak_ptr<Child> child;
   };
-  const auto child = std::make_shared<Child>(main_, children_, std::move(spec), std::move(onLine), std::move(done));
+  const auto child =
+      std::make_shared<Child>(main_, limits_, children_, std::move(spec), std::move(onLine), std::move(done));
   child->start(loop_);
   return std::make_shared<Handle>(child);
 }

@@ -16,6 +16,11 @@ constexpr Duration kChildStreamLimit = 2s;           // how long streams may sta
                                                      // that it left behind can hold them for ever
 constexpr std::size_t kChildLineLimit = 64U << 10U;  // longer lines reach `onLine` in pieces of this size
 
+struct ChildLimits {
+  Duration killDelay = kChildKillDelay;
+  Duration streamLimit = kChildStreamLimit;
+};
+
 // Children get /dev/null as their input and real pipes as their output, so that scripts may reopen them by
 // name. Failures to start are in the domain "CRVChildProcess" with errno as code. When this object dies, what
 // still runs goes on, unwatched, and completions that are due are given up; the loop must outlive it.
@@ -23,7 +28,7 @@ class UvChildProcesses final : public ChildProcesses {
  public:
   static constexpr const char* errorDomain = "CRVChildProcess";
 
-  UvChildProcesses(uv_loop_s* loop, MainQueue& main);
+  UvChildProcesses(uv_loop_s* loop, MainQueue& main, ChildLimits limits = {});
   ~UvChildProcesses() override;
   UvChildProcesses(const UvChildProcesses&) = delete;
   UvChildProcesses& operator=(const UvChildProcesses&) = delete;
@@ -37,6 +42,7 @@ class UvChildProcesses final : public ChildProcesses {
 
   uv_loop_s* loop_;
   MainQueue& main_;
+  ChildLimits limits_;
   std::shared_ptr<Children> children_;  // those whose handles are open
 };
 

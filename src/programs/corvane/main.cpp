@@ -51,7 +51,27 @@ std::string configuredTitle(const CorvaneConstants& places) {
   return AppDisplayTitle(Services(machine.ports()).preferences.loadConfiguration()).current();
 }
 
-int launch(const LaunchArguments& arguments, UserMachine& machine) {
+// Whether a window could open. The toolkit would end the process where none can, without a word to act on.
+bool displayAtHand() {
+  const auto set = [](const char* name) {
+    const char* value = std::getenv(name);
+    return value != nullptr && *value != '\0';
+  };
+  if (set("QT_QPA_PLATFORM") || set("WAYLAND_DISPLAY")) return true;
+  if (!set("DISPLAY")) return false;
+  void* library = dlopen("libxcb.so.1", RTLD_NOW | RTLD_LOCAL);
+  if (library == nullptr) return false;
+  const auto connect = reinterpret_cast<void* (*)(const char*, int*)>(dlsym(library, "xcb_connect"));
+  const auto hasError = reinterpret_cast<int (*)(void*)>(dlsym(library, "xcb_connection_has_error"));
+  const auto disconnect = reinterpret_cast<void (*)(void*)>(dlsym(library, "xcb_disconnect"));
+  if (connect == nullptr || hasError == nullptr || disconnect == nullptr) return false;
+  void* connection = connect(nullptr, nullptr);
+  const bool there = hasError(connection) == 0;
+  disconnect(connection);
+  return there;
+}
+
+int launch(UserMachine& machine) {
   const auto environment = processEnvironment();
   const bool byAgent = GUIInstancePolicy::launchedByAgent(environment);
   unsetenv(std::string(GUIInstancePolicy::agentVariable).c_str());
@@ -65,8 +85,8 @@ int launch(const LaunchArguments& arguments, UserMachine& machine) {
                        .build = machine.bundle.version(),
                        .helperStatus = services.installation.status(),
                        .silentLaunch = services.preferences.readManagedSilentLaunchEnabled(),
-                       .backgroundLaunch = arguments.backgroundLaunch,
-                       .showDashboard = !arguments.backgroundLaunch,
+                       .backgroundLaunch = false,
+                       .showDashboard = true,  // every launch opens the window
                        .uid = getuid()}));
 
   const auto watching = services.preferences.startWatching();
@@ -105,6 +125,14 @@ int main(int argc, char** argv) {
     fmt::print(stderr, "Corvane: {}\n", places.error().text);
     return 1;
   }
+  if (arguments.batchJob) {
+    fmt::print(stderr, "Corvane: {} is not part of this build.\n", *arguments.batchJob);
+    return 1;
+  }
+  if (!displayAtHand()) {
+    fmt::print(stderr, "Corvane: no display takes a window; corvanectl does the same work in a terminal.\n");
+    return 1;
+  }
   UserMachine machine(*places);
-  return launch(arguments, machine);
+  return launch(machine);
 }

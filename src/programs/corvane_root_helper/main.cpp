@@ -7,14 +7,17 @@
 #include <unistd.h>
 #include <uv.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 
+#include "base/localized.h"
 #include "base/notification_center.h"
 #include "core/history/receipt_manager.h"
 #include "core/logging/logging_service.h"
 #include "core/preferences/preference_manager.h"
+#include "core/preferences/setting_values.h"
 #include "helper/app_discoverer.h"
 #include "helper/console_preference_domains.h"
 #include "helper/console_user.h"
@@ -23,9 +26,10 @@
 #include "helper/helper_options.h"
 #include "helper/helper_service.h"
 #include "helper/patch_runner.h"
+#include "helper/root_trust.h"
 #include "helper/run_record.h"
+#include "helper/system_zone.h"
 #include "helper/version_checker.h"
-#include "platform/linux/linux_locale.h"
 #include "platform/posix/folder_ownership.h"
 #include "platform/posix/posix_files.h"
 #include "platform/posix/system_clock.h"
@@ -38,7 +42,7 @@ namespace corvane {
 namespace {
 
 // A stop that takes longer than this (a peer that does not read, a scan of a dead network volume) is cut short.
-constexpr Duration kStopLimit = 5s;
+constexpr Duration kStopLimit = kToolStopGrace + 5s;
 constexpr const char* kNobodysHome = "/var/empty";
 
 std::optional<std::string> findZsh() {
@@ -47,11 +51,12 @@ std::optional<std::string> findZsh() {
   return std::nullopt;
 }
 
-// Whom children run as that only look: nobody, when there is a choice.
-std::optional<std::pair<uid_t, gid_t>> unprivilegedAccount() {
+// Whom children run as that only look. Root itself never looks: without an account that has no rights nothing is.
+Result<std::optional<std::pair<uid_t, gid_t>>> unprivilegedAccount() {
   if (geteuid() != 0) return std::nullopt;
   const auto* nobody = getpwnam("nobody");
-  if (!nobody) return std::nullopt;
+  if (!nobody || nobody->pw_uid == 0)
+    return failure("CRVHelper", ENOENT, localized("This machine has no account nobody to look for versions with"));
   return std::pair{nobody->pw_uid, nobody->pw_gid};
 }
 
@@ -101,7 +106,7 @@ class Daemon {
         main_(loop_.mainQueue()),
         notifications_(main_),
         log_({.system = places_.logFile(), .archive = places_.logArchiveFolder(), .fallback = std::nullopt},
-             LogRole::helper, files_, clock_, [zone = LinuxLocale().calendar()] { return zone; }),
+             LogRole::helper, files_, clock_, [this] { return zone_.calendar(); }),
         domains_({.managed = places_.managedPreferencesPath(),
                   .consoleUser = [this] { return console_.current(); },
                   .userFile = [this](const auto& home) { return constantsForHome(home).userPreferencesPath(); }},
@@ -110,7 +115,7 @@ class Daemon {
         receipts_(places_.receipts(), files_, log_),
         children_(loop_.loop(), main_),
         versions_({.children = children_, .main = main_, .entropy = entropy_, .log = log_}, findZsh(),
-                  unprivilegedAccount()),
+                  unprivilegedAccount),
         discoverer_({.work = work_,
                      .main = main_,
                      .clock = clock_,
@@ -139,7 +144,7 @@ class Daemon {
   int run() {
     const Logger log(log_, "CorvaneRootHelper");
     auto listener =
-        HelperListener::open({.loop = loop_.loop(), .main = main_, .log = log_},
+        HelperListener::open({.loop = loop_.loop(), .main = main_, .log = log_, .clock = clock_},
                              {.socket = places_.helperSocket(),
                               .mayAsk = [this](uid_t peer) { return mayAsk(peer, geteuid(), consoleUid()); },
                               .handler =
@@ -151,7 +156,6 @@ class Daemon {
       fmt::print(stderr, "CorvaneRootHelper: {}\n", listener.error().text);
       return 1;
     }
-    if (auto made = files_.makeFolders(places_.supportFolder()); !made) log.error(made.error().text);
     record_.settle();
     log.info(fmt::format("Version {} serves {} as user {}.", CORVANE_VERSION, options_.root.string(), geteuid()));
     auto heartbeat = std::make_unique<Heartbeat>(places_.helperHeartbeat(), files_, clock_, main_, log_);
@@ -186,11 +190,22 @@ class Daemon {
     return user ? std::optional(user->uid) : std::nullopt;
   }
 
+  // Text and source come from one look at the domains: a managed value of no use must not lend its rights to the
+  // user's text.
+  [[nodiscard]] EffectiveValue optionsInForce() const {
+    const auto managed = domains_.managed();
+    const auto user = domains_.user();
+    return effectiveSetting(*findSetting("InstallomatorOptions"), {*managed.values, *user.values}, nullptr);
+  }
+
   HelperSetting setting() {
+    const auto options = optionsInForce();
     HelperSetting setting{.config = preferences_.loadConfiguration(),
-                          .optionsAreManaged = preferences_.isManaged("InstallomatorOptions"),
+                          .optionsAreManaged = options.source == ValueSource::managed,
                           .constants = constantsFor(options_.root, console_.current()),
                           .savedApps = preferences_.readDiscoveredApps().value_or(Apps{})};
+    setting.config.installomatorOptions =
+        options.value ? options.value->string().value_or("") : CorvaneConfiguration().installomatorOptions;
     log_.refreshVerbosityFromPreferences(setting.config.verboseMode, setting.config.debugMode);
     return setting;
   }
@@ -207,6 +222,7 @@ class Daemon {
   CorvaneConstants places_;
   SystemClock clock_;
   SystemEntropy entropy_;
+  SystemZone zone_;
   PosixFiles files_;
   UvMainLoop loop_;
   MainQueue& main_;
@@ -233,14 +249,15 @@ Status checkRoot(const std::filesystem::path& root) {
 
 int serve(int count, char** arguments) {
   const auto options = HelperOptions::parse(std::span(arguments + 1, static_cast<std::size_t>(count - 1)));
-  const auto root = options ? checkRoot(options->root) : Status(std::unexpected(options.error()));
+  umask(022);
+  auto root = options ? checkRoot(options->root) : Status(std::unexpected(options.error()));
+  if (root) root = prepareFolders(constantsFor(options->root, std::nullopt));
   auto console = root ? ConsoleUserSource::create(*options) : Result<ConsoleUserSource>(std::unexpected(root.error()));
   if (!console) {
     fmt::print(stderr, "CorvaneRootHelper: {}\n", console.error().text);
     return options ? 1 : 2;
   }
   clearenv();
-  umask(022);
   signal(SIGPIPE, SIG_IGN);
   Daemon daemon(*options, std::move(*console));
   return daemon.run();

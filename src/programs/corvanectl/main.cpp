@@ -47,6 +47,7 @@ int run(const ctl::Command& command) {
       .preferences = services.preferences,
       .installation = services.installation,
       .helperStart = helperStart,
+      .helper = services.helper,
       .receipts = services.receipts,
       .locale = machine.locale,
       .clock = machine.clock,

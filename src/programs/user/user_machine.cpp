@@ -49,11 +49,12 @@ Result<CorvaneConstants> placesFromEnvironment() {
   return places;
 }
 
-UserMachine::UserMachine(CorvaneConstants itsPlaces)
+UserMachine::UserMachine(CorvaneConstants itsPlaces, const std::filesystem::path& executable)
     : places(std::move(itsPlaces)),
       loop(clock),
       log({.system = places.logFile(), .archive = places.logArchiveFolder(), .fallback = places.userLogFile()},
           LogRole::user, files, clock, [this] { return locale.calendar(); }),
+      bundle(executable),
       watch(loop.loop(), loop.mainQueue()),
       domains(
           {.user = places.userPreferencesPath(), .managed = places.managedPreferencesPath()},
@@ -63,7 +64,9 @@ UserMachine::UserMachine(CorvaneConstants itsPlaces)
           }),
       processes(loop.mainQueue(), makeX11WindowOrder()),
       channel(loop.loop(), loop.mainQueue(), places.helperSocket()),
-      registration(loop.mainQueue(), helperProgram(places, bundle), places.userSupportFolder() / "helper-child.plist"),
+      registration(loop.mainQueue(), helperProgram(places, bundle),
+                   {.record = places.userSupportFolder() / "helper-child.json", .socket = places.helperSocket()},
+                   [this](std::string_view line) { Logger(log, "HelperRegistration").warning(line); }),
       lock(places.instanceLock()) {}
 
 Ports UserMachine::ports() {

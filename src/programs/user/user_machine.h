@@ -34,7 +34,9 @@ namespace corvane {
 
 class UserMachine {
  public:
-  explicit UserMachine(CorvaneConstants places);
+  // `executable`: tells the bundle that this program speaks for.
+  explicit UserMachine(CorvaneConstants places,
+                       const std::filesystem::path& executable = ExecutableBundle::runningExecutable());
 
   [[nodiscard]] Ports ports();
 

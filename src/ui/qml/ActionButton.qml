@@ -1,44 +1,56 @@
-// A push button: filled when it is the one thing to do, plain otherwise.
+// A push button of the page: filled when it is the one thing to do, plain otherwise.
 import QtQuick
 import QtQuick.Controls.Basic
-import QtQuick.Layouts
 
 Button {
     id: root
 
+    required property var button   // the page's value
     property bool primary: false
-    property string help: ""
+
+    visible: button.visible
+    enabled: button.enabled
+    text: button.text
 
     implicitHeight: 32
     leftPadding: 14
     rightPadding: 14
     font.pixelSize: Theme.textSize
-    font.weight: primary ? Font.DemiBold : Font.Medium
+    font.weight: Font.Medium
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
 
     Accessible.name: text
-    Accessible.description: help
+    Accessible.description: button.help
     Accessible.onPressAction: if (enabled) clicked()
+    Keys.onReturnPressed: if (enabled) clicked()
+    Keys.onEnterPressed: if (enabled) clicked()
 
     contentItem: Text {
         text: root.text
         font: root.font
-        color: root.primary ? Theme.onAccent : Theme.primary
-        opacity: root.enabled ? 1 : 0.45
+        color: !root.enabled ? Theme.disabled : root.primary ? Theme.textOnAccent : Theme.primary
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
         elide: Text.ElideRight
     }
     background: Rectangle {
+        readonly property bool filled: root.primary && root.enabled
+
         radius: 7
-        color: root.primary ? Theme.accent : (root.hovered && root.enabled ? Theme.hover : Theme.control)
-        opacity: root.primary && !root.enabled ? 0.45 : (root.down ? 0.8 : 1)
-        border.width: root.visualFocus ? 2 : (root.primary ? 0 : 1)
-        border.color: root.visualFocus ? Theme.accentText : Theme.hairline
+        color: filled ? (root.hovered || root.down ? Theme.accentHover : Theme.accent)
+             : root.enabled && (root.hovered || root.down) ? Theme.hover : Theme.control
+        border.width: filled ? 0 : 1
+        border.color: Theme.outline
+        Behavior on color {
+            enabled: !Theme.reducedMotion
+            ColorAnimation { duration: Theme.motion }
+        }
+        FocusRing { shown: root.visualFocus; radius: parent.radius + 3 }
     }
 
-    ToolTip.text: help
-    ToolTip.visible: help !== "" && hovered
-    ToolTip.delay: 600
+    Hint {
+        text: root.button.help
+        wanted: root.hovered
+    }
 }

@@ -1,6 +1,5 @@
 // One application of the list.
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
 Item {
@@ -8,7 +7,8 @@ Item {
 
     required property string key
     required property string name
-    required property string iconPath
+    required property string spokenText
+    required property string monogram
     required property string versionText
     required property string statusText
     required property string statusColor
@@ -29,23 +29,27 @@ Item {
     required property var events
     required property int index
 
+    // The keyboard is on this row; only its buttons are then in the Tab order.
+    property bool current: false
     signal updateRequested(string key)
     signal recheckRequested(string key)
     signal historyToggled(string key)
 
-    readonly property int textStart: 2 * Theme.grid + 32 + 12
+    readonly property int textStart: 2 * Theme.grid + Theme.iconSize + 1.5 * Theme.grid
+    readonly property int buttonFocus: current ? Qt.TabFocus : Qt.NoFocus
+    readonly property bool focused: current && ListView.view !== null && ListView.view.activeFocus
 
-    implicitHeight: Theme.rowHeight + (isExpanded ? history.implicitHeight + 2 * Theme.grid : 0)
+    implicitHeight: Theme.rowHeight + (isExpanded ? history.height + 2 * Theme.grid : 0)
 
     Accessible.role: Accessible.ListItem
-    Accessible.name: name + ", " + versionText + ", " + statusText
-                     + (failureText !== "" ? ", " + failureText : "")
+    Accessible.name: spokenText
 
     HoverHandler { id: hover }
 
     Rectangle {
         anchors.fill: parent
-        color: hover.hovered ? Theme.hover : "transparent"
+        color: root.focused ? Theme.selected
+             : hover.hovered ? Theme.hover : "transparent"
     }
     Rectangle {
         visible: root.index > 0
@@ -55,21 +59,28 @@ Item {
         color: Theme.hairline
     }
 
+    Rectangle {
+        visible: root.focused
+        width: 3
+        height: root.height
+        color: Theme.accentText
+    }
+
     RowLayout {
         id: line
         x: 2 * Theme.grid
-        width: root.width - 4 * Theme.grid + Theme.grid
+        width: root.width - 4 * Theme.grid
         height: Theme.rowHeight
-        spacing: 12
+        spacing: 1.5 * Theme.grid
 
         Rectangle {
-            Layout.preferredWidth: 32
-            Layout.preferredHeight: 32
+            Layout.preferredWidth: Theme.iconSize
+            Layout.preferredHeight: Theme.iconSize
             radius: 8
-            color: Theme.sidebar
+            color: Theme.monogram
             Text {
                 anchors.centerIn: parent
-                text: root.name.length > 0 ? String.fromCodePoint(root.name.codePointAt(0)).toUpperCase() : ""
+                text: root.monogram
                 color: Theme.secondary
                 font.pixelSize: Theme.headingSize
                 font.weight: Font.DemiBold
@@ -77,49 +88,58 @@ Item {
         }
         ColumnLayout {
             Layout.fillWidth: true
-            spacing: 2
+            spacing: 3
             RowLayout {
                 spacing: Theme.grid
-                Text {
-                    Layout.maximumWidth: line.width * 0.5
-                    text: root.name
-                    color: Theme.primary
-                    font.pixelSize: Theme.textSize
-                    font.weight: Font.Medium
-                    elide: Text.ElideRight
-                }
-                Text {
+                ElidedText {
                     Layout.fillWidth: true
+                    Layout.maximumWidth: Math.ceil(implicitWidth) + 1
+                    Layout.minimumWidth: Math.min(implicitWidth, line.width * 0.25)
+                    text: root.name
+                    font.weight: Font.Medium
+                }
+                ElidedText {
+                    Layout.fillWidth: true
+                    Layout.minimumWidth: Math.min(implicitWidth, line.width * 0.2)
                     text: root.versionText
                     color: Theme.secondary
-                    font.pixelSize: Theme.textSize
-                    elide: Text.ElideRight
                 }
             }
             RowLayout {
                 spacing: Theme.grid
-                Text {
-                    Layout.maximumWidth: line.width * 0.6
-                    visible: text !== ""
-                    text: root.progressText !== "" ? root.progressText : root.statusText
-                    color: root.progressText !== "" ? Theme.accentText : Theme.role(root.statusColor)
-                    font.pixelSize: Theme.captionSize
-                    elide: Text.ElideRight
-                }
-                Text {
+                ElidedText {
                     Layout.fillWidth: true
-                    visible: root.failureText !== "" && root.progressText === ""
+                    Layout.maximumWidth: Math.ceil(implicitWidth) + 1
+                    visible: root.progressText === "" && root.statusText !== ""
+                    text: root.statusText
+                    color: Theme.role(root.statusColor)
+                    font.pixelSize: Theme.captionSize
+                }
+                ElidedText {
+                    Layout.fillWidth: true
+                    Layout.maximumWidth: Math.ceil(implicitWidth) + 1
+                    visible: root.progressText === "" && root.failureText !== ""
                     text: root.failureText
                     color: Theme.red
                     font.pixelSize: Theme.captionSize
-                    elide: Text.ElideRight
                 }
+                ElidedText {
+                    Layout.fillWidth: true
+                    visible: root.progressText !== ""
+                    text: root.progressText
+                    color: Theme.accentText
+                    font.pixelSize: Theme.captionSize
+                    font.weight: Font.Medium
+                }
+                Item { Layout.fillWidth: true }
             }
         }
         Item {
             Layout.preferredWidth: 20
             Layout.preferredHeight: 20
             visible: root.showsStatusIcon
+            Accessible.role: Accessible.Graphic
+            Accessible.name: root.statusIconHelp
             Symbol {
                 anchors.fill: parent
                 name: root.statusIcon
@@ -127,51 +147,68 @@ Item {
                 size: 20
             }
             HoverHandler { id: iconHover }
-            ToolTip.text: root.statusIconHelp
-            ToolTip.visible: root.statusIconHelp !== "" && iconHover.hovered
-            ToolTip.delay: 300
+            Hint {
+                text: root.statusIconHelp
+                wanted: iconHover.hovered
+            }
         }
-        RowLayout {
+        Item {
             Layout.preferredWidth: 68
-            spacing: Theme.inset
-            Item { Layout.fillWidth: true }
-            IconButton {
-                visible: root.recheck.visible
-                enabled: root.recheck.enabled
-                symbol: "arrow.clockwise.circle.fill"
-                role: "orange"
-                text: root.recheck.text
-                help: root.recheck.help
-                onClicked: root.recheckRequested(root.key)
-            }
-            IconButton {
-                visible: root.update.visible
-                enabled: root.update.enabled
-                symbol: "arrow.down.circle.fill"
-                role: "accent"
-                text: root.update.text
-                help: root.update.help
-                onClicked: root.updateRequested(root.key)
-            }
-            IconButton {
-                symbol: "clock.arrow.circlepath"
-                role: root.isExpanded ? "accent" : "secondary"
-                help: root.expanderHelp
-                onClicked: root.historyToggled(root.key)
+            Layout.preferredHeight: 32
+            Row {
+                anchors.right: parent.right
+                spacing: Theme.inset
+                IconButton {
+                    objectName: "recheck"
+                    visible: root.recheck.visible
+                    enabled: root.recheck.enabled
+                    focusPolicy: root.buttonFocus
+                    symbol: "arrow.clockwise.circle.fill"
+                    role: "orange"
+                    text: root.recheck.text
+                    help: root.recheck.help
+                    Accessible.name: root.recheck.text + " " + root.name
+                    onClicked: root.recheckRequested(root.key)
+                }
+                IconButton {
+                    objectName: "update"
+                    visible: root.update.visible
+                    enabled: root.update.enabled
+                    focusPolicy: root.buttonFocus
+                    symbol: "arrow.down.circle.fill"
+                    role: "accent"
+                    text: root.update.text
+                    help: root.update.help
+                    Accessible.name: root.update.text + " " + root.name
+                    onClicked: root.updateRequested(root.key)
+                }
+                IconButton {
+                    objectName: "history"
+                    focusPolicy: root.buttonFocus
+                    symbol: "clock.arrow.circlepath"
+                    role: root.isExpanded ? "accent" : "secondary"
+                    help: root.expanderHelp
+                    Accessible.name: root.expanderHelp
+                    onClicked: root.historyToggled(root.key)
+                }
             }
         }
     }
 
-    HistoryLines {
+    Loader {
         id: history
-        visible: root.isExpanded
+        active: root.isExpanded
         x: root.textStart
         y: Theme.rowHeight
         width: root.width - x - 2 * Theme.grid
-        receiptsTitle: root.receiptsTitle
-        receiptsEmptyText: root.receiptsEmptyText
-        receipts: root.receipts
-        eventsTitle: root.eventsTitle
-        events: root.events
+        height: item ? item.implicitHeight : 0
+        sourceComponent: HistoryLines {
+            width: history.width
+            receiptsTitle: root.receiptsTitle
+            receiptsEmptyText: root.receiptsEmptyText
+            receipts: root.receipts
+            eventsTitle: root.eventsTitle
+            events: root.events
+        }
     }
 }

@@ -7,6 +7,7 @@ ApplicationWindow {
     id: window
 
     required property var bridge
+    readonly property QtObject theme: Theme
 
     width: 920
     height: 680
@@ -21,13 +22,15 @@ ApplicationWindow {
         onActivated: window.bridge.checkForUpdates()
     }
     Shortcut {
-        sequence: StandardKey.Find
+        sequences: [StandardKey.Find]
         onActivated: page.focusFilter()
     }
     Shortcut {
-        sequence: StandardKey.Close
+        sequences: [StandardKey.Close]
         onActivated: window.close()
     }
+
+    readonly property bool compact: width < 760
 
     RowLayout {
         anchors.fill: parent
@@ -35,7 +38,7 @@ ApplicationWindow {
 
         Rectangle {
             Layout.fillHeight: true
-            Layout.preferredWidth: window.width < 760 ? 56 : 176
+            Layout.preferredWidth: window.compact ? 48 : 176
             color: Theme.sidebar
 
             ColumnLayout {
@@ -60,7 +63,7 @@ ApplicationWindow {
                         }
                         Text {
                             Layout.fillWidth: true
-                            visible: window.width >= 760
+                            visible: !window.compact
                             text: window.bridge.statusSectionTitle
                             color: Theme.primary
                             font.pixelSize: Theme.textSize
@@ -79,7 +82,7 @@ ApplicationWindow {
                     }
                     Text {
                         Layout.fillWidth: true
-                        visible: window.width >= 760
+                        visible: !window.compact
                         text: window.bridge.page.statusLine
                         color: Theme.secondary
                         font.pixelSize: Theme.captionSize

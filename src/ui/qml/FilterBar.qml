@@ -1,4 +1,4 @@
-// The four filters as one segmented control.
+// The four filters as one segmented control. Left and right choose, as in any group of radio buttons.
 import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
@@ -7,9 +7,15 @@ Rectangle {
     id: root
 
     required property var segments
+    readonly property int chosenIndex: segments.findIndex(segment => segment.selected)
     signal chosen(string key)
 
-    function takeFocus() { buttons.itemAt(0)?.forceActiveFocus(Qt.ShortcutFocusReason) }
+    function takeFocus() { buttons.itemAt(Math.max(chosenIndex, 0))?.forceActiveFocus(Qt.ShortcutFocusReason) }
+    function choose(index) {
+        if (index < 0 || index >= segments.length) return
+        chosen(segments[index].key)
+        buttons.itemAt(index).forceActiveFocus(Qt.TabFocusReason)
+    }
 
     implicitWidth: row.implicitWidth + 6
     implicitHeight: 32
@@ -26,43 +32,51 @@ Rectangle {
 
         Repeater {
             id: buttons
-            model: root.segments
+            // By number, so that a choice changes the buttons in place and keeps the focus.
+            model: root.segments.length
             AbstractButton {
                 id: segment
 
-                required property var modelData
+                required property int index
+                readonly property var value: root.segments[index]
 
                 Layout.fillHeight: true
                 implicitWidth: label.implicitWidth + 24
-                focusPolicy: Qt.StrongFocus
+                focusPolicy: checked ? Qt.StrongFocus : Qt.ClickFocus
                 hoverEnabled: true
-                checked: modelData.selected
-                onClicked: root.chosen(modelData.key)
+                checked: value.selected
+                text: value.text
+                onClicked: root.chosen(value.key)
+                Keys.onLeftPressed: root.choose(index - 1)
+                Keys.onRightPressed: root.choose(index + 1)
 
                 Accessible.role: Accessible.RadioButton
-                Accessible.name: modelData.text
-                Accessible.description: modelData.help
-                Accessible.checked: checked
+                Accessible.name: text
+                Accessible.description: value.help
+                Accessible.checkable: true
+                Accessible.checked: value.selected
                 Accessible.onPressAction: clicked()
 
                 contentItem: Text {
                     id: label
-                    text: segment.modelData.text
+                    text: segment.text
                     color: segment.checked ? Theme.primary : Theme.secondary
                     font.pixelSize: Theme.textSize
-                    font.weight: segment.checked ? Font.DemiBold : Font.Normal
+                    font.weight: Font.Medium
                     horizontalAlignment: Text.AlignHCenter
                     verticalAlignment: Text.AlignVCenter
                 }
                 background: Rectangle {
                     radius: 6
-                    color: segment.checked ? Theme.card : (segment.hovered ? Theme.hover : "transparent")
-                    border.width: segment.visualFocus ? 2 : (segment.checked ? 1 : 0)
-                    border.color: segment.visualFocus ? Theme.accentText : Theme.hairline
+                    color: segment.checked ? Theme.card : segment.hovered ? Theme.hover : "transparent"
+                    border.width: segment.checked ? 1 : 0
+                    border.color: Theme.outline
+                    FocusRing { shown: segment.visualFocus; radius: 8; anchors.margins: -2 }
                 }
-                ToolTip.text: modelData.help
-                ToolTip.visible: hovered
-                ToolTip.delay: 600
+                Hint {
+                    text: segment.value.help
+                    wanted: segment.hovered
+                }
             }
         }
     }

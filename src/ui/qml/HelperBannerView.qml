@@ -2,7 +2,7 @@
 import QtQuick
 import QtQuick.Layouts
 
-Rectangle {
+BannerView {
     id: root
 
     required property var banner
@@ -10,62 +10,35 @@ Rectangle {
     signal openSettings()
     signal reset()
 
-    implicitHeight: content.implicitHeight + 3 * Theme.grid
-    radius: Theme.radius
-    color: Theme.card
-    border.width: 1
-    border.color: Theme.orange
+    symbol: "exclamationmark.shield"
+    role: "orange"
 
-    RowLayout {
-        id: content
-        anchors.left: parent.left
-        anchors.right: parent.right
-        anchors.verticalCenter: parent.verticalCenter
-        anchors.margins: 2 * Theme.grid
-        spacing: 12
+    texts: [
+        BannerText { text: root.banner.helperLine },
+        BannerText { text: root.banner.installomatorLine }
+    ]
 
-        Symbol {
-            name: "exclamationmark.shield"
-            role: "orange"
-            size: 24
-        }
-        ColumnLayout {
-            Layout.fillWidth: true
-            spacing: Theme.inset
-            Repeater {
-                model: [root.banner.helperLine, root.banner.installomatorLine].filter(line => line !== "")
-                Text {
-                    required property string modelData
-                    Layout.fillWidth: true
-                    text: modelData
-                    color: Theme.primary
-                    font.pixelSize: Theme.textSize
-                    wrapMode: Text.Wrap
-                }
-            }
-        }
-        ActionButton {
-            visible: root.banner.setUp.visible
-            enabled: root.banner.setUp.enabled
-            text: root.banner.setUp.text
-            help: root.banner.setUp.help
-            primary: true
-            onClicked: root.setUp()
-        }
-        ActionButton {
-            visible: root.banner.openSettings.visible
-            enabled: root.banner.openSettings.enabled
-            text: root.banner.openSettings.text
-            help: root.banner.openSettings.help
-            primary: true
-            onClicked: root.openSettings()
-        }
-        ActionButton {
-            visible: root.banner.reset.visible
-            enabled: root.banner.reset.enabled
-            text: root.banner.reset.text
-            help: root.banner.reset.help
-            onClicked: root.reset()
-        }
+    ActionButton {
+        objectName: "setUpHelper"
+        button: root.banner.setUp
+        primary: true
+        onClicked: root.setUp()
+    }
+    ActionButton {
+        objectName: "openHelperSettings"
+        button: root.banner.openSettings
+        primary: true
+        onClicked: root.openSettings()
+    }
+    ActionButton {
+        objectName: "resetHelper"
+        button: root.banner.reset
+        onClicked: confirmation.open()
+    }
+
+    ResetConfirmation {
+        id: confirmation
+        banner: root.banner
+        onConfirmed: root.reset()
     }
 }

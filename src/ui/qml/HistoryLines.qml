@@ -37,7 +37,7 @@ ColumnLayout {
         }
         Text {
             Layout.alignment: Qt.AlignTop
-            Layout.preferredWidth: 170
+            Layout.preferredWidth: 210
             text: line.time
             color: Theme.secondary
             font.pixelSize: Theme.captionSize

@@ -18,6 +18,8 @@ Button {
     Accessible.name: text !== "" ? text : help
     Accessible.description: help
     Accessible.onPressAction: if (enabled) clicked()
+    Keys.onReturnPressed: if (enabled) clicked()
+    Keys.onEnterPressed: if (enabled) clicked()
 
     contentItem: Item {
         Symbol {
@@ -30,12 +32,12 @@ Button {
     }
     background: Rectangle {
         radius: width / 2
-        color: root.hovered && root.enabled ? Theme.hover : "transparent"
-        border.width: root.visualFocus ? 2 : 0
-        border.color: Theme.accentText
+        color: root.enabled && (root.hovered || root.down) ? Theme.pressed : "transparent"
+        FocusRing { shown: root.visualFocus; radius: width / 2; anchors.margins: 0 }
     }
 
-    ToolTip.text: help
-    ToolTip.visible: help !== "" && hovered
-    ToolTip.delay: 600
+    Hint {
+        text: root.help
+        wanted: root.hovered
+    }
 }

@@ -7,7 +7,9 @@ Rectangle {
 
     required property var card
 
-    implicitHeight: 88
+    property bool slim: false
+
+    implicitHeight: slim ? 72 : 88
     radius: Theme.radius
     color: Theme.card
     border.width: 1
@@ -18,7 +20,7 @@ Rectangle {
 
     ColumnLayout {
         anchors.fill: parent
-        anchors.margins: 2 * Theme.grid
+        anchors.margins: root.slim ? 1.5 * Theme.grid : 2 * Theme.grid
         spacing: Theme.inset
 
         RowLayout {
@@ -40,7 +42,7 @@ Rectangle {
             Layout.fillWidth: true
             text: root.card.value
             color: root.card.isPlaceholder ? Theme.secondary : Theme.primary
-            font.pixelSize: 28
+            font.pixelSize: root.slim ? 22 : 28
             font.weight: Font.DemiBold
         }
     }

@@ -1,6 +1,5 @@
-// The dashboard's page: head, cards, time stamps, filter, list.
+// The dashboard's page: head, banners, cards, time stamps, filter, list, footer.
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
 Item {
@@ -10,12 +9,15 @@ Item {
     required property var rows     // the list model
     required property var actions
 
+    readonly property bool narrow: width < 640
+
     function focusFilter() { filters.takeFocus() }
 
     ColumnLayout {
         anchors.fill: parent
-        anchors.margins: Theme.margin
-        spacing: 2 * Theme.grid
+        anchors.margins: root.narrow ? 2 * Theme.grid : Theme.margin
+        anchors.bottomMargin: 1.5 * Theme.grid
+        spacing: root.narrow ? 1.5 * Theme.grid : 2 * Theme.grid
 
         RowLayout {
             Layout.fillWidth: true
@@ -23,49 +25,41 @@ Item {
             ColumnLayout {
                 Layout.fillWidth: true
                 spacing: 2
-                Text {
+                ElidedText {
                     Layout.fillWidth: true
                     text: root.page.title
-                    color: Theme.primary
                     font.pixelSize: Theme.titleSize
                     font.weight: Font.DemiBold
-                    elide: Text.ElideRight
+                    Accessible.role: Accessible.Heading
+                    Accessible.name: text
                 }
-                Text {
+                ElidedText {
                     Layout.fillWidth: true
                     text: root.page.subtitle
                     color: Theme.secondary
-                    font.pixelSize: Theme.textSize
-                    elide: Text.ElideRight
                 }
             }
             ActionButton {
-                visible: root.page.discover.visible
-                enabled: root.page.discover.enabled
-                text: root.page.discover.text
-                help: root.page.discover.help
+                objectName: "discover"
+                button: root.page.discover
                 onClicked: root.actions.discoverInstalledApps()
             }
             ActionButton {
-                visible: root.page.check.visible
-                enabled: root.page.check.enabled
-                text: root.page.check.text
-                help: root.page.check.help
-                primary: !updateAll.visible || !updateAll.enabled
+                objectName: "check"
+                button: root.page.check
+                primary: !root.page.updateAll.enabled
                 onClicked: root.actions.checkForUpdates()
             }
             ActionButton {
-                id: updateAll
-                visible: root.page.updateAll.visible
-                enabled: root.page.updateAll.enabled
-                text: root.page.updateAll.text
-                help: root.page.updateAll.help
+                objectName: "updateAll"
+                button: root.page.updateAll
                 primary: true
                 onClicked: root.actions.updateAll()
             }
         }
 
         HelperBannerView {
+            objectName: "helperBanner"
             Layout.fillWidth: true
             visible: root.page.helperBanner.visible
             banner: root.page.helperBanner
@@ -73,29 +67,40 @@ Item {
             onOpenSettings: root.actions.openHelperSettings()
             onReset: root.actions.resetHelper()
         }
+        SelfUpdateBannerView {
+            objectName: "selfUpdateBanner"
+            Layout.fillWidth: true
+            visible: root.page.selfUpdateBanner.visible
+            banner: root.page.selfUpdateBanner
+            onUpdate: root.actions.updateItself()
+            onDismiss: root.actions.dismissSelfUpdate()
+        }
 
         RowLayout {
             Layout.fillWidth: true
-            spacing: 2 * Theme.grid
+            spacing: root.narrow ? Theme.grid : 2 * Theme.grid
             Repeater {
-                model: root.page.cards
+                // By number, so that a new value changes the card in place.
+                model: root.page.cards.length
                 StatusCardView {
-                    required property var modelData
+                    required property int index
                     Layout.fillWidth: true
                     Layout.preferredWidth: 1
-                    card: modelData
+                    slim: root.narrow
+                    card: root.page.cards[index]
                 }
             }
         }
 
         Flow {
             Layout.fillWidth: true
-            spacing: 2 * Theme.grid
+            spacing: root.narrow ? Theme.inset : Theme.grid
             Repeater {
                 model: root.page.timestamps
                 TimestampPillView {
                     required property var modelData
                     pill: modelData
+                    slim: root.narrow
                 }
             }
         }
@@ -104,21 +109,21 @@ Item {
             Layout.fillWidth: true
             spacing: Theme.grid
             Text {
+                visible: !root.narrow
                 text: root.page.filterLabel
                 color: Theme.secondary
                 font.pixelSize: Theme.textSize
             }
             FilterBar {
                 id: filters
+                objectName: "filters"
                 segments: root.page.filters
                 onChosen: key => root.actions.setFilter(key)
             }
             Item { Layout.fillWidth: true }
             ActionButton {
-                visible: root.page.recheckAll.visible
-                enabled: root.page.recheckAll.enabled
-                text: root.page.recheckAll.text
-                help: root.page.recheckAll.help
+                objectName: "recheckAll"
+                button: root.page.recheckAll
                 onClicked: root.actions.recheckAll()
             }
         }
@@ -126,95 +131,39 @@ Item {
         Rectangle {
             Layout.fillWidth: true
             Layout.fillHeight: true
+            Layout.minimumHeight: Theme.rowHeight + 2 * Theme.inset
             radius: Theme.radius
             color: Theme.card
             border.width: 1
             border.color: Theme.hairline
-            clip: true
 
-            ListView {
+            AppList {
                 id: list
                 anchors.fill: parent
                 anchors.margins: 1
+                anchors.topMargin: Theme.inset
+                anchors.bottomMargin: Theme.inset
                 visible: !root.page.empty.visible
                 model: root.rows
-                clip: true
-                boundsBehavior: Flickable.StopAtBounds
-                reuseItems: true
-                cacheBuffer: 4 * Theme.rowHeight
-                Accessible.role: Accessible.List
-                Accessible.name: root.page.title
-                ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded }
-
-                delegate: AppRow {
-                    width: list.width
-                    onUpdateRequested: key => root.actions.updateApp(key)
-                    onRecheckRequested: key => root.actions.recheck(key)
-                    onHistoryToggled: key => root.actions.toggleHistory(key)
-                }
+                actions: root.actions
+                spokenName: root.page.title
             }
-
-            ColumnLayout {
+            EmptyListView {
+                objectName: "empty"
                 anchors.centerIn: parent
-                width: Math.min(parent.width - 4 * Theme.margin, 420)
+                width: Math.min(parent.width - 2 * Theme.margin, 420)
                 visible: root.page.empty.visible
-                spacing: Theme.grid
-                Symbol {
-                    Layout.alignment: Qt.AlignHCenter
-                    name: root.page.empty.symbol
-                    size: 40
-                }
-                Text {
-                    Layout.fillWidth: true
-                    text: root.page.empty.title
-                    color: Theme.primary
-                    font.pixelSize: Theme.headingSize
-                    font.weight: Font.DemiBold
-                    horizontalAlignment: Text.AlignHCenter
-                    wrapMode: Text.Wrap
-                }
-                Text {
-                    Layout.fillWidth: true
-                    text: root.page.empty.text
-                    color: Theme.secondary
-                    font.pixelSize: Theme.textSize
-                    horizontalAlignment: Text.AlignHCenter
-                    wrapMode: Text.Wrap
-                }
-                ActionButton {
-                    Layout.alignment: Qt.AlignHCenter
-                    Layout.topMargin: Theme.grid
-                    visible: root.page.empty.check.visible
-                    enabled: root.page.empty.check.enabled
-                    text: root.page.empty.check.text
-                    onClicked: root.actions.checkForUpdates()
-                }
+                empty: root.page.empty
+                onCheck: root.actions.checkForUpdates()
             }
         }
 
-        RowLayout {
+        PageFooter {
             Layout.fillWidth: true
-            visible: statusText.text !== ""
-            spacing: Theme.grid
-            Symbol {
-                visible: root.page.errorMessage !== ""
-                name: "exclamationmark.triangle.fill"
-                role: "orange"
-                size: 16
-            }
-            Text {
-                id: statusText
-                Layout.fillWidth: true
-                text: root.page.errorMessage !== "" ? root.page.errorMessage
-                      : root.page.statusMessage !== "" ? root.page.statusMessage : root.page.workLine
-                color: root.page.errorMessage !== "" ? Theme.orange : Theme.secondary
-                font.pixelSize: Theme.textSize
-                wrapMode: Text.Wrap
-                maximumLineCount: 3
-                elide: Text.ElideRight
-                Accessible.role: Accessible.StaticText
-                Accessible.name: text
-            }
+            visible: !root.narrow || work.text !== "" || message.text !== ""
+            Layout.minimumHeight: 20
+            work: root.page.workLine
+            message: root.page.message
         }
     }
 }

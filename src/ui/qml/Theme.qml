@@ -13,20 +13,26 @@ QtObject {
     readonly property color sidebar: dark ? "#23262b" : "#eceef2"
     readonly property color card: dark ? "#25282e" : "#ffffff"
     readonly property color hover: dark ? "#2d3138" : "#f0f2f6"
-    readonly property color selected: dark ? "#31405a" : "#dbe6fb"
+    readonly property color selected: dark ? "#2a364b" : "#e4ecfb"
     readonly property color hairline: dark ? "#393e46" : "#dde0e6"
     readonly property color control: dark ? "#31353c" : "#ffffff"
+    readonly property color monogram: dark ? "#343941" : "#eceef2"
+    readonly property color pressed: dark ? "#3a3f48" : "#e4e8ef"
+    // The edge of what can be pressed.
+    readonly property color outline: dark ? "#4a505a" : "#c6cbd4"
 
     readonly property color primary: dark ? "#eef0f3" : "#1c1f24"
     readonly property color secondary: dark ? "#a7aeb9" : "#5b6470"
-    readonly property color onAccent: "#ffffff"
-    readonly property color accent: dark ? "#4c82e6" : "#1f5fd0"
+    readonly property color textOnAccent: "#ffffff"
+    readonly property color accent: dark ? "#3a72d8" : "#1f5fd0"
+    readonly property color accentHover: dark ? "#3166c6" : "#1a52b6"
+    readonly property color disabled: dark ? "#858d98" : "#7c848f"
     readonly property color accentText: dark ? "#8fb4ff" : "#1f5fd0"
 
     readonly property color green: dark ? "#4cc38a" : "#157a4a"
     readonly property color orange: dark ? "#f2a154" : "#a85300"
     readonly property color red: dark ? "#ff7d74" : "#c3271f"
-    readonly property color yellow: dark ? "#f0c94a" : "#8a6500"
+    readonly property color yellow: dark ? "#f0c94a" : "#a87900"
     readonly property color blue: dark ? "#7fb0ff" : "#1f5fd0"
 
     // A colour by the role that a page names.
@@ -37,7 +43,7 @@ QtObject {
         case "red": return red
         case "yellow": return yellow
         case "blue": return blue
-        case "accent": return accent
+        case "accent": return accentText
         case "primary": return primary
         case "clear": return "transparent"
         default: return secondary
@@ -50,6 +56,8 @@ QtObject {
     readonly property int margin: 24
     readonly property int radius: 10
     readonly property int rowHeight: 56
+    readonly property int iconSize: 32
+    readonly property int hintWidth: 320
 
     readonly property int titleSize: 22
     readonly property int headingSize: 15

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "core/discovery/bundle_reader.h"
 #include "core/discovery/mac_folder.h"
 
 namespace corvane {
@@ -316,6 +317,55 @@ TEST_F(Discovery, settingsDropAndScopedResultsFoldIn) {
   config.installomatorOptions = "NOTIFY=silent INSTALL=force";
   EXPECT_TRUE(AppDiscoveryService::reinstallsCurrentRequiredApps(config));
   EXPECT_TRUE(AppDiscoveryService::isIgnoredLabel(Label("x"), "bfile", config));
+}
+
+// What a scan lets in must not be dropped by those who know the label alone.
+TEST_F(Discovery, aFilesNameOnlyLeavesOutAndOnlyWhereNoLabelBearsIt) {
+  const auto fragment = [&](std::string_view file, std::string_view head, std::string_view app) {
+    mac.write("/Library/Application Support/Corvane/fragments/labels/" + std::string(file) + ".sh",
+              std::string(head) + ")\nname=" + std::string(app) + "\n;;\n");
+    mac.bundle("/Applications/" + std::string(app) + ".app");
+  };
+  fragment("oddfile", "quill", "Quill");
+  fragment("zest", "zest|zestclient", "Zest");
+  EXPECT_THAT(scannedLabels(), ElementsAre("quill", "zest"));
+
+  config.ignoredLabels = {"*"};
+  config.requiredLabels = {"oddfile", "zest"};
+  auto apps = scan();
+  EXPECT_THAT(labelsOf(apps), ElementsAre("zest"));
+  EXPECT_EQ(AppDiscoveryService::droppingIgnoredApps(apps, config), apps);
+
+  config.requiredLabels = {};
+  config.ignoredLabels = {"oddfile", "zest"};
+  EXPECT_THAT(scannedLabels(), ElementsAre("zestclient"));
+}
+
+TEST_F(Discovery, whatIsNoUtf8IsLeftOutWithALineAndSpoilsNothingElse) {
+  mac.label("quill", "name=Quill");
+  mac.label("zest", "name=Zest\nappNewVersion=\"1.0\xff\"");
+  mac.bundle("/Applications/Quill.app");
+  mac.bundle("/Applications/Zest.app");
+  mac.bundle("/Applications/Odd\xff.app");
+  mac.bundle("/Applications/Fol\xff/Other.app");
+  EXPECT_THAT(scannedLabels(), ElementsAre("quill"));
+  EXPECT_EQ(log.naming("is no UTF-8"), 3U);
+}
+
+TEST_F(Discovery, findsTheFileOfAnIcon) {
+  const auto icon = [&](const char* app, const char* named) {
+    return bundleIconFile(
+        mac.bundle("/Applications/" + std::string(app) + ".app", {.extra = {{"CFBundleIconFile", named}}}));
+  };
+  for (const auto* file : {"Plain.icns", "Whole.png", "../Out.icns"})
+    mac.write("/Applications/A.app/Contents/Resources/" + std::string(file), "icon");
+  const auto resources = mac.root / "Applications/A.app/Contents/Resources";
+  EXPECT_EQ(icon("A", "Plain"), resources / "Plain.icns");
+  EXPECT_EQ(icon("A", "Plain.icns"), resources / "Plain.icns");
+  EXPECT_EQ(icon("A", "Whole.png"), resources / "Whole.png");
+  for (const auto* none : {"", "Missing", "../Out.icns"}) EXPECT_EQ(icon("A", none), std::nullopt) << none;
+  EXPECT_EQ(bundleIconFile(mac.bundle("/Applications/B.app")), std::nullopt);
+  EXPECT_EQ(bundleIconFile(mac.root / "Applications/C.app"), std::nullopt);
 }
 
 }  // namespace

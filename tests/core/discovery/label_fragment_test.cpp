@@ -105,6 +105,28 @@ TEST(LabelFragment, fillsInOnlyWhatTheFragmentItselfSaysPlainly) {
   }
 }
 
+TEST(LabelFragment, believesAVersionOnlyWhenNothingElseIsEverAssigned) {
+  struct Row {
+    std::string_view body;
+    std::optional<std::string> version;
+    bool computed;
+  };
+  const Row rows[] = {
+      {"appNewVersion=\"7.1\"", "7.1", false},
+      {"appNewVersion=", "", false},
+      {"appNewVersion=7.1\nappNewVersion='7.1'", "7.1", false},
+      {"appNewVersion=\"\"\nwhile [[ -z \"$appNewVersion\" ]]; do\n appNewVersion=$(curl x)\ndone", std::nullopt, true},
+      {"appNewVersion=$(curl x)\n[[ -n $appNewVersion ]] || appNewVersion=1.0", std::nullopt, true},
+      {"if [[ $(arch) == arm64 ]]; then appNewVersion=2; else\n appNewVersion=1; fi", std::nullopt, true},
+      {"type=dmg", std::nullopt, false},
+  };
+  for (const auto& row : rows) {
+    const auto fragment = parsed(withBody(row.body));
+    EXPECT_EQ(fragment.appNewVersion, row.version) << row.body;
+    EXPECT_EQ(fragment.isComputed(LabelVariable::appNewVersion), row.computed) << row.body;
+  }
+}
+
 TEST(LabelFragment, passesOverFunctionsAndNoticesTheOwnVersionFunction) {
   for (const auto* body :
        {"appCustomVersion() { name=Inner; echo \"${x:-}}\" | awk '{print $2}' }\ntype=dmg",

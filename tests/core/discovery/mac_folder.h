@@ -76,7 +76,7 @@ class MacFolder {
     if (!recipe.shortVersion.empty()) info["CFBundleShortVersionString"] = recipe.shortVersion;
     if (!recipe.version.empty()) info["CFBundleVersion"] = recipe.version;
     const auto contents = std::string(path) + "/Contents/";
-    write(contents + "Info.plist", writePlist(PlistValue(info), recipe.format));
+    write(contents + "Info.plist", writePlist(PlistValue(info), recipe.format).value());
     write(contents + "MacOS/main", recipe.team.empty()
                                        ? std::string("#!/bin/sh\n")
                                        : mach_o::thin({{.identifier = "org.example.app", .team = recipe.team}}));
@@ -95,7 +95,7 @@ class MacFolder {
     write("/var/db/receipts/" + packageID + ".plist",
           writePlist(PlistValue(PlistDict{
                          {"PackageIdentifier", packageID}, {"PackageVersion", version}, {"InstallPrefixPath", prefix}}),
-                     PlistFormat::binary));
+                     PlistFormat::binary).value());
   }
 
   std::filesystem::path root;

@@ -1,22 +1,26 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <cerrno>
 
 #include "core/history/deferral_event_manager.h"
 #include "core/history/helper_state_stores.h"
 #include "core/history/label_history_caches.h"
 #include "core/history/receipt_manager.h"
+#include "platform/posix/posix_files.h"
 #include "platform/scripted/scripted_files.h"
 #include "platform/scripted/virtual_time.h"
 #include "support/recording_log.h"
+#include "support/temporary_folder.h"
 
 namespace corvane {
 namespace {
 
-using testing::ElementsAre;
+using ::testing::ElementsAre;
 
-class HistoryTest : public testing::Test {
+class HistoryTest : public ::testing::Test {
  protected:
   VirtualMachine machine;
   ScriptedFiles files{machine.clock()};
@@ -76,6 +80,55 @@ TEST_F(HistoryTest, OddButWholeReceiptsAreRead) {
   EXPECT_TRUE(log.lines().empty());
 }
 
+// The form that the helper writes is read on a shorter way than all others; both must say the same.
+TEST_F(HistoryTest, EveryFormOfAReceiptReadsAsTheCodecReadsIt) {
+  const std::string head = R"({"label":"quill","timestamp":")";
+  const std::string tail = R"(","status":"skipped","installomatorExitCode":)";
+  std::vector<std::string> lines;
+  for (const auto* date :
+       {"2024-02-29T23:59:59Z", "2023-02-29T00:00:00Z", "2026-11-22T21:04:42.123Z", "2026-11-22T22:04:42+01:00",
+        "1969-12-31T23:59:59Z", "2026-13-01T00:00:00Z", "2026-00-01T00:00:00Z", "2026-11-31T00:00:00Z",
+        "2026-11-22T24:00:00Z", "2026-11-22T23:60:00Z", "2026-11-22T23:59:60Z", "2026-11-22 23:59:59Z",
+        "20x6-11-22T23:59:59Z", ""})
+    lines.push_back(head + date + tail + "0}");
+  for (const auto* rest : {"-1}",
+                           "00}",
+                           "-}",
+                           "}",
+                           "1.0}",
+                           "9223372036854775807}",
+                           "-9223372036854775808}",
+                           "9223372036854775808}",
+                           "7",
+                           "7}}",
+                           "7} ",
+                           R"(7,"usedStagedInstaller":true})",
+                           R"(7,"usedStagedInstaller":false})",
+                           R"(7,"usedStagedInstaller":null})",
+                           R"(7,"usedStagedInstaller":"no"})",
+                           R"(7,"version":"2.0"})",
+                           R"(7,"targetVersion":"\u00fc\n"})",
+                           "7,\"version\":\"\t\"}",
+                           "7,\"version\":\"\xff\"}",
+                           "7,\"version\":\"\xc3\xbc\"}",
+                           R"(7,"version":"a)"})
+    lines.push_back(head + "2026-11-22T21:04:42Z" + tail + rest);
+  lines.push_back(
+      R"({"label":"quill","timestamp":"2026-11-22T21:04:42Z","status":"failure","version":"1","targetVersion":"2","installomatorExitCode":2,"usedStagedInstaller":true})");
+  for (const auto& line : lines) {
+    files.put(receiptsFile, line + "\n");
+    const auto json = parseJson(line);
+    const auto expected = json ? receiptFromJson(*json) : std::unexpected(json.error());
+    const auto all = receipts.readAllReceipts();
+    ASSERT_EQ(all.size(), expected ? 1U : 0U) << line;
+    if (expected) {
+      EXPECT_EQ(all.front(), *expected) << line;
+    }
+    EXPECT_EQ(receipts.readReceipts(Label("quill")), all) << line;
+    EXPECT_TRUE(receipts.readReceipts(Label("quil")).empty()) << line;
+  }
+}
+
 TEST_F(HistoryTest, ATornLastLineIsClosedBeforeTheNextReceipt) {
   files.put(receiptsFile, R"({"label":"torn","times)");
   ASSERT_TRUE(receipts.append(receipt("a", 1h)));
@@ -93,6 +146,43 @@ TEST_F(HistoryTest, AFullDiskFailsTheAppendAndLosesNothingBefore) {
   files.failPath(receiptsFile, 0);
   ASSERT_TRUE(receipts.append(receipt("c", 1h)));
   EXPECT_EQ(receipts.readAllReceipts().size(), 2U);
+}
+
+TEST_F(HistoryTest, AFileTooLargeIsCutDownToItsNewestLinesBeforeTheNext) {
+  const auto line = [this](const char* label) { return writeJson(toJson(receipt(label, 1h))) + "\n"; };
+  const auto lines = [&](const char* label, std::size_t count) {
+    std::string text;
+    for (const auto one = line(label); count > 0; --count) text += one;
+    return text;
+  };
+  const auto kept = lines("kept", kKeptLines);
+  files.put(receiptsFile, std::string(kLineFileLimit - kept.size() - 1, 'x') + "\n" + kept);
+  ASSERT_TRUE(receipts.append(receipt("kept", 1h)));
+  EXPECT_EQ(files.size(receiptsFile), kLineFileLimit + line("kept").size()) << "at the limit nothing is cut";
+
+  ASSERT_TRUE(receipts.append(receipt("kept", 1h)));
+  EXPECT_EQ(files.content(receiptsFile), kept + line("kept"));
+  EXPECT_EQ(receipts.readReceipts(Label("kept")).size(), kKeptLines + 1);
+
+  // Of long lines half the size is kept; a torn one at the end spoils only itself.
+  const auto half = std::string(kLineFileLimit / 2, 'x') + "\n";
+  files.put(receiptsFile, half + half + line("kept") + R"({"torn)");
+  ReceiptManager restarted(receiptsFile, files, log);
+  ASSERT_TRUE(restarted.append(receipt("kept", 1h)));
+  EXPECT_EQ(files.content(receiptsFile), line("kept") + "{\"torn\n" + line("kept"));
+
+  files.put(receiptsFile, half + half + line("kept"));
+  const auto before = files.content(receiptsFile).value();
+  files.failCall(2, ENOSPC);  // behind the look at what is to be kept
+  ASSERT_TRUE(receipts.append(receipt("kept", 1h))) << "a line is worth more than the size";
+  EXPECT_EQ(files.content(receiptsFile), before + line("kept"));
+}
+
+TEST_F(HistoryTest, OfAFileBeyondAllBoundsTheNewestLinesAreRead) {
+  const auto line = writeJson(toJson(receipt("quill", 1h))) + "\n";
+  files.put(receiptsFile, "damaged\n" + std::string(kReadLinesLimit, 'x') + "\n" + line);
+  EXPECT_EQ(receipts.readAllReceipts().size(), 1U);
+  EXPECT_TRUE(log.lines().empty());
 }
 
 TEST_F(HistoryTest, EventsAreKeptByUserAndReadByLabel) {
@@ -115,6 +205,34 @@ TEST_F(HistoryTest, EventsAreKeptByUserAndReadByLabel) {
   EXPECT_EQ(log.count("Left out line 1 of /events/ada.jsonl"), 1U);
   files.failPath("/events/ada.jsonl", EACCES);
   EXPECT_FALSE(mine.writeEvent(event));
+}
+
+TEST_F(HistoryTest, APlantedEventsFileIsNeitherReadNorWritten) {
+  const testing::TemporaryFolder folder;
+  PosixFiles disk;
+  DeferralEventManager events(folder.path(), "ada", disk, log);
+  const DeferralEventRecord event{.label = Label("quill"), .appName = "Quill", .timestamp = machine.now()};
+  const auto line = writeJson(toJson(event)) + "\n";
+  const auto victim = folder.write("elsewhere", line);
+
+  std::filesystem::create_symlink(victim, events.file());
+  EXPECT_FALSE(events.writeEvent(event));
+  EXPECT_TRUE(events.readEvents(event.label).empty());
+  EXPECT_FALSE(disk.append(events.file(), line, 0600)) << "appending never follows a link";
+  std::filesystem::remove(events.file());
+  std::filesystem::create_hard_link(victim, events.file());
+  EXPECT_FALSE(events.writeEvent(event));
+  EXPECT_TRUE(events.readEvents(event.label).empty());
+  EXPECT_EQ(testing::TemporaryFolder::read(victim), line);
+  EXPECT_EQ(log.count("Left out " + events.file().string() + ": it is a link or another user's file"), 1U);
+
+  std::filesystem::remove(events.file());
+  ASSERT_TRUE(events.writeEvent(event));
+  EXPECT_THAT(events.readEvents(event.label), ElementsAre(event));
+  if (::geteuid() != 0) return;
+  ASSERT_EQ(::chown(events.file().c_str(), 1, 1), 0);
+  EXPECT_FALSE(events.writeEvent(event));
+  EXPECT_TRUE(events.readEvents(event.label).empty());
 }
 
 TEST_F(HistoryTest, HelperStateIsAbsentWhenDamagedAndToldOnceAState) {

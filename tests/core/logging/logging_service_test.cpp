@@ -29,6 +29,8 @@ class LoggingServiceTest : public testing::Test {
   FixedClock clock;
   ScriptedFiles files{clock};
 
+  void SetUp() override { files.put(system.parent_path() / "other", ""); }  // the installation ships the folder
+
   LoggingService make(LogRole role) {
     LogPaths paths{.system = system, .archive = archive, .fallback = fallback};
     if (role == LogRole::helper) paths.fallback = std::nullopt;
@@ -47,6 +49,36 @@ TEST_F(LoggingServiceTest, OneLineAMessageWithLocalTimeAndLevel) {
             "2026-11-22T22:04:42.123+01:00 [ERROR] Corvane: e\n");
   EXPECT_FALSE(log.isUsingUserFallback());
   EXPECT_EQ(log.logFilePath(), system);
+}
+
+TEST_F(LoggingServiceTest, ControlBytesAreEscapedAndComeBack) {
+  auto log = make(LogRole::user);
+  std::string message = "C:\\new \\\\x41 \u00fc ";
+  for (int byte = 0; byte < 0x20; ++byte) message += static_cast<char>(byte);
+  message += "\x7f 2026-11-22T22:04:42.123+01:00 [INFO] forged";
+  log.write(LogLevel::info, message);
+  const auto text = files.content(system).value_or("");
+  EXPECT_THAT(text, HasSubstr("C:\\\\new \\\\\\\\x41 \u00fc \\x00\\x01"));
+  EXPECT_THAT(text, HasSubstr("\\x1b"));
+  EXPECT_EQ(std::ranges::count_if(text, [](unsigned char byte) { return byte < 0x20 || byte == 0x7f; }), 1);
+  const auto records = LogRecordCodec::parse(text);
+  ASSERT_EQ(records.size(), 1U);
+  EXPECT_EQ(records[0].message, message);
+  EXPECT_EQ(LogRecordCodec::parse("2026-11-22T21:04:43Z [INFO] a\\q \\x4 \\").front().message, "a\\q \\x4 \\");
+}
+
+TEST_F(LoggingServiceTest, OnlyTheHelperMakesTheSystemFolder) {
+  const std::filesystem::path missing = "/missing/crv.log";
+  const auto log = [&](LogRole role) {
+    return LoggingService({.system = missing, .archive = archive, .fallback = fallback}, role, files, clock,
+                          [] { return Calendar::utc(); });
+  };
+  auto user = log(LogRole::user);
+  user.write(LogLevel::info, "mine");
+  EXPECT_FALSE(files.exists(missing.parent_path()));
+  EXPECT_EQ(user.logFilePath(), fallback);
+  log(LogRole::helper).write(LogLevel::info, "the machine's");
+  EXPECT_THAT(files.content(missing).value_or(""), HasSubstr("the machine's"));
 }
 
 TEST_F(LoggingServiceTest, VerboseLinesNeedEitherSetting) {

@@ -99,9 +99,10 @@ TEST(BusinessHoursGate, MissesAnEnforcementThatFiredOutsideOnceBackInside) {
 
 TEST(BusinessHoursGate, ReadsAndWritesTimesOfDay) {
   const std::pair<const char*, std::optional<int>> times[] = {
-      {"00:00", 0},   {"09:05", 545}, {"9:05", 545},  {" 23:59\n", 1439},    {"24:00", {}}, {"12:60", {}},
-      {"12:5", {}},   {"1200", {}},   {"", {}},       {":30", {}},           {"-1:30", {}}, {"12:30pm", {}},
-      {"012:30", {}}, {"12:+5", {}},  {"12 :30", {}}, {"99999999999:00", {}}};
+      {"00:00", 0},           {"09:05", 545},  {"9:05", 545},  {" 23:59\n", 1439}, {"24:00", {}},
+      {"12:60", {}},          {"12:5", {}},    {"1200", {}},   {"", {}},           {":30", {}},
+      {"-1:30", {}},          {"12:30pm", {}}, {"012:30", {}}, {"12:+5", {}},      {"12 :30", {}},
+      {"99999999999:00", {}}, {"-0:30", {}},   {"+1:30", {}},  {"1:-0", {}}};
   for (const auto& [text, minutes] : times) EXPECT_EQ(BusinessHoursGate::parseMinutesOfDay(text), minutes) << text;
   for (int minutes = 0; minutes < 1440; ++minutes) {
     const auto text = BusinessHoursGate::formatMinutesOfDay(minutes);

@@ -41,6 +41,20 @@ TEST_F(DeferralManagerTest, AUsersDeferralCountsOnTheHardSideAtEveryLevelAndArms
   EXPECT_FALSE(preferences_.readPatchErrorRetryArmed());
 }
 
+TEST_F(DeferralManagerTest, CountsFromWhatStandsInTheDomainAndNeverOverflows) {
+  constexpr auto kMost = std::numeric_limits<std::int64_t>::max();
+  const std::pair<PlistValue, std::int64_t> stored[] = {{7, 8}, {-3, 1}, {"many", 1}, {PlistValue(kMost), kMost}};
+  for (const auto& [before, after] : stored) {
+    domains_.setUser({{"HardDeferralCount", before}, {"FocusDeferralCount", before}, {"Other", "stays"}});
+    manager().recordDeferral(60, DeferralEscalation::normal);
+    manager().recordAutomaticFocusDeferral(60);
+    const auto values = *domains_.user().values;
+    EXPECT_EQ(values.at("HardDeferralCount"), PlistValue(after));
+    EXPECT_EQ(values.at("FocusDeferralCount"), PlistValue(after));
+    EXPECT_EQ(values.at("Other"), PlistValue("stays"));
+  }
+}
+
 TEST_F(DeferralManagerTest, AnAutomaticDeferralCountsOnTheFocusSideOnlyAndSaysSo) {
   manager().recordAutomaticFocusDeferral(30);
   EXPECT_EQ(manager().getDeferralInfo(), (DeferralInfo{.focusDeferralCount = 1, .hardDeferralCount = 0}));

@@ -84,6 +84,8 @@ TEST(DeferralInstallBehaviorResolver, UsesTheOwnUpdateToolUnlessAnOptionSwitches
       {"BLOCKING_PROCESS_ACTION=kill", ownUpdateTool},
       {"INSTALL=force", toldToQuit},
       {"IGNORE_APP_STORE_APPS=yes", toldToQuit},
+      {"INSTALL=Force", ownUpdateTool},
+      {"IGNORE_APP_STORE_APPS=YES", toldToQuit},
       {"IGNORE_APP_STORE_APPS=no", ownUpdateTool},
       {"updateTool=", toldToQuit},
   };

@@ -46,6 +46,18 @@ TEST(LabelFailureHistory, HoldsAfterThreeCountedFailuresInARow) {
   EXPECT_TRUE(held({{failure, 2}, {failure, 2}, {failure, 2}, {failure, 2}}));
 }
 
+TEST(LabelFailureHistory, HoldsAtOnceWhereAnotherTryCannotHelp) {
+  for (const std::int64_t code : {5, 15, 95, 98}) {
+    EXPECT_TRUE(held({{failure, code}})) << code;
+    EXPECT_TRUE(held({{failure, code}, {failure, 2}}, std::nullopt)) << code;
+    EXPECT_FALSE(held({{failure, code}}, "2.1")) << "a new version is tried";
+    EXPECT_FALSE(held({{failure, code}}, "2.0", kStart + 1s)) << "a new cycle is tried";
+    EXPECT_FALSE(held({{failure, code}, {success, 0}})) << code;
+    // Older failures do not take the hold back into the cycle before.
+    EXPECT_TRUE(held({{failure, 2}, {failure, 2}, {failure, code}}, "2.0", kStart + 2h)) << code;
+  }
+}
+
 TEST(LabelFailureHistory, ASuccessEndsTheRow) {
   EXPECT_FALSE(held({{failure, 2}, {failure, 2}, {failure, 2}, {success, 0}}));
   EXPECT_FALSE(held({{failure, 2}, {success, 0}, {failure, 2}, {failure, 2}}));
@@ -98,8 +110,10 @@ TEST(LabelInstallHistory, ReinstallsARequiredApplicationOnceACycle) {
   EXPECT_FALSE(pending({{success, 0}, {success, 0}}, kStart + 1s)) << "the latest install counts";
   EXPECT_FALSE(pending({}, std::nullopt));
 
-  config.installomatorOptions = "NOTIFY=silent";
-  EXPECT_FALSE(pending({}, kStart));
+  for (const auto* others : {"NOTIFY=silent", "INSTALL=Force", "INSTALL=yes", "INSTALL=force INSTALL="}) {
+    config.installomatorOptions = others;
+    EXPECT_FALSE(pending({}, kStart)) << others;
+  }
   config.installomatorOptions = "INSTALL=force";
   app.currentVersion.reset();
   EXPECT_FALSE(pending({}, kStart)) << "a missing one is no reinstall";

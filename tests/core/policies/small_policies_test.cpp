@@ -5,15 +5,23 @@
 #include "core/policies/error_retry_watch.h"
 #include "core/policies/focus_mode_detector.h"
 #include "core/policies/gui_instance_policy.h"
+#include "core/policies/login_item_agent_policy.h"
 #include "core/policies/login_session.h"
+#include "core/policies/menu_bar_icon_click_policy.h"
+#include "core/policies/network_readiness_checker.h"
 #include "core/policies/running_apps_detector.h"
 #include "core/policies/satisfied_deferral_cycle.h"
 #include "core/policies/self_update_version_check.h"
+#include "core/policies/self_update_version_display.h"
 #include "core/policies/startup_jitter.h"
 #include "platform/scripted/scripted_entropy.h"
 #include "platform/scripted/scripted_files.h"
+#include "platform/scripted/scripted_http_client.h"
+#include "platform/scripted/scripted_preference_domains.h"
 #include "platform/scripted/scripted_running_applications.h"
+#include "platform/scripted/scripted_surroundings.h"
 #include "platform/scripted/virtual_time.h"
+#include "support/recording_log.h"
 
 namespace corvane {
 namespace {
@@ -50,10 +58,12 @@ TEST(AtLoginPassPolicy, RunsOnceWithinTheWindowAfterALogin) {
 }
 
 TEST(LoginSession, FindsTheUsersLatestConsoleSession) {
-  const LoginSession sessions[] = {
-      {"ada", kNow - 2h, true}, {"ada", kNow - 1h, true}, {"ada", kNow, false}, {"ben", kNow, true}};
-  EXPECT_EQ(LoginSession::consoleLoginTime("ada", sessions), kNow - 1h);
-  EXPECT_FALSE(LoginSession::consoleLoginTime("cleo", sessions));
+  ScriptedConsoleSessions console;
+  EXPECT_FALSE(LoginSession::consoleLoginTime("ada", console)) << "not known yet";
+  console.known = {{"ada", kNow - 2h}, {"ada", kNow - 1h}, {"ada", std::nullopt}, {"ben", kNow}, {"dan", std::nullopt}};
+  EXPECT_EQ(LoginSession::consoleLoginTime("ada", console), kNow - 1h);
+  EXPECT_FALSE(LoginSession::consoleLoginTime("cleo", console));
+  EXPECT_FALSE(LoginSession::consoleLoginTime("dan", console));
 }
 
 TEST(GUIInstancePolicy, KnowsAStartByTheAgentFromOneThatOnlyInheritedItsSurroundings) {
@@ -83,6 +93,87 @@ TEST(FocusModeDetector, SplitsTheIgnoreListAtCommas) {
             (List{"Final Cut Pro", "Safari", "zoom.us"}));
   EXPECT_EQ(FocusModeDetector::parseIgnoreList(""), List{});
   EXPECT_EQ(FocusModeDetector::parseIgnoreList(","), List{});
+}
+
+TEST(FocusModeDetector, WeighsDoNotDisturbAndWhoKeepsTheDisplayAwake) {
+  using Holders = std::optional<std::vector<std::string>>;
+  const std::vector<std::string> ignored{"caffeinate", "Final Cut Pro"};
+  const struct {
+    std::optional<bool> disturbed;
+    Holders holders;
+    FocusModeDetector::Evaluation expected;
+  } rows[] = {
+      {false, Holders(std::in_place), {.diagnostic = "Do Not Disturb off, no display assertion"}},
+      {true, Holders(std::in_place), {.isActive = true, .diagnostic = "Do Not Disturb on, no display assertion"}},
+      {false,
+       Holders({"Caffeinate", "final cut pro"}),
+       {.diagnostic = "Do Not Disturb off, display kept awake by ignored Caffeinate, final cut pro"}},
+      {false,
+       Holders({"caffeinate", "zoom.us"}),
+       {.isActive = true, .diagnostic = "Do Not Disturb off, display kept awake by zoom.us"}},
+      {std::nullopt,
+       Holders({"zoom.us"}),
+       {.isActive = true,
+        .doNotDisturbUnreadable = true,
+        .diagnostic = "Do Not Disturb unreadable, display kept awake by zoom.us"}},
+      {true,
+       std::nullopt,
+       {.isActive = true,
+        .displayCheckInconclusive = true,
+        .diagnostic = "Do Not Disturb on, display assertions unreadable"}},
+      {std::nullopt,
+       std::nullopt,
+       {.doNotDisturbUnreadable = true,
+        .displayCheckInconclusive = true,
+        .diagnostic = "Do Not Disturb unreadable, display assertions unreadable"}},
+  };
+  for (const auto& row : rows) {
+    ScriptedFocusState state;
+    state.disturbed = row.disturbed;
+    state.holders = row.holders;
+    EXPECT_EQ(FocusModeDetector::evaluate(state, ignored), row.expected) << row.expected.diagnostic;
+  }
+}
+
+TEST(NetworkReadinessChecker, NeedsALinkAndNoKnownCaptivePortal) {
+  VirtualMachine machine;
+  ScriptedNetworkProbe probe(machine.main());
+  const std::pair<NetworkState, bool> rows[] = {{{true, false}, true},
+                                                {{true, std::nullopt}, true},
+                                                {{true, true}, false},
+                                                {{false, false}, false},
+                                                {{false, std::nullopt}, false}};
+  for (const auto& [state, available] : rows) {
+    probe.state = state;
+    std::optional<bool> answer;
+    NetworkReadinessChecker::isInternetAvailable(probe, [&](bool is) { answer = is; });
+    EXPECT_FALSE(answer.has_value());
+    machine.runUntilIdle();
+    EXPECT_EQ(answer, available);
+  }
+}
+
+TEST(LoginItemAgentPolicy, FollowsTheSettingsUnlessTheOrganisationHasItsOwnAgent) {
+  using Policy = LoginItemAgentPolicy;
+  for (const bool open : {false, true})
+    for (const bool keep : {false, true})
+      EXPECT_EQ(Policy::reconciliation(true, {open, keep}), Policy::Reconciliation(Policy::DeferToSystemAgent{}));
+  EXPECT_EQ(Policy::reconciliation(false, {false, false}), Policy::Reconciliation(Policy::Remove{}));
+  EXPECT_EQ(Policy::reconciliation(false, {true, false}), Policy::Reconciliation(Policy::Install{true, false}));
+  for (const bool open : {false, true})
+    EXPECT_EQ(Policy::reconciliation(false, {open, true}), Policy::Reconciliation(Policy::Install{true, true}));
+}
+
+TEST(MenuBarIconClickPolicy, AClickThatClosesThePanelDoesNotOpenItAgain) {
+  using Policy = MenuBarIconClickPolicy;
+  using enum Policy::Phase;
+  using enum Policy::Action;
+  const auto down = Policy::action(mouseDown, true, false);
+  EXPECT_EQ(down, (Policy::Decision{toggleClosed, true}));
+  EXPECT_EQ(Policy::action(mouseUp, false, down.swallowMouseUp), (Policy::Decision{swallow, false}));
+  EXPECT_EQ(Policy::action(mouseDown, false, false), (Policy::Decision{deliver, false}));
+  EXPECT_EQ(Policy::action(mouseUp, true, false), (Policy::Decision{deliver, false}));
+  EXPECT_EQ(Policy::action(mouseDown, false, true), (Policy::Decision{deliver, false})) << "a release that never came";
 }
 
 TEST(RunningAppsDetector, ListsBundlesAndNeverTakesAnUnreadableTableForNothing) {
@@ -168,6 +259,60 @@ TEST(SelfUpdateVersionDisplay, CombinesVersionAndBuild) {
   EXPECT_TRUE(SelfUpdateVersionDisplay::isBuildNumber("20261122"));
   EXPECT_FALSE(SelfUpdateVersionDisplay::isBuildNumber("4.2"));
   EXPECT_FALSE(SelfUpdateVersionDisplay::isBuildNumber(""));
+}
+
+TEST(SelfUpdateVersionDisplay, ReadsTheVersionOfABuildFromTheReleases) {
+  const std::string releases = R"json([
+    {"tag_name": "v4.3-beta", "name": "Corvane 4.3 (12345)"},
+    {"tag_name": "v4.2.1", "name": "Corvane 4.2.1 (1234)"},
+    {"tag_name": "b777", "name": "Four point one, 4.1"},
+    {"tag_name": "b778", "name": null}, 5])json";
+  const std::pair<const char*, std::optional<std::string>> builds[] = {{"1234", "4.2.1 (1234)"},
+                                                                       {"12345", "4.3 (12345)"},
+                                                                       {"777", "4.1 (777)"},
+                                                                       {"778", {}},
+                                                                       {"123", {}},
+                                                                       {"4", {}},
+                                                                       {"4.2.1", {}},
+                                                                       {"", {}}};
+  for (const auto& [build, display] : builds)
+    EXPECT_EQ(SelfUpdateVersionDisplay::displayIn(releases, build), display) << build;
+  for (const auto* damaged : {"", "{}", "[", "[{\"name\":7}]"})
+    EXPECT_FALSE(SelfUpdateVersionDisplay::displayIn(damaged, "1234")) << damaged;
+}
+
+TEST(SelfUpdateVersionDisplay, AsksOnceADayAndKeepsTheLastAnswer) {
+  VirtualMachine machine;
+  ScriptedPreferenceDomains domains{machine.main()};
+  NotificationCenter notifications{machine.main()};
+  RecordingLog log;
+  PreferenceManager preferences{domains, notifications, log};
+  ScriptedHttpClient http{machine.main()};
+  const auto refresh = [&](const char* build) {
+    std::optional<std::optional<std::string>> answer;
+    SelfUpdateVersionDisplay::refresh(build, {preferences, http, machine.clock()},
+                                      [&](std::optional<std::string> display) { answer = std::move(display); });
+    machine.advance(SelfUpdateVersionDisplay::kTimeLimit);
+    return answer.value();
+  };
+  EXPECT_EQ(refresh("1234"), std::nullopt) << "no address";
+  EXPECT_TRUE(http.requests().empty());
+
+  const std::string address = "https://releases.example.org/list";
+  domains.setManaged({{"SelfUpdateReleaseListURL", address}});
+  EXPECT_EQ(refresh("1234"), std::nullopt) << "out of reach";
+  http.pages[address] = {.status = 200, .body = R"json([{"tag_name": "v4.2", "name": "(1234)"}])json"};
+  EXPECT_EQ(refresh("1234"), "4.2 (1234)");
+  EXPECT_EQ(refresh("1234"), "4.2 (1234)");
+  EXPECT_EQ(http.requests().size(), 2U);
+  EXPECT_EQ(refresh("99"), std::nullopt) << "another build is another question";
+
+  machine.advance(SelfUpdateVersionDisplay::kFreshFor);
+  http.pages[address].status = 503;
+  EXPECT_EQ(refresh("1234"), std::nullopt);
+  EXPECT_EQ(http.requests().size(), 4U);
+  EXPECT_EQ(SelfUpdateVersionDisplay::cachedDisplay("1234", preferences), "4.2 (1234)");
+  EXPECT_EQ(SelfUpdateVersionDisplay::cachedDisplay("99", preferences), std::nullopt);
 }
 
 }  // namespace

@@ -101,6 +101,16 @@ TEST_F(PreferenceManagerTest, FormerNamesCountUntilTheNewOneIsSet) {
   EXPECT_FALSE(preferences.isAnyManaged(ManagedGroup::webhooks));
 }
 
+TEST_F(PreferenceManagerTest, NumbersOutOfRangeAreLeftOutOfListsAndToldOnce) {
+  domains.setManaged({{"DeferralTimerMenu", PlistArray{0, 44641, 44640, -5, 1}}});
+  EXPECT_THAT(preferences.loadConfiguration().deferralTimerMenu, ElementsAre(44640, 1));
+  EXPECT_EQ(log.count("DeferralTimerMenu"), 1U);
+  domains.setManaged({{"DeferralTimerMenu", PlistArray{0, -5}}});
+  EXPECT_TRUE(preferences.loadConfiguration().deferralTimerMenu.empty()) << "the prompt falls back to its own list";
+  domains.setManaged({{"DeferralTimerMenu", PlistArray{60, "120"}}});
+  EXPECT_THAT(preferences.loadConfiguration().deferralTimerMenu, ElementsAre(60, 120, 240, 1440));
+}
+
 TEST_F(PreferenceManagerTest, ListsMayBeOneTextAndBlankTextsMeanAbsent) {
   domains.setManaged({{"IgnoredLabels", "zoom*  firefox\n*"},
                       {"RequiredLabels", PlistArray{"a b", 7, "c"}},

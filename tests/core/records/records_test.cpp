@@ -140,6 +140,8 @@ TEST(HelperState, APassIsActiveWhileYoungerThanTheLimit) {
   state.currentRun = HelperBackgroundCurrentRun{.runID = "r", .startedAt = start};
   EXPECT_TRUE(state.isBackgroundPassActive(start + 59min, 1h));
   EXPECT_FALSE(state.isBackgroundPassActive(start + 1h, 1h));
+  EXPECT_TRUE(state.isBackgroundPassActive(start - 59min, 1h)) << "clocks drift";
+  EXPECT_FALSE(state.isBackgroundPassActive(start - 1h, 1h)) << "the clock was set back";
 }
 
 TEST(HardDeadlineTrigger, FollowsBothLimits) {

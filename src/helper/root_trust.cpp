@@ -1,0 +1,70 @@
+#include "helper/root_trust.h"
+
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "base/atomic_file.h"
+#include "platform/posix/folder_ownership.h"
+
+namespace corvane {
+namespace {
+
+constexpr const char* kDomain = "CRVRootTrust";
+constexpr mode_t kEventsMode = 01777;
+
+Status checkOne(const std::filesystem::path& path, uid_t ownUid) {
+  struct stat state {};
+  if (lstat(path.c_str(), &state) != 0) return std::unexpected(fileError("looking at", path, errno));
+  if (state.st_uid != 0 && state.st_uid != ownUid)
+    return failure(kDomain, EPERM, fmt::format("{} belongs to another user", path.string()));
+  const mode_t others = ownUid == 0 ? S_IWGRP | S_IWOTH : S_IWOTH;
+  if (!S_ISLNK(state.st_mode) && (state.st_mode & others) != 0)
+    return failure(kDomain, EPERM, fmt::format("{} may be written to by others", path.string()));
+  return {};
+}
+
+Status checkUpTo(std::filesystem::path path, const std::filesystem::path& root, uid_t ownUid) {
+  for (;;) {
+    if (auto trusted = checkOne(path, ownUid); !trusted) return trusted;
+    if (path == root || !path.has_relative_path()) return {};
+    path = path.parent_path();
+  }
+}
+
+Status makeEventsFolder(const std::filesystem::path& folder) {
+  if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) return std::unexpected(fileError("making", folder, errno));
+  struct stat state {};
+  if (lstat(folder.c_str(), &state) != 0) return std::unexpected(fileError("looking at", folder, errno));
+  if (!S_ISDIR(state.st_mode) || state.st_uid != geteuid())
+    return failure(kDomain, EPERM, fmt::format("{} is no folder of the helper's own", folder.string()));
+  if ((state.st_mode & 07777) != kEventsMode && chmod(folder.c_str(), kEventsMode) != 0)
+    return std::unexpected(fileError("opening to all users", folder, errno));
+  return {};
+}
+
+}  // namespace
+
+Status checkTrustedPath(const std::filesystem::path& path, const std::filesystem::path& root, uid_t ownUid) {
+  if (auto named = checkUpTo(path, root, ownUid); !named) return named;
+  std::error_code error;
+  const auto real = std::filesystem::canonical(path, error);
+  const auto realRoot = error ? std::filesystem::path() : std::filesystem::canonical(root, error);
+  if (error) return std::unexpected(fileError("following", path, error.value()));
+  return checkUpTo(real, realRoot, ownUid);
+}
+
+Status prepareFolders(const CorvaneConstants& places) {
+  for (const auto& folder : {places.supportFolder(), places.logFolder(), places.helperSocket().parent_path()}) {
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    if (error) return std::unexpected(fileError("making", folder, error.value()));
+    if (geteuid() != 0) continue;
+    if (auto own = checkOwnFolder(folder); !own) return own;
+  }
+  return makeEventsFolder(places.deferralEventsFolder());
+}
+
+}  // namespace corvane

@@ -1,0 +1,24 @@
+// What a helper with root's rights may rely on: files and folders that nobody else can exchange. Changes nothing but
+// the folders that it makes.
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+
+#include "base/error.h"
+#include "core/places.h"
+
+namespace corvane {
+
+// Success when `path` and each folder above it up to `root`, by name and behind every link, belongs to root or to
+// `ownUid` and can be written to by nobody else; where we are not root, a group of ours may. Fails in the domain
+// "CRVRootTrust" with a text that names what is wrong.
+[[nodiscard]] Status checkTrustedPath(const std::filesystem::path& path, const std::filesystem::path& root,
+                                      uid_t ownUid);
+
+// Makes the folders of state, log, socket and deferral events where they are missing, and for root checks that they are
+// root's alone. That of the deferral events takes a file of each user, so all may write there, and it is sticky.
+[[nodiscard]] Status prepareFolders(const CorvaneConstants& places);
+
+}  // namespace corvane

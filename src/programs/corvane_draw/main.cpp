@@ -1,0 +1,54 @@
+// Draws the dashboard of CORVANE_ROOT and HOME into a picture, by the window that the application shows. It
+// starts nothing and claims nothing: what it draws is the state as it lies on disk.
+#include <dlfcn.h>
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <filesystem>
+
+#include "app/windows_module.h"
+#include "programs/user/user_machine.h"
+
+namespace {
+
+using namespace corvane;
+
+int draw(const std::filesystem::path& bundle, const std::string& file) {
+  const auto places = placesFromEnvironment();
+  if (!places) {
+    fmt::print(stderr, "corvane_draw: {}\n", places.error().text);
+    return 1;
+  }
+  void* module = dlopen((bundle / "Contents/PlugIns" / kWindowsModuleFile).c_str(), RTLD_NOW | RTLD_LOCAL);
+  auto* drawDashboard =
+      module == nullptr
+          ? nullptr
+          : reinterpret_cast<int (*)(WindowsHost&, const std::string&)>(dlsym(module, kDrawDashboardSymbol));
+  if (drawDashboard == nullptr) {
+    fmt::print(stderr, "corvane_draw: the windows module cannot be opened: {}\n", dlerror());
+    return 1;
+  }
+  UserMachine machine(*places, bundle / "Contents/MacOS/Corvane");
+  Services services(machine.ports());
+  StatusViewModel model(services.workflow());
+  model.refreshHelperState(false);
+  const auto workflow = services.workflow();
+  WindowsHost host{.model = model, .services = workflow, .loop = machine.loop};
+  if (drawDashboard(host, file) == 0) return 0;
+  fmt::print(stderr, "corvane_draw: {} cannot be written\n", file);
+  return 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 3) {
+    fmt::print(stderr, "usage: corvane_draw BUNDLE FILE.png\n");
+    return 2;
+  }
+  std::error_code error;
+  const auto bundle = std::filesystem::canonical(argv[1], error);
+  if (!error) return draw(bundle, argv[2]);
+  fmt::print(stderr, "corvane_draw: {}: {}\n", argv[1], error.message());
+  return 1;
+}

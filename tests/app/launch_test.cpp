@@ -1,0 +1,97 @@
+// What the application says and decides before its model stands.
+#include <gtest/gtest.h>
+
+#include "app/command_line.h"
+#include "app/launch_log.h"
+#include "app/single_instance.h"
+#include "support/recording_log.h"
+
+namespace corvane {
+namespace {
+
+TEST(CommandLine, UsageShowsTheConfiguredTitleAndEveryOption) {
+  EXPECT_EQ(usageText("Contoso Updates"),
+            "Contoso Updates\n"
+            "\n"
+            "  --generate-diagnostic-bundle [--output <dir|file.zip>] [--verbose]\n"
+            "      Write a diagnostic zip and print its path on stdout.\n"
+            "      With no --output, the zip is written to /var/tmp.\n"
+            "      Progress is written to stderr when stderr is a terminal, or with --verbose.\n"
+            "\n"
+            "  --clear-notifications\n"
+            "      Remove delivered and scheduled Contoso Updates notifications, then exit.\n"
+            "\n"
+            "  --help\n"
+            "      Show this usage.\n");
+}
+
+TEST(CommandLine, OptionsAreWholeArgumentsAnywhereAndUnknownOnesAreIgnored) {
+  const std::vector<std::string_view> given{"-psn_0_1234", "--generate-diagnostic-bundle", "--clear-notifications", "--helpx", "-h"};
+  const auto arguments = LaunchArguments::parse(given);
+  EXPECT_TRUE(arguments.help);
+  EXPECT_EQ(arguments.batchJob, "--clear-notifications");
+}
+
+TEST(LaunchLine, TellsWhatIsKnownAndSaysUnknownForTheRest) {
+  EXPECT_EQ(launchLine({.shortVersion = "4.1",
+                        .build = "412",
+                        .helperStatus = HelperStatus::requiresApproval,
+                        .silentLaunch = true,
+                        .backgroundLaunch = true,
+                        .showDashboard = false,
+                        .uid = 501}),
+            "Launched v4.1 (412); helperStatus=requiresApproval; silentLaunch=true; backgroundLaunch=true; "
+            "showDashboard=false; uid=501");
+  EXPECT_EQ(launchLine({.helperStatus = HelperStatus::notFound, .showDashboard = true, .uid = 0}),
+            "Launched vunknown (unknown); helperStatus=notFound; silentLaunch=false; backgroundLaunch=false; "
+            "showDashboard=true; uid=0");
+}
+
+struct SetLock final : SessionLock {
+  Attempt answer;
+  std::filesystem::path file = "/Users/ada/Library/Application Support/Corvane/gui.instance.lock";
+  [[nodiscard]] Attempt take() override { return answer; }
+  [[nodiscard]] Attempt takeExisting() override { return answer; }
+  [[nodiscard]] const std::filesystem::path& path() const override { return file; }
+};
+
+TEST(SingleInstance, OnlyAHolderStopsTheLaunchAndEveryOutcomeIsLogged) {
+  using Outcome = SessionLock::Outcome;
+  const struct {
+    SessionLock::Attempt attempt;
+    bool byAgent;
+    bool goesOn;
+    LogLevel level;
+    const char* line;
+  } rows[] = {
+      {{Outcome::taken, ""}, true, true, LogLevel::info, "This is the only Corvane instance (launchAgent=true)."},
+      {{Outcome::taken, ""}, false, true, LogLevel::info, "This is the only Corvane instance (launchAgent=false)."},
+      {{Outcome::heldByOther, ""},
+       false,
+       false,
+       LogLevel::info,
+       "Another instance is already running; this launch will exit without a menu bar item."},
+      {{Outcome::couldNotMakeFolder, "Read-only file system"},
+       false,
+       true,
+       LogLevel::warning,
+       "Could not create /Users/ada/Library/Application Support/Corvane for the single-instance lock (Read-only file "
+       "system); continuing."},
+      {{Outcome::couldNotOpen, "Permission denied"},
+       false,
+       true,
+       LogLevel::warning,
+       "Could not open the single-instance lock at /Users/ada/Library/Application Support/Corvane/gui.instance.lock; "
+       "continuing."}};
+  for (const auto& row : rows) {
+    RecordingLog log;
+    SetLock lock;
+    lock.answer = row.attempt;
+    EXPECT_EQ(claimSingleInstance(lock, row.byAgent, Logger(log, "Corvane")), row.goesOn) << row.line;
+    const RecordingLog::Line expected{row.level, std::string("Corvane: ") + row.line};
+    EXPECT_EQ(log.lines(), std::vector{expected});
+  }
+}
+
+}  // namespace
+}  // namespace corvane

@@ -1,0 +1,139 @@
+// The real machine under a user's program: where it works, and that its services stand on it without touching it.
+#include "programs/user/user_machine.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <optional>
+
+#include "support/temporary_folder.h"
+#include "workflow/status_view_model.h"
+
+namespace corvane {
+namespace {
+
+// A variable of the environment for as long as this lives.
+class Variable {
+ public:
+  Variable(const char* name, const char* value) : name_(name) {
+    if (const char* old = getenv(name)) old_ = old;
+    if (value == nullptr)
+      unsetenv(name);
+    else
+      setenv(name, value, 1);
+  }
+  ~Variable() {
+    if (old_)
+      setenv(name_, old_->c_str(), 1);
+    else
+      unsetenv(name_);
+  }
+  Variable(const Variable&) = delete;
+  Variable& operator=(const Variable&) = delete;
+
+ private:
+  const char* name_;
+  std::optional<std::string> old_;
+};
+
+TEST(PlacesFromEnvironment, NoRootOrTheWholeMachineIsTheMachine) {
+  const Variable home("HOME", "/Users/ada");
+  for (const char* value : {static_cast<const char*>(nullptr), "", "/"}) {
+    const Variable root("CORVANE_ROOT", value);
+    const auto places = placesFromEnvironment();
+    ASSERT_TRUE(places);
+    EXPECT_EQ(places->root, "/");
+    EXPECT_EQ(places->home, "/Users/ada");
+  }
+}
+
+TEST(PlacesFromEnvironment, AnOwnFolderIsHonouredByItsCanonicalPath) {
+  const testing::TemporaryFolder folder;
+  std::filesystem::create_directories(folder.path() / "mac");
+  std::filesystem::create_symlink("mac", folder.path() / "link");
+  const Variable root("CORVANE_ROOT", (folder.path() / "link").c_str());
+  const auto places = placesFromEnvironment();
+  ASSERT_TRUE(places) << places.error().text;
+  EXPECT_EQ(places->root, folder.path() / "mac");
+}
+
+TEST(PlacesFromEnvironment, AnyOtherRootIsRefusedWithTheReason) {
+  const testing::TemporaryFolder folder;
+  const auto made = [&](const char* name, mode_t mode) {
+    const auto path = folder.path() / name;
+    std::filesystem::create_directories(path);
+    chmod(path.c_str(), mode);
+    return path.string();
+  };
+  const auto foreign = [&]() -> std::string {
+    if (geteuid() != 0) return "/usr";
+    const auto path = made("foreign", 0755);
+    return chown(path.c_str(), 1, 1) == 0 ? path : "/";
+  }();
+  const struct {
+    std::string root;
+    std::string reason;
+    int code;
+  } rows[] = {
+      {"build/sample", "CORVANE_ROOT must be an absolute path; it is \"build/sample\".", 1},
+      {foreign, "CORVANE_ROOT: " + foreign + " does not belong to the user who runs this program", EPERM},
+      {made("group", 0775), "may be written to by others; take that right away", EPERM},
+      {made("world", 0757), "may be written to by others; take that right away", EPERM},
+      {folder.write("file", ""), "is not a folder", ENOTDIR},
+      {folder.path() / "gone", "cannot be looked at: No such file or directory", ENOENT},
+  };
+  for (const auto& row : rows) {
+    const Variable root("CORVANE_ROOT", row.root.c_str());
+    const auto places = placesFromEnvironment();
+    ASSERT_FALSE(places) << row.root;
+    EXPECT_EQ(places.error().code, row.code) << row.root;
+    EXPECT_NE(places.error().text.find(row.reason), std::string::npos) << places.error().text;
+    EXPECT_TRUE(places.error().text.starts_with("CORVANE_ROOT")) << places.error().text;
+  }
+}
+
+TEST(Services, StandOnAnEmptyMachineAndLeaveItAsItWas) {
+  const testing::TemporaryFolder folder;
+  {
+    UserMachine machine({.root = folder.path(), .home = folder.path() / "Users/ada"});
+    Services services(machine.ports());
+    StatusViewModel model(services.workflow());
+    EXPECT_TRUE(model.fields().inventory.apps.empty());
+    EXPECT_TRUE(model.isIdle());
+    EXPECT_FALSE(services.installation.isOperational());
+    EXPECT_TRUE(services.receipts.readAllReceipts().empty());
+  }
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
+// What another program writes to either file is in force without a restart.
+TEST(Services, AManagedPreferenceWrittenByAnotherProgramIsTaken) {
+  const testing::TemporaryFolder folder;
+  UserMachine machine({.root = folder.path(), .home = folder.path() / "Users/ada"});
+  Services services(machine.ports());
+  const auto watching = services.preferences.startWatching();
+  int changes = 0;
+  const auto observing =
+      services.notifications.observe<CorvaneSettingsDidChange>([&](const CorvaneSettingsDidChange&) { ++changes; });
+  EXPECT_EQ(services.preferences.loadConfiguration().supportTeamName, "");
+
+  const PlistDict managed{{"SupportTeamName", "Service Desk"}};
+  folder.write(std::filesystem::relative(machine.places.managedPreferencesPath(), folder.path()),
+               writePlist(managed, PlistFormat::xml).value());
+  EXPECT_TRUE(machine.loop.pump([&] { return changes > 0; }, 10s));
+  EXPECT_EQ(services.preferences.loadConfiguration().supportTeamName, "Service Desk");
+  EXPECT_EQ(services.preferences.valueSource("SupportTeamName"), ValueSource::managed);
+
+  changes = 0;
+  const PlistDict user{{"SupportTeamName", "Somebody"}, {"VerboseMode", true}};
+  folder.write(std::filesystem::relative(machine.places.userPreferencesPath(), folder.path()),
+               writePlist(user, PlistFormat::binary).value());
+  EXPECT_TRUE(machine.loop.pump([&] { return services.preferences.loadConfiguration().verboseMode; }, 10s));
+  EXPECT_EQ(services.preferences.loadConfiguration().supportTeamName, "Service Desk");
+}
+
+}  // namespace
+}  // namespace corvane

@@ -1,0 +1,120 @@
+// The command line as a value.
+#include "ctl/command.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace corvane::ctl {
+namespace {
+
+// Words apart by blanks; "''" is an empty argument.
+Result<Command> parsed(const std::string& line, bool* json = nullptr) {
+  std::istringstream stream(line);
+  std::vector<std::string> words;
+  for (std::string word; stream >> word;) words.push_back(word == "''" ? "" : word);
+  const std::vector<std::string_view> arguments(words.begin(), words.end());
+  if (json != nullptr) *json = wantsJson(arguments);
+  return parseCommand(arguments);
+}
+
+std::string kindOf(const Command& command) {
+  switch (command.kind) {
+    case Command::Kind::help:
+      return command.verbGiven ? "help " + std::string(factsOf(command.verb).name) : "help";
+    case Command::Kind::version:
+      return "version";
+    case Command::Kind::run:
+      break;
+  }
+  std::string text(factsOf(command.verb).name);
+  if (command.json) text += " json";
+  if (command.filter != FilterMode::all) text += " " + std::string(rawName(command.filter));
+  if (!command.labels.empty()) text += " [" + joined(command.labels) + "]";
+  return text;
+}
+
+TEST(ParseCommand, UnderstandsEachFormWithOptionsAnywhere) {
+  const struct {
+    const char* line;
+    const char* command;
+  } rows[] = {
+      {"", "help"},
+      {"--help", "help"},
+      {"-h", "help"},
+      {"help", "help"},
+      {"help update", "help update"},
+      {"update --help", "help update"},
+      {"check quill -h", "help check"},
+      {"--version", "version"},
+      {"status", "status"},
+      {"status --json", "status json"},
+      {"list", "list"},
+      {"list --filter alerts", "list alerts"},
+      {"list --filter=NEEDSUPDATE --json", "list json needsUpdate"},
+      {"list --json --filter upToDate", "list json upToDate"},
+      {"list --filter all", "list"},
+      {"list --filter alerts --filter upToDate", "list upToDate"},
+      {"check quill tern", "check [quill, tern]"},
+      {"check quill --json tern quill", "check json [quill, tern]"},
+      {"update --json", "update json"},
+      {"update '' quill", "update [quill]"},
+      {"history quill", "history [quill]"},
+      {"settings", "settings"},
+  };
+  for (const auto& row : rows) {
+    const auto command = parsed(row.line);
+    ASSERT_TRUE(command) << row.line << ": " << command.error().text;
+    EXPECT_EQ(kindOf(*command), row.command) << row.line;
+  }
+}
+
+TEST(ParseCommand, SaysWhatIsWrongAndWhereHelpIs) {
+  const struct {
+    const char* line;
+    const char* text;
+  } rows[] = {
+      {"lst", "There is no command \"lst\". See corvanectl --help."},
+      {"--json", "There is no command \"--json\". See corvanectl --help."},
+      {"--json list", "There is no command \"--json\". See corvanectl --help."},
+      {"help lst", "There is no command \"lst\". See corvanectl --help."},
+      {"Update", "There is no command \"Update\". See corvanectl --help."},
+      {"list quill", "list takes no \"quill\". See corvanectl list --help."},
+      {"settings VerboseMode", "settings takes no \"VerboseMode\". See corvanectl settings --help."},
+      {"list --filter", "--filter needs one of all, needsUpdate, alerts, upToDate."},
+      {"list --filter=", "\"\" is no filter; it is one of all, needsUpdate, alerts, upToDate."},
+      {"list --filter --json", "\"--json\" is no filter; it is one of all, needsUpdate, alerts, upToDate."},
+      {"update --force", "update knows no option --force. See corvanectl update --help."},
+      {"check --filter alerts", "check knows no option --filter. See corvanectl check --help."},
+      {"list -j", "list knows no option -j. See corvanectl list --help."},
+  };
+  for (const auto& row : rows) {
+    const auto command = parsed(row.line);
+    ASSERT_FALSE(command) << row.line;
+    EXPECT_EQ(command.error().text, row.text);
+    EXPECT_EQ(command.error().code, static_cast<int>(ExitCode::usage));
+  }
+}
+
+TEST(ParseCommand, UsageErrorsAreObjectsWhereverJsonStands) {
+  bool json = false;
+  EXPECT_FALSE(parsed("lst quill --json", &json));
+  EXPECT_TRUE(json);
+  EXPECT_FALSE(parsed("lst", &json));
+  EXPECT_FALSE(json);
+}
+
+TEST(Help, EveryVerbHasAPageOfItsOwnAndALineInTheOverview) {
+  const auto overview = overviewHelp();
+  for (const auto& facts : verbs()) {
+    EXPECT_TRUE(facts.help.starts_with("Usage: corvanectl " + std::string(facts.name))) << facts.name;
+    EXPECT_NE(overview.find("\n  " + std::string(facts.name) + " "), std::string::npos) << facts.name;
+    EXPECT_NE(facts.help.find("[--json]"), std::string::npos) << facts.name;
+    EXPECT_EQ(facts.help.find("LABEL") != std::string::npos, facts.takesLabels) << facts.name;
+    std::istringstream page{std::string(facts.help)};
+    for (std::string line; std::getline(page, line);) EXPECT_LE(line.size(), 80U) << line;
+  }
+}
+
+}  // namespace
+}  // namespace corvane::ctl

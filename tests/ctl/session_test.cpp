@@ -1,0 +1,262 @@
+// Commands over a scripted machine: what is printed, on which stream, and what the process ends with.
+#include "ctl/session.h"
+
+#include <deque>
+
+#include "workflow/workflow_fixture.h"
+
+namespace corvane {
+namespace {
+
+using ctl::ExitCode;
+using ctl::Verb;
+
+struct SetLock final : SessionLock {
+  Attempt answer;
+  int taken = 0;
+  std::filesystem::path file = "/lock";
+  [[nodiscard]] Attempt take() override {
+    ++taken;
+    return answer;
+  }
+  [[nodiscard]] Attempt takeExisting() override { return answer; }
+  [[nodiscard]] const std::filesystem::path& path() const override { return file; }
+};
+
+class CtlSession : public WorkflowTest {
+ protected:
+  // An application of ours with an inventory from before, as corvanectl finds it: the model does not act yet.
+  void know(const Apps& apps) {
+    preferences.writeDiscoveredApps(apps);
+    preferences.writePreference("LastDiscoveryDate", time.now() - 24h);
+  }
+
+  // What the helper answers to its next calls, in order.
+  void answerDiscoveries(std::initializer_list<Apps> answers) {
+    for (const auto& apps : answers) discoveryAnswers_.push_back(apps);
+  }
+
+  ExitCode run(ctl::Command command) {
+    out.clear();
+    err.clear();
+    model = std::make_unique<StatusViewModel>(services);
+    HelperStart helperStart(installation, time.main());
+    return ctl::runCommand(
+        command, {.model = *model,
+                  .preferences = preferences,
+                  .installation = installation,
+                  .helperStart = helperStart,
+                  .helper = helper,
+                  .receipts = receipts,
+                  .locale = locale,
+                  .clock = time.clock(),
+                  .files = files,
+                  .places = places,
+                  .lock = lock,
+                  .pump = [this](const std::function<bool()>& done, Duration limit) { return pump(done, limit); },
+                  .out = [this](std::string_view text) { out += text; },
+                  .err = [this](std::string_view text) { err += text; },
+                  .progress = onTerminal ? std::function<void(std::string_view)>(
+                                               [this](std::string_view text) { progress.emplace_back(text); })
+                                         : nullptr});
+  }
+  ExitCode runJson(Verb verb, Labels labels = {}) {
+    return run({.verb = verb, .json = true, .labels = std::move(labels)});
+  }
+
+  bool pump(const std::function<bool()>& done, Duration limit) {
+    const auto end = time.steadyNow() + std::min<Duration>(limit, 1h);
+    while (time.steadyNow() < end) {
+      time.runUntilIdle();
+      if (!helper.discoveries.empty() && !discoveryAnswers_.empty()) {
+        helper.answerDiscovery(discoveryAnswers_.front());
+        discoveryAnswers_.pop_front();
+      } else if (!helper.statuses.empty()) {
+        auto asked = std::move(helper.statuses.front());
+        helper.statuses.pop_front();
+        asked(StatusInfo{});
+      } else if (!helper.runs.empty() && runAnswer) {
+        helper.answerRun(*std::exchange(runAnswer, std::nullopt));
+      }
+      time.runUntilIdle();
+      if (done()) return true;
+      time.advance(100ms);
+    }
+    ADD_FAILURE() << "the command waits for ever";
+    return false;
+  }
+
+  // The one object that was printed.
+  [[nodiscard]] JsonValue json() const {
+    EXPECT_EQ(std::ranges::count(out, '\n'), 1) << out;
+    auto value = parseJson(out);
+    EXPECT_TRUE(value) << out;
+    return value.value_or(JsonValue());
+  }
+  [[nodiscard]] JsonValue field(std::string_view key) const {
+    const auto object = json();
+    const auto* found = object.find(key);
+    return found == nullptr ? JsonValue() : *found;
+  }
+  [[nodiscard]] std::string errorText() const {
+    const auto error = field("error");
+    const auto* text = error.find("text");
+    return text == nullptr ? "<none>" : std::string(text->string().value_or("<no text>"));
+  }
+
+  SetLock lock;
+  std::optional<Result<PatchRunAnswer>> runAnswer;
+  bool onTerminal = false;
+  std::string out;
+  std::string err;
+  std::vector<std::string> progress;
+
+ private:
+  std::deque<Apps> discoveryAnswers_;
+};
+
+TEST_F(CtlSession, OnlyVerbsThatWriteClaimTheSessionAndYieldToTheApplication) {
+  know({current("quill")});
+  lock.answer.outcome = SessionLock::Outcome::heldByOther;
+  for (const auto& facts : ctl::verbs()) {
+    lock.taken = 0;
+    EXPECT_EQ(run({.verb = facts.verb}), facts.writes ? ExitCode::applicationRuns : ExitCode::done) << facts.name;
+    EXPECT_EQ(lock.taken, facts.writes ? 1 : 0) << facts.name;
+    EXPECT_EQ(err.empty(), !facts.writes) << facts.name;
+    EXPECT_EQ(out.empty(), facts.writes) << facts.name;
+  }
+  EXPECT_EQ(helper.discoveriesAsked + helper.runsAsked, 0);
+  EXPECT_EQ(runJson(Verb::update), ExitCode::applicationRuns);
+  EXPECT_EQ(errorText(), "Corvane or another corvanectl is at work and owns the state. Do this in the window, or quit it and try again.");
+  EXPECT_TRUE(err.empty());
+}
+
+TEST_F(CtlSession, ALockThatCannotBeMadeIsTheSessionsConvenienceAndHindersNothing) {
+  know({current("quill")});
+  lock.answer = {.outcome = SessionLock::Outcome::couldNotMakeFolder, .error = "Read-only file system"};
+  EXPECT_EQ(run({.verb = Verb::update}), ExitCode::done);
+  EXPECT_EQ(err, "corvanectl: the session could not be claimed (Read-only file system); continuing\n");
+  EXPECT_EQ(out, "Nothing to update.\n");
+}
+
+TEST_F(CtlSession, VerbsThatReadWriteNothing) {
+  know({outdated("quill")});
+  const auto before = *domains.user().values;
+  const auto calls = files.content(places.receipts());
+  for (const auto verb : {Verb::status, Verb::list, Verb::history, Verb::settings}) {
+    EXPECT_EQ(run({.verb = verb}), ExitCode::done);
+    EXPECT_EQ(runJson(verb), ExitCode::done);
+  }
+  EXPECT_EQ(*domains.user().values, before);
+  EXPECT_EQ(files.content(places.receipts()), calls);
+  EXPECT_EQ(helper.discoveriesAsked + registration.kickstarts + registration.registered, 0);
+}
+
+TEST_F(CtlSession, AHelperOutOfReachFailsCheckAndUpdateWithFour) {
+  know({outdated("quill")});
+  registration.current = HelperStatus::requiresApproval;
+  EXPECT_EQ(runJson(Verb::check), ExitCode::helperOutOfReach);
+  EXPECT_EQ(errorText(), "Root helper requires approval in System Settings › Login Items.");
+  EXPECT_EQ(run({.verb = Verb::update}), ExitCode::helperOutOfReach);
+  EXPECT_EQ(err, "corvanectl: Root helper requires approval in System Settings › Login Items.\n");
+  EXPECT_TRUE(out.empty());
+  EXPECT_EQ(helper.runsAsked, 0);
+}
+
+TEST_F(CtlSession, LabelsThatNobodyKnowsFailBeforeAnythingIsAsked) {
+  know({outdated("quill")});
+  for (const auto verb : {Verb::check, Verb::update}) {
+    EXPECT_EQ(runJson(verb, {label("quill"), label("nosuch"), label("other")}), ExitCode::failed);
+    EXPECT_EQ(errorText(),
+              "No application is known under nosuch, other. `corvanectl list` shows the labels, `corvanectl discover` "
+              "looks for applications.");
+  }
+  EXPECT_EQ(helper.discoveriesAsked + helper.runsAsked, 0);
+}
+
+TEST_F(CtlSession, NothingToDoIsDone) {
+  know({current("quill"), unchecked("tern")});
+  EXPECT_EQ(runJson(Verb::update), ExitCode::done);
+  EXPECT_EQ(field("success"), JsonValue(true));
+  EXPECT_EQ(field("installedCount"), JsonValue(0));
+  EXPECT_EQ(run({.verb = Verb::update, .labels = {label("quill")}}), ExitCode::done);
+  EXPECT_EQ(out, "quill is up to date.\n");
+  EXPECT_EQ(run({.verb = Verb::history, .labels = {label("quill")}}), ExitCode::done);
+  EXPECT_EQ(out, "No patch runs recorded.\n");
+  EXPECT_EQ(run({.verb = Verb::list, .filter = FilterMode::alerts}), ExitCode::done);
+  EXPECT_EQ(out, "No application in this filter.\n");
+}
+
+TEST_F(CtlSession, ANamedApplicationThatCannotBeUpdatedIsAFailureThatSaysWhy) {
+  auto store = outdated("store");
+  store.macAppStoreManaged = true;
+  auto foreign = outdated("foreign");
+  foreign.teamIDMismatch = true;
+  auto broken = unchecked("broken");
+  broken.updateCheckFailed = true;
+  know({outdated("quill"), store, foreign, broken, unchecked("fresh")});
+  const struct {
+    const char* label;
+    const char* why;
+  } rows[] = {{"foreign", "foreign is signed by another vendor than its label expects."},
+              {"broken", "broken could not be checked."},
+              {"fresh", "fresh was not checked yet; `corvanectl check` does."}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(run({.verb = Verb::update, .labels = {label("quill"), label(row.label)}}), ExitCode::failed);
+    EXPECT_EQ(err, std::string("corvanectl: Not updated: ") + row.why + "\n");
+    EXPECT_TRUE(out.empty());
+  }
+  EXPECT_EQ(helper.runsAsked, 0);
+}
+
+TEST_F(CtlSession, ARunThatFailsEndsWithOneAndPrintsWhatBecameOfIt) {
+  know({outdated("quill"), outdated("tern")});
+  runAnswer = PatchRunAnswer{.success = false, .message = "Updated 1 of 2. Failed: tern.", .installedCount = 1};
+  answerDiscoveries({{current("quill"), outdated("tern")}});
+  EXPECT_EQ(runJson(Verb::update), ExitCode::failed);
+  EXPECT_EQ(field("success"), JsonValue(false));
+  EXPECT_EQ(field("message"), JsonValue("Updated 1 of 2. Failed: tern."));
+  EXPECT_EQ(field("installedCount"), JsonValue(1));
+  ASSERT_NE(field("apps").array(), nullptr);
+  EXPECT_EQ(field("apps").array()->size(), 2U);
+  EXPECT_TRUE(err.empty());
+}
+
+TEST_F(CtlSession, AHelperThatDiesInARunIsToldAsTheModelWordsIt) {
+  know({outdated("quill")});
+  runAnswer = failure("CRVHelperChannel", 2, "the helper hung up");
+  answerDiscoveries({{outdated("quill")}});
+  EXPECT_EQ(run({.verb = Verb::update, .labels = {label("quill")}}), ExitCode::failed);
+  EXPECT_TRUE(out.starts_with("Failed to start patching: the helper hung up\n")) << out;
+  EXPECT_TRUE(model->isIdle());
+}
+
+TEST_F(CtlSession, ASuccessfulRunAsksForTheLabelsNamedOnly) {
+  know({outdated("quill"), outdated("tern")});
+  runAnswer = PatchRunAnswer{.success = true, .message = "Updated 1 of 1.", .installedCount = 1};
+  answerDiscoveries({{current("quill")}});
+  EXPECT_EQ(runJson(Verb::update, {label("quill")}), ExitCode::done);
+  EXPECT_EQ(field("success"), JsonValue(true));
+  EXPECT_EQ(field("apps").array()->size(), 1U);
+}
+
+TEST_F(CtlSession, ProgressGoesToATerminalAndChangesNothingThatIsPrinted) {
+  know({outdated("quill")});
+  std::string piped;
+  for (const bool terminal : {false, true}) {
+    onTerminal = terminal;
+    answerDiscoveries({{outdated("quill")}});
+    ASSERT_EQ(runJson(Verb::check, {label("quill")}), ExitCode::done) << out;
+    if (terminal)
+      EXPECT_EQ(out, piped);
+    else
+      piped = out;
+    EXPECT_TRUE(err.empty());
+    EXPECT_EQ(progress.empty(), !terminal);
+  }
+  // The line is taken away at the end.
+  EXPECT_EQ(progress.back(), "");
+}
+
+}  // namespace
+}  // namespace corvane

@@ -1,0 +1,196 @@
+"""A sample Mac of a test's own: real programs, real vendors' server, real helper; all of it ends with the test."""
+
+import json
+import os
+import plistlib
+import shutil
+import signal
+import socket
+import subprocess
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+BUNDLE = Path(os.environ["CORVANE_TEST_BUNDLE"])
+PROGRAMS = Path(os.environ["CORVANE_TEST_PROGRAMS"])
+
+# Few labels keep a run short; those that hang or are slow are tried elsewhere.
+LABELS = ("quill", "ostravamaps", "larkspurnotes", "hazelstopwatch", "rookeryserver", "brindlechat", "uebersee")
+DOMAIN = "org.corvane.Corvane.plist"
+LIMIT = 60  # seconds a command may take before the test gives it up
+
+
+def free_port():
+    with socket.socket() as probe:
+        probe.bind(("127.0.0.1", 0))
+        return probe.getsockname()[1]
+
+
+def eventually(holds, limit=20.0):
+    """Looks every few milliseconds; what is waited for is another process."""
+    end = time.monotonic() + limit
+    while time.monotonic() < end:
+        value = holds()
+        if value:
+            return value
+        time.sleep(0.01)
+    return holds()
+
+
+def executable_of(pid):
+    try:
+        return os.readlink(f"/proc/{pid}/exe")
+    except OSError:
+        return ""
+
+
+class Outcome:
+    def __init__(self, process):
+        self.code = process.returncode
+        self.out = process.stdout
+        self.err = process.stderr
+
+    @property
+    def json(self):
+        return json.loads(self.out)
+
+    def __repr__(self):
+        return f"exit {self.code}\n{self.out}\n{self.err}"
+
+
+class SampleMacTest(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        # Labels are read by an unprivileged user when the helper is root, so the folder is open to reading.
+        self.root = Path(tempfile.mkdtemp(prefix="corvane-e2e-")).resolve()
+        self.addCleanup(shutil.rmtree, self.root, ignore_errors=True)
+        self.root.chmod(0o755)
+        port = free_port()
+        subprocess.run([PROGRAMS / "corvane_sample", "create", self.root, "--port", str(port)], check=True)
+        self.home = self.root / "Users/robin"
+        self.support = self.root / "Library/Application Support/Corvane"
+        self.control = self.support / "sample"
+        for fragment in (self.support / "fragments/labels").iterdir():
+            if not fragment.stem.startswith(LABELS):
+                fragment.unlink()
+        self.set_user({})
+        self.vendors = subprocess.Popen(
+            [PROGRAMS / "sample_vendors", self.root, str(port)], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        self.addCleanup(self.end, self.vendors)
+        self.addCleanup(self.end_installer)
+        self.addCleanup(self.kill_helper)
+        eventually(lambda: self.answers(port))
+
+    @staticmethod
+    def end(process):
+        if process.poll() is None:
+            process.kill()
+        process.wait()
+
+    @staticmethod
+    def answers(port):
+        with socket.socket() as probe:
+            return probe.connect_ex(("127.0.0.1", port)) == 0
+
+    # The programs.
+
+    def environment(self):
+        return {"PATH": "/usr/bin:/bin", "HOME": str(self.home), "CORVANE_ROOT": str(self.root), "TZ": "UTC",
+                "LANG": "C.UTF-8", "no_proxy": "127.0.0.1"}
+
+    def ctl_start(self, *arguments, bundle=BUNDLE, environment=None):
+        return subprocess.Popen([bundle / "Contents/MacOS/corvanectl", *arguments], stdin=subprocess.DEVNULL,
+                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                                env=environment or self.environment())
+
+    def outcome(self, process):
+        try:
+            process.stdout, process.stderr = process.communicate(timeout=LIMIT)
+        except subprocess.TimeoutExpired:
+            process.kill()
+            process.communicate()
+            self.fail(f"{process.args} took longer than {LIMIT} s")
+        return Outcome(process)
+
+    def ctl(self, *arguments, expect=0, **options):
+        outcome = self.outcome(self.ctl_start(*arguments, **options))
+        self.assertEqual(outcome.code, expect, f"{arguments}: {outcome}\n{self.log()}")
+        return outcome
+
+    def helper_pid(self):
+        try:
+            record = json.loads((self.home / "Library/Application Support/Corvane/helper-child.json").read_text())
+        except (OSError, ValueError):
+            return None
+        pid = record["pid"]
+        return pid if executable_of(pid).endswith("/CorvaneRootHelper") else None
+
+    def kill_helper(self, how=signal.SIGKILL):
+        pid = self.helper_pid()
+        if pid is None:
+            return
+        os.kill(pid, how)
+        self.assertTrue(eventually(lambda: executable_of(pid) == ""), "the helper does not end")
+
+    def run_record(self):
+        try:
+            return json.loads((self.support / "helper-run.json").read_text())
+        except (OSError, ValueError):
+            return {}
+
+    def end_installer(self):
+        """The installer leads a process group of its own and outlives a killed helper."""
+        pid = self.run_record().get("childPid")
+        if pid and str(self.root) in self.command_line(pid):
+            os.killpg(pid, signal.SIGKILL)
+
+    @staticmethod
+    def command_line(pid):
+        try:
+            return Path(f"/proc/{pid}/cmdline").read_text()
+        except OSError:
+            return ""
+
+    # The Mac.
+
+    def log(self):
+        texts = []
+        for file in (self.root / "Library/Logs/Corvane/crv.log", self.home / "Library/Logs/Corvane/crv.log"):
+            if file.exists():
+                texts.append(file.read_text())
+        return "".join(texts)
+
+    def log_lines(self, text):
+        return [line for line in self.log().splitlines() if text in line]
+
+    def set_user(self, values):
+        (self.home / "Library/Preferences" / DOMAIN).write_bytes(plistlib.dumps(values, fmt=plistlib.FMT_BINARY))
+
+    def user(self):
+        return plistlib.loads((self.home / "Library/Preferences" / DOMAIN).read_bytes())
+
+    def change_user(self, values):
+        self.set_user(self.user() | values)
+
+    def set_managed(self, values):
+        (self.root / "Library/Managed Preferences" / DOMAIN).write_bytes(plistlib.dumps(values))
+
+    def installed(self, bundle):
+        info = self.root / "Applications" / f"{bundle}.app/Contents/Info.plist"
+        return plistlib.loads(info.read_bytes())["CFBundleShortVersionString"]
+
+    def order(self, kind, label, text):
+        (self.control / kind / label).write_text(text)
+
+    def receipts(self):
+        file = self.support / "receipts.jsonl"
+        return [json.loads(line) for line in file.read_text().splitlines()] if file.exists() else []
+
+    def states(self, outcome):
+        return {app["label"]: app["state"] for app in outcome.json["apps"]}
+
+
+def main():
+    unittest.main(verbosity=2)

@@ -1,0 +1,63 @@
+"""Where settings come from, what of the options string reaches the installer, and whose root is honoured."""
+
+import sample_mac
+
+
+class Settings(sample_mac.SampleMacTest):
+    def settings(self):
+        return {row["key"]: (row["value"], row["source"]) for row in self.ctl("settings", "--json").json["settings"]}
+
+    def test_each_value_and_where_it_comes_from(self):
+        self.set_user({"IgnoredLabels": ["basalt*"], "SupportTeamName": "Somebody", "VerboseMode": True})
+        self.set_managed({"SupportTeamName": "Sample Service Desk"})
+        settings = self.settings()
+        self.assertEqual(settings["IgnoredLabels"], (["basalt*"], "user"))
+        self.assertEqual(settings["SupportTeamName"], ("Sample Service Desk", "managed"))
+        self.assertEqual(settings["VerboseMode"], (True, "user"))
+        self.assertEqual(settings["SupportTeamPhone"], (None, "default"))
+        lines = self.ctl("settings").out.splitlines()
+        self.assertEqual(lines[0].split(), ["KEY", "SOURCE", "VALUE"])
+        self.assertIn(["SupportTeamName", "managed", "Sample", "Service", "Desk"], [line.split() for line in lines])
+
+    def arguments(self):
+        mark = "setting variable from argument "
+        return [line.split(mark, 1)[1] for line in self.log_lines(mark)]
+
+    def test_a_hostile_options_string_of_a_user(self):
+        victim = self.root / "victim"
+        hostile = f"LOGO=/tmp/$(touch${{IFS}}{victim})'`touch${{IFS}}{victim}`;touch"
+        self.set_user({"InstallomatorOptions": f"{hostile} NOTIFY=silent downloadURL=http://127.0.0.1:9/evil expectedTeamID=EVIL"})
+        self.ctl("discover")
+        self.ctl("update", "quill")
+        self.assertEqual(self.installed("Quill"), "2.4")
+        self.assertFalse(victim.exists(), self.log())
+        arguments = self.arguments()
+        self.assertIn("NOTIFY='silent'", arguments)
+        self.assertTrue(any(argument.startswith("LOGO=") for argument in arguments), arguments)
+        self.assertFalse([argument for argument in arguments if argument.startswith(("downloadURL", "expectedTeamID"))])
+        for key in ("downloadURL", "expectedTeamID"):
+            self.assertEqual(len(self.log_lines(f"Installomator option {key} is left out: ")), 1, self.log())
+
+    def test_any_key_of_the_managed_options_string(self):
+        self.set_user({"InstallomatorOptions": "NOTIFY=silent"})
+        self.set_managed({"InstallomatorOptions": "NOTIFY=all expectedTeamID=ANOTHER000"})
+        self.ctl("discover")
+        # The label's own team no longer counts, so the download is refused by the tool.
+        self.ctl("update", "quill", expect=1)
+        self.assertIn("expectedTeamID='ANOTHER000'", self.arguments())
+        self.assertIn("NOTIFY='all'", self.arguments())
+        self.assertEqual(self.receipts()[-1]["installomatorExitCode"], 5)
+        self.assertEqual(self.log_lines("is left out"), [])
+
+    def test_a_root_that_others_may_change_is_refused(self):
+        self.root.chmod(0o777)
+        refused = self.ctl("list", expect=1)
+        self.assertIn("CORVANE_ROOT", refused.err)
+        self.assertIn("may be written to by others", refused.err)
+        self.assertEqual(self.ctl("list", "--json", expect=1).json["error"]["domain"], "CRVFolderOwnership")
+        self.root.chmod(0o755)
+        self.ctl("list")
+
+
+if __name__ == "__main__":
+    sample_mac.main()

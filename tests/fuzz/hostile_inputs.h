@@ -1,0 +1,130 @@
+// Damaged versions of known inputs, the same ones in each run. A corpus is a folder of small files; "good-" in
+// front of a name says that the parser must take the file, "bad-" that it must refuse it. What once broke a parser
+// is added there.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <limits>
+#include <map>
+#include <random>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "support/temporary_folder.h"
+
+namespace corvane::testing {
+
+using Corpus = std::map<std::string, std::string>;  // file name to bytes
+
+inline Corpus corpusOf(std::string_view parser) {
+  Corpus corpus;
+  for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(CORVANE_FUZZ_CORPUS) / parser))
+    corpus.emplace(entry.path().filename().string(), TemporaryFolder::read(entry.path()));
+  EXPECT_FALSE(corpus.empty());
+  return corpus;
+}
+
+// Seeds that lead deep into a parser.
+inline Corpus goodOnes(Corpus corpus) {
+  std::erase_if(corpus, [](const auto& entry) { return !entry.first.starts_with("good-"); });
+  return corpus;
+}
+
+// Replays a corpus; `taken` tells whether the parser took the bytes, and checks what must hold then.
+template <class Check>
+void replay(const Corpus& corpus, const Check& taken) {
+  for (const auto& [name, bytes] : corpus) {
+    SCOPED_TRACE(name);
+    const bool good = name.starts_with("good-");
+    EXPECT_TRUE(good || name.starts_with("bad-"));
+    EXPECT_EQ(taken(bytes), good);
+  }
+}
+
+class HostileInputs {
+ public:
+  // `words` mean something to the parser: damage made of them reaches deeper than damage made of noise.
+  HostileInputs(const Corpus& seeds, std::vector<std::string> words) : words_(std::move(words)) {
+    for (const auto& [name, bytes] : seeds) seeds_.push_back(bytes);
+  }
+
+  // A seed with one to eight injuries, mostly few.
+  std::string next() {
+    auto bytes = pick(seeds_);
+    for (auto injuries = 1 + below(1 + below(8)); injuries > 0; --injuries) injure(bytes);
+    return bytes;
+  }
+
+  std::size_t below(std::size_t limit) { return limit == 0 ? 0 : static_cast<std::size_t>(random_()) % limit; }
+
+ private:
+  static constexpr std::size_t kLongest = 64U << 10U;  // keeps a chain of doublings small
+
+  const std::string& pick(const std::vector<std::string>& from) { return from[below(from.size())]; }
+
+  void injure(std::string& bytes) {
+    const auto at = below(bytes.size() + 1);
+    const auto length = std::min(below(16), bytes.size() - at);
+    switch (below(8)) {
+      case 0:
+        if (at < bytes.size()) bytes[at] = static_cast<char>(bytes[at] ^ (1U << below(8)));
+        break;
+      case 1:
+        if (at < bytes.size()) bytes[at] = static_cast<char>(below(256));
+        break;
+      case 2:
+        bytes.erase(at, length);
+        break;
+      case 3:
+        bytes.insert(at, pick(words_));
+        break;
+      case 4:
+        bytes.replace(at, length, pick(words_));
+        break;
+      case 5:
+        bytes.resize(at);
+        break;
+      case 6: {
+        const auto& other = pick(seeds_);
+        const auto from = below(other.size() + 1);
+        bytes.insert(at, other, from, below(256));
+        break;
+      }
+      default:
+        writeNumber(bytes, at);
+    }
+    if (bytes.size() > kLongest) bytes.resize(kLongest);
+  }
+
+  // A length or an offset in either byte order, at the edges where sums overflow.
+  void writeNumber(std::string& bytes, std::size_t at) {
+    constexpr std::array<std::uint64_t, 10> kEdges = {0,
+                                                      1,
+                                                      0x7f,
+                                                      0xff,
+                                                      0x7fffffff,
+                                                      0x80000000,
+                                                      0xffffffff,
+                                                      0x7fffffffffffffff,
+                                                      0x8000000000000000,
+                                                      std::numeric_limits<std::uint64_t>::max()};
+    const auto value = kEdges[below(kEdges.size())] - below(3);
+    const auto width = std::size_t{1} << below(4);
+    const bool bigEndian = below(2) == 0;
+    for (std::size_t i = 0; i < width && at + i < bytes.size(); ++i)
+      bytes[at + i] = static_cast<char>(value >> (8 * (bigEndian ? width - 1 - i : i)));
+  }
+
+  std::mt19937_64 random_{20010101};
+  std::vector<std::string> seeds_;
+  std::vector<std::string> words_;
+};
+
+}  // namespace corvane::testing

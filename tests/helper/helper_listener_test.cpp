@@ -1,0 +1,107 @@
+// The door alone, in front of this very process: who may ask is played.
+#include "helper/helper_listener.h"
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include "platform/posix/system_clock.h"
+#include "platform/scripted/virtual_time.h"
+#include "platform/uv/uv_main_loop.h"
+#include "support/recording_log.h"
+#include "support/temporary_folder.h"
+
+namespace corvane {
+namespace {
+
+struct ListenerFixture : ::testing::Test {
+  testing::TemporaryFolder folder;
+  SystemClock clock;
+  VirtualMachine machine;  // whose time the log's limit goes by
+  UvMainLoop loop{clock};
+  RecordingLog log;
+  bool mayAsk = true;
+  std::string body;
+  std::unique_ptr<HelperListener> listener =
+      HelperListener::open({.loop = loop.loop(), .main = loop.mainQueue(), .log = log, .clock = machine.clock()},
+                           {.socket = folder.path() / "s",
+                            .mayAsk = [this](uid_t) { return mayAsk; },
+                            .handler = [this](const HelperRequest&, Completion<std::string> answer) { answer(body); }})
+          .value();
+
+  ~ListenerFixture() override {
+    listener.reset();
+    loop.turn();
+  }
+  [[nodiscard]] int connectTo() const {
+    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    sockaddr_un name{};
+    name.sun_family = AF_UNIX;
+    (folder.path() / "s").string().copy(name.sun_path, sizeof name.sun_path - 1);
+    EXPECT_EQ(connect(fd, reinterpret_cast<sockaddr*>(&name), sizeof name), 0);
+    return fd;
+  }
+  static void ask(int fd, const std::string& id) {
+    const auto frame = encodeFrame(composeRequest({.id = id, .question = ask::Status{}}));
+    EXPECT_EQ(send(fd, frame.data(), frame.size(), MSG_NOSIGNAL), static_cast<ssize_t>(frame.size()));
+  }
+  // The code of the error that is answered to `id`; 0 for another answer.
+  int codeFor(int fd, const std::string& id) {
+    FrameDecoder decoder(kAnswerFrameLimit);
+    std::optional<std::string> answer;
+    loop.pump(
+        [&] {
+          char buffer[4096];
+          const auto got = recv(fd, buffer, sizeof buffer, 0);
+          if (got > 0) (void)decoder.feed({buffer, static_cast<std::size_t>(got)});
+          answer = decoder.next();
+          return answer.has_value();
+        },
+        10s);
+    if (!answer) return -1;
+    const auto parsed = parseAnswer(*answer, id);
+    return parsed ? 0 : parsed.error().code;
+  }
+  void waitUntilGone() {
+    EXPECT_TRUE(loop.pump([this] { return listener->peers() == 0; }, 10s));
+  }
+};
+
+TEST_F(ListenerFixture, AsksAtEachRequestWhetherThePeerStillMay) {
+  body = composeAnswer("one", JsonValue());
+  const int fd = connectTo();
+  ask(fd, "one");
+  EXPECT_EQ(codeFor(fd, "one"), 0);
+  mayAsk = false;
+  ask(fd, "two");
+  EXPECT_EQ(codeFor(fd, "two"), static_cast<int>(HelperErrorCode::notPermitted));
+  waitUntilGone();
+  close(fd);
+}
+
+TEST_F(ListenerFixture, TellsOfAUserWhoMayNotAskOnceAMinute) {
+  mayAsk = false;
+  const auto knock = [&] {
+    const int fd = connectTo();
+    EXPECT_EQ(codeFor(fd, "t"), static_cast<int>(HelperErrorCode::notPermitted));
+    waitUntilGone();
+    close(fd);
+  };
+  for (int i = 0; i < 5; ++i) knock();
+  EXPECT_EQ(log.count("Refused a peer of user"), 1U);
+  machine.advance(kRefusalLogInterval);
+  knock();
+  EXPECT_EQ(log.count("Refused a peer of user"), 2U);
+}
+
+TEST_F(ListenerFixture, AnAnswerThatIsTooLargeIsRefusedUnderItsRequestsId) {
+  body.assign(kAnswerFrameLimit + 1, ' ');
+  const int fd = connectTo();
+  ask(fd, "huge");
+  EXPECT_EQ(codeFor(fd, "huge"), static_cast<int>(HelperErrorCode::tooLarge));
+  close(fd);
+}
+
+}  // namespace
+}  // namespace corvane

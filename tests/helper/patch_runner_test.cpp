@@ -1,0 +1,266 @@
+// Whole runs on a small tree: the tool is scripted, time is virtual, bundles and fragments are real files.
+#include "helper/patch_runner.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "core/client/helper_messages.h"
+#include "platform/scripted/scripted_child_processes.h"
+#include "platform/scripted/scripted_entropy.h"
+#include "platform/scripted/scripted_files.h"
+#include "platform/scripted/virtual_time.h"
+#include "support/recording_log.h"
+#include "support/temporary_folder.h"
+
+namespace corvane {
+namespace {
+
+const std::filesystem::path kReceipts = "/receipts.jsonl";
+const std::filesystem::path kRecord = "/helper-run.json";
+
+struct PatchRunnerFixture : ::testing::Test {
+  VirtualMachine machine;
+  ScriptedEntropy entropy;
+  RecordingLog log;
+  testing::TemporaryFolder folder;
+  ScriptedFiles files{machine.clock()};
+  HelperSetting setting;
+
+  // What the tool does for a label: the version that it leaves, and how it ends.
+  struct ToolPlay {
+    std::string installs;
+    ScriptedChild child;
+  };
+  std::map<std::string, ToolPlay> plays;
+  ScriptedChildProcesses children{machine.main(), [this](const ChildSpec& spec) { return play(spec); }};
+  VersionChecker versions{{.children = children, .main = machine.main(), .entropy = entropy, .log = log},
+                          "/bin/zsh",
+                          [] { return std::nullopt; }};
+  AppDiscoverer discoverer{{.work = machine.work(),
+                            .main = machine.main(),
+                            .clock = machine.clock(),
+                            .log = log,
+                            .versions = versions,
+                            .setting = [this] { return setting; }}};
+  ReceiptManager receipts{kReceipts, files, log};
+  RunRecord record{kRecord, files, machine.clock(), log};
+  PatchRunner runner{{.children = children,
+                      .main = machine.main(),
+                      .clock = machine.clock(),
+                      .log = log,
+                      .receipts = receipts,
+                      .discoverer = discoverer,
+                      .record = record,
+                      .setting = [this] { return setting; },
+                      .toolHome = "/var/empty",
+                      .ownUid = geteuid()}};
+  std::optional<Result<PatchRunAnswer>> answer;
+
+  PatchRunnerFixture() {
+    setting.constants.root = folder.path();
+    setting.constants.home = folder.path() / "Users/ann";
+    const auto tool = setting.constants.installomatorScript();
+    folder.writeExecutable(std::filesystem::relative(tool, folder.path()), "#!/bin/sh\n");
+    chmod(tool.c_str(), 0755);
+  }
+  ScriptedChild play(const ChildSpec& spec) {
+    const auto& label = spec.arguments.at(0);
+    const auto& play = plays[label];
+    if (!play.installs.empty()) install(label, play.installs);
+    return play.child;
+  }
+  void install(const std::string& name, const std::string& version) const {
+    folder.write("Applications/" + name + ".app/Contents/Info.plist",
+                 "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
+                 "<key>CFBundleShortVersionString</key><string>" +
+                     version + "</string><key>CFBundleIdentifier</key><string>org.example." + name +
+                     "</string></dict></plist>");
+  }
+  // A label whose application is `installed` (not at all when empty) and whose vendor offers `latest`.
+  void label(const std::string& name, const std::string& installed, const std::string& latest) const {
+    if (!installed.empty()) install(name, installed);
+    folder.write(std::filesystem::relative(setting.constants.labelsFolder() / (name + ".sh"), folder.path()),
+                 name + ")\n    name=\"" + name + "\"\n    type=\"zip\"\n    appNewVersion=\"" + latest +
+                     "\"\n    downloadURL=\"https://example.org\"\n    expectedTeamID=\"ABCDE12345\"\n    ;;\n");
+  }
+  void run(const std::vector<std::string>& names) {
+    answer.reset();
+    Labels labels;
+    for (const auto& name : names) labels.emplace_back(name);
+    runner.run(labels, [this](Result<PatchRunAnswer> ended) { answer = std::move(ended); });
+  }
+  void runToEnd(const std::vector<std::string>& names) {
+    run(names);
+    machine.advance(toolTimeLimit(setting.config) * 2);
+    ASSERT_TRUE(answer);
+  }
+};
+
+TEST_F(PatchRunnerFixture, EachEndOfTheToolLeavesItsReceiptAndItsAnswer) {
+  const auto ended = [](int code) { return ScriptedChild{.exit = ChildExit{.code = code}, .takes = 1s}; };
+  const struct {
+    const char* what;
+    std::string installs;
+    ScriptedChild child;
+    PatchingStatus status;
+    int code;
+    PatchRunAnswer answer;
+  } rows[] = {
+      {"installed", "2.0", ended(0), PatchingStatus::success, 0, {true, "Updated 1 of 1.", 1}},
+      {"beyond the target", "2.1", ended(0), PatchingStatus::success, 0, {true, "Updated 1 of 1.", 1}},
+      {"claimed, but unchanged", "", ended(0), PatchingStatus::failure, -1, {false, "Updated 0 of 1. Failed: app.", 0}},
+      {"failed, though changed",
+       "2.0",
+       ended(3),
+       PatchingStatus::failure,
+       3,
+       {false, "Updated 0 of 1. Failed: app.", 0}},
+      {"download failed", "", ended(2), PatchingStatus::failure, 2, {false, "Updated 0 of 1. Failed: app.", 0}},
+      {"declined by the user", "", ended(10), PatchingStatus::skipped, 10, {false, "Updated 0 of 1.", 0}},
+      {"blocked by a process", "", ended(11), PatchingStatus::skipped, 11, {false, "Updated 0 of 1.", 0}},
+      {"died by a signal",
+       "",
+       ended(128 + 9),
+       PatchingStatus::failure,
+       137,
+       {false, "Updated 0 of 1. Failed: app.", 0}},
+      {"cannot be started",
+       "",
+       {.exit = failure("CRVChildProcess", EACCES, "no leave")},
+       PatchingStatus::failure,
+       126,
+       {false, "Updated 0 of 1. Failed: app.", 0}},
+      {"hangs", "", {.takes = 3h}, PatchingStatus::failure, 128 + 15, {false, "Updated 0 of 1. Failed: app.", 0}},
+  };
+  std::size_t written = 0;
+  for (const auto& row : rows) {
+    label("app", "1.0", "2.0");
+    plays["app"] = {row.installs, row.child};
+    runToEnd({"app"});
+    EXPECT_EQ(answer->value(), row.answer) << row.what;
+    ASSERT_EQ(receipts.readAllReceipts().size(), ++written) << row.what;
+    machine.advance(1s);
+    const auto receipt = receipts.readAllReceipts().front();
+    EXPECT_EQ(receipt.status, row.status) << row.what;
+    EXPECT_EQ(receipt.installomatorExitCode, row.code) << row.what;
+    EXPECT_EQ(receipt.targetVersion, "2.0") << row.what;
+    EXPECT_EQ(receipt.version, row.installs.empty() ? "1.0" : row.installs) << row.what;
+    EXPECT_FALSE(files.exists(kRecord)) << row.what;
+  }
+}
+
+TEST_F(PatchRunnerFixture, TheToolIsAskedOnlyWhereItMustBe) {
+  label("current", "2.0", "2.0");
+  label("newer", "3.0", "2.0");
+  label("missing", "", "1.0");
+  label("old", "1.9", "1.10");
+  setting.config.requiredLabels = {"missing"};
+  for (const char* name : {"missing", "old"}) plays[name] = {"1.10", {}};
+  runToEnd({"current", "newer", "nosuch", "missing", "old"});
+  EXPECT_EQ(answer->value(), (PatchRunAnswer{false, "Updated 2 of 5. Failed: nosuch.", 2}));
+  ASSERT_EQ(children.started().size(), 2U);
+  EXPECT_EQ(children.started()[0].arguments[0], "missing");
+  EXPECT_EQ(children.started()[1].arguments[0], "old");
+  EXPECT_EQ(receipts.readAllReceipts().size(), 2U) << "what the tool was not run for has no history";
+
+  runToEnd({"nosuch", "nothere"});
+  ASSERT_FALSE(*answer);
+  EXPECT_TRUE(isHelperError(answer->error(), HelperErrorCode::unknownLabel));
+  EXPECT_FALSE(files.exists(kRecord));
+}
+
+TEST_F(PatchRunnerFixture, ARequiredApplicationIsReinstalledWhereTheOptionsForceIt) {
+  label("required", "2.0", "2.0");
+  label("other", "2.0", "2.0");
+  setting.config.requiredLabels = {"required"};
+  setting.config.installomatorOptions = "INSTALL=force";
+  runToEnd({"required", "other"});
+  EXPECT_EQ(answer->value(), (PatchRunAnswer{true, "Updated 1 of 2.", 1}));
+  ASSERT_EQ(children.started().size(), 1U);
+  EXPECT_EQ(children.started()[0].arguments, (std::vector<std::string>{"required", "DEBUG=0", "INSTALL='force'"}));
+}
+
+TEST_F(PatchRunnerFixture, ProgressFollowsTheLabels) {
+  label("first", "1.0", "2.0");
+  label("second", "1.0", "2.0");
+  for (const char* name : {"first", "second"}) plays[name] = {"2.0", {.takes = 10s}};
+  EXPECT_EQ(runner.progress(), PatchProgressInfo{});
+  run({"first", "second"});
+  machine.advance(5s);
+  EXPECT_EQ(runner.progress(), (PatchProgressInfo{true, "first", 0, 2}));
+  EXPECT_TRUE(files.content(kRecord)->find("\"first\"") != std::string::npos);
+  machine.advance(10s);
+  EXPECT_EQ(runner.progress(), (PatchProgressInfo{true, "second", 1, 2}));
+  machine.advance(10s);
+  EXPECT_EQ(runner.progress(), PatchProgressInfo{});
+  EXPECT_EQ(answer->value(), (PatchRunAnswer{true, "Updated 2 of 2.", 2}));
+}
+
+TEST_F(PatchRunnerFixture, AFullDiskEndsTheRunWithATypedError) {
+  label("first", "1.0", "2.0");
+  label("second", "1.0", "2.0");
+  plays["first"] = {"2.0", {}};
+  files.failPath(kRecord, ENOSPC);
+  runToEnd({"first", "second"});
+  ASSERT_FALSE(*answer);
+  EXPECT_TRUE(isHelperError(answer->error(), HelperErrorCode::storage));
+  EXPECT_TRUE(children.started().empty()) << "without its record nothing is installed";
+
+  files.failPath(kRecord, 0);
+  files.failPath(kReceipts, ENOSPC);
+  runToEnd({"first", "second"});
+  ASSERT_FALSE(*answer);
+  EXPECT_TRUE(isHelperError(answer->error(), HelperErrorCode::storage));
+  EXPECT_NE(answer->error().text.find("The receipt of first cannot be written"), std::string::npos);
+  EXPECT_EQ(children.started().size(), 1U) << "what leaves no receipt is not gone on with";
+  EXPECT_FALSE(files.exists(kRecord));
+
+  files.failPath(kReceipts, 0);
+  plays["second"] = {"2.0", {}};
+  runToEnd({"first", "second"});
+  EXPECT_EQ(answer->value(), (PatchRunAnswer{true, "Updated 1 of 2.", 1})) << "the next run finds the first current";
+}
+
+struct StoppedRun : PatchRunnerFixture, ::testing::WithParamInterface<bool> {};
+
+TEST_P(StoppedRun, EndsTheToolAndLeavesARecordButNoReceiptOfTheLabelInHand) {
+  label("app", "1.0", "2.0");
+  plays["app"] = {"", {.takes = 1h, .heedsTerminate = GetParam()}};
+  run({"app"});
+  machine.advance(1s);
+  ASSERT_EQ(children.running(), 1U);
+  runner.stop();
+  machine.advance(kToolStopGrace - 1s);
+  if (GetParam()) {
+    ASSERT_TRUE(answer) << "it ended when it was told to";
+  } else {
+    EXPECT_FALSE(answer) << "it is given its time";
+    machine.advance(2s);
+    ASSERT_TRUE(answer);
+  }
+  EXPECT_TRUE(isHelperError(answer->error(), HelperErrorCode::stopping));
+  EXPECT_EQ(children.running(), 0U);
+  EXPECT_TRUE(receipts.readAllReceipts().empty());
+  EXPECT_TRUE(files.exists(kRecord)) << "the next start tells of the label in hand";
+}
+INSTANTIATE_TEST_SUITE_P(PoliteAndStubbornTools, StoppedRun, ::testing::Bool());
+
+TEST_F(PatchRunnerFixture, AToolThatBecameUnsafeInARunIsNotRunForTheNextLabel) {
+  label("first", "1.0", "2.0");
+  label("second", "1.0", "2.0");
+  plays["first"] = {"2.0", {.takes = 10s}};
+  run({"first", "second"});
+  machine.advance(5s);
+  chmod(setting.constants.supportFolder().c_str(), 0777);
+  machine.advance(10s);
+  ASSERT_TRUE(answer && !*answer);
+  EXPECT_TRUE(isHelperError(answer->error(), HelperErrorCode::notReady));
+  EXPECT_EQ(children.started().size(), 1U);
+  EXPECT_EQ(receipts.readAllReceipts().size(), 1U);
+}
+
+}  // namespace
+}  // namespace corvane

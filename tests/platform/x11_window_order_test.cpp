@@ -1,0 +1,232 @@
+#include "platform/linux/x11_window_order.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <xcb/xcb.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "support/temporary_folder.h"
+
+namespace corvane::testing {
+
+namespace {
+
+constexpr auto kPatience = std::chrono::seconds(30);  // a failing test's, never a passing one's
+
+bool isInstalled(const std::string& program) { return ::access(program.c_str(), X_OK) == 0; }
+
+// A program that ends with this object. Its output is dropped, descriptor `kept` excepted.
+class Started {
+ public:
+  Started(std::vector<std::string> arguments, std::vector<std::string> environment, int kept = -1) {
+    const auto pointers = [](std::vector<std::string>& texts) {
+      std::vector<char*> result;
+      for (auto& text : texts) result.push_back(text.data());
+      result.push_back(nullptr);
+      return result;
+    };
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    for (const int stream : {0, 1, 2}) posix_spawn_file_actions_addopen(&actions, stream, "/dev/null", O_RDWR, 0);
+    if (kept >= 0) posix_spawn_file_actions_adddup2(&actions, kept, kept);  // keeps it open over exec
+    if (::posix_spawn(&pid_, arguments.front().c_str(), &actions, nullptr, pointers(arguments).data(),
+                      pointers(environment).data()) != 0)
+      pid_ = 0;
+    posix_spawn_file_actions_destroy(&actions);
+  }
+  ~Started() { end(); }
+  Started(const Started&) = delete;
+  Started& operator=(const Started&) = delete;
+
+  void end() {
+    if (pid_ <= 0) return;
+    ::kill(pid_, SIGTERM);
+    ::waitpid(pid_, nullptr, 0);
+    pid_ = 0;
+  }
+
+ private:
+  pid_t pid_ = 0;
+};
+
+// A client with windows of its own, which claims to be whatever process it is told.
+class Client {
+ public:
+  Client() : connection_(::xcb_connect(nullptr, nullptr)) {
+    if (!works()) return;
+    screen_ = ::xcb_setup_roots_iterator(::xcb_get_setup(connection_)).data;
+    listen(screen_->root);
+  }
+  ~Client() { ::xcb_disconnect(connection_); }
+  Client(const Client&) = delete;
+  Client& operator=(const Client&) = delete;
+
+  [[nodiscard]] bool works() const { return ::xcb_connection_has_error(connection_) == 0; }
+
+  xcb_window_t open(std::optional<std::uint32_t> pid) {
+    const auto window = ::xcb_generate_id(connection_);
+    ::xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, screen_->root, 0, 0, 80, 60, 0,
+                        XCB_WINDOW_CLASS_INPUT_OUTPUT, screen_->root_visual, 0, nullptr);
+    if (pid)
+      ::xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom("_NET_WM_PID"), XCB_ATOM_CARDINAL, 32, 1,
+                            &*pid);
+    ::xcb_map_window(connection_, window);
+    ::xcb_flush(connection_);
+    return window;
+  }
+  void close(xcb_window_t window) {
+    ::xcb_destroy_window(connection_, window);
+    ::xcb_flush(connection_);
+  }
+  void minimise(xcb_window_t window) {
+    xcb_client_message_event_t message{};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = window;
+    message.type = atom("WM_CHANGE_STATE");
+    message.data.data32[0] = 3;  // iconic
+    ::xcb_send_event(connection_, 0, screen_->root,
+                     XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                     reinterpret_cast<const char*>(&message));
+    ::xcb_flush(connection_);
+  }
+
+  // Asks again at each change that the window manager publishes on the root window.
+  bool wait(const std::function<bool()>& done) {
+    const auto end = std::chrono::steady_clock::now() + kPatience;
+    while (!done()) {
+      if (std::chrono::steady_clock::now() > end || !works()) return false;
+      pollfd ready{.fd = ::xcb_get_file_descriptor(connection_), .events = POLLIN, .revents = 0};
+      ::poll(&ready, 1, 20);
+      while (auto* event = ::xcb_poll_for_event(connection_)) std::free(event);
+    }
+    return true;
+  }
+
+ private:
+  void listen(xcb_window_t window) {
+    const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    ::xcb_change_window_attributes(connection_, window, XCB_CW_EVENT_MASK, &mask);
+  }
+  xcb_atom_t atom(std::string_view name) {
+    const auto request = ::xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data());
+    auto* reply = ::xcb_intern_atom_reply(connection_, request, nullptr);
+    const auto atom = reply != nullptr ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+    std::free(reply);
+    return atom;
+  }
+
+  xcb_connection_t* connection_;
+  xcb_screen_t* screen_ = nullptr;
+};
+
+}  // namespace
+
+// A screen of its own, on a display number that the server chooses.
+class X11WindowOrderTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (const char* display = std::getenv("DISPLAY")) before_ = display;
+    if (!isInstalled(kServer) || !isInstalled(kManager)) GTEST_SKIP() << "needs Xvfb and openbox";
+    int ends[2];
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    server_.emplace(std::vector<std::string>{kServer, "-displayfd", std::to_string(ends[1]), "-nolisten", "tcp",
+                                             "-screen", "0", "640x480x24"},
+                    std::vector<std::string>{"PATH=/usr/bin:/bin"}, ends[1]);
+    ::close(ends[1]);
+    std::string number;
+    char letter = 0;
+    while (::read(ends[0], &letter, 1) == 1 && letter != '\n') number += letter;
+    ::close(ends[0]);
+    if (number.empty()) GTEST_SKIP() << "the X server does not start here";
+    ::setenv("DISPLAY", (":" + number).c_str(), 1);
+  }
+  ~X11WindowOrderTest() override {
+    if (before_)
+      ::setenv("DISPLAY", before_->c_str(), 1);
+    else
+      ::unsetenv("DISPLAY");
+  }
+  void startManager() {
+    manager_.emplace(std::vector<std::string>{kManager, "--sm-disable"},
+                     std::vector<std::string>{"PATH=/usr/bin:/bin", "HOME=" + home_.path().string(),
+                                              std::string("DISPLAY=") + std::getenv("DISPLAY")});
+  }
+
+  static constexpr const char* kServer = "/usr/bin/Xvfb";
+  static constexpr const char* kManager = "/usr/bin/openbox";
+  TemporaryFolder home_;
+  std::optional<std::string> before_;
+  std::optional<Started> server_;
+  std::optional<Started> manager_;
+};
+
+TEST_F(X11WindowOrderTest, TheManagersOrderIsReadAndChanged) {
+  Client client;
+  ASSERT_TRUE(client.works());
+  const auto order = makeX11WindowOrder();
+  ASSERT_NE(order, nullptr);
+  const auto isFront = [&](pid_t pid) { return client.wait([&] { return order->activeProcess() == pid; }); };
+  // A manager that is still starting overlooks a window that comes, but never one that is there.
+  const auto first = client.open(4001);
+  EXPECT_FALSE(order->raise(4001)) << "nobody lists it yet";
+  startManager();
+  ASSERT_TRUE(client.wait([&] { return order->raise(4001); })) << "once the manager lists it";
+  EXPECT_TRUE(isFront(4001));
+  client.open(4002);
+  ASSERT_TRUE(client.wait([&] { return order->raise(4002); }));
+  EXPECT_TRUE(isFront(4002));
+  EXPECT_TRUE(order->raise(4001));
+  EXPECT_TRUE(isFront(4001));
+  EXPECT_FALSE(order->raise(4003));
+
+  client.minimise(first);
+  EXPECT_TRUE(client.wait([&] { return order->activeProcess() != 4001; }));
+  EXPECT_TRUE(order->raise(4001));
+  EXPECT_TRUE(isFront(4001)) << "a minimised window comes back";
+
+  client.close(first);
+  EXPECT_TRUE(client.wait([&] { return !order->raise(4001); }));
+}
+
+TEST_F(X11WindowOrderTest, WindowsWithoutAProcessAreNobodys) {
+  Client client;
+  ASSERT_TRUE(client.works());
+  const auto order = makeX11WindowOrder();
+  client.open(4001);
+  startManager();
+  ASSERT_TRUE(client.wait([&] { return order->raise(4001); }));
+  ASSERT_TRUE(client.wait([&] { return order->activeProcess() == 4001; }));
+  const auto nameless = client.open(std::nullopt);
+  client.open(0xffffffffU);
+  EXPECT_FALSE(order->raise(0));
+  client.close(nameless);
+  EXPECT_TRUE(order->raise(4001));
+}
+
+TEST_F(X11WindowOrderTest, WithoutAManagerOrAServerNothingIsInFront) {
+  const auto order = makeX11WindowOrder();
+  EXPECT_EQ(order->activeProcess(), std::nullopt) << "no manager";
+  EXPECT_FALSE(order->raise(1));
+  server_->end();
+  EXPECT_EQ(order->activeProcess(), std::nullopt) << "the server went away";
+  EXPECT_EQ(order->activeProcess(), std::nullopt) << "and is tried again";
+  EXPECT_FALSE(order->raise(1));
+  ::setenv("DISPLAY", "no display at all", 1);
+  EXPECT_EQ(makeX11WindowOrder()->activeProcess(), std::nullopt);
+  ::unsetenv("DISPLAY");
+  EXPECT_EQ(makeX11WindowOrder(), nullptr);
+}
+
+}  // namespace corvane::testing

@@ -1,0 +1,231 @@
+// The dashboard's window as a person uses it: clicked, typed at and listened to.
+#include "ui/dashboard_window.h"
+
+#include <gtest/gtest.h>
+
+#include <QAccessible>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QTest>
+
+#include "ui/page_states.h"
+
+namespace corvane::ui {
+namespace {
+
+void collect(QQuickItem* item, const QString& name, QList<QQuickItem*>& found) {
+  if (!item->isVisible()) return;
+  if (item->objectName() == name) found.append(item);
+  for (auto* child : item->childItems()) collect(child, name, found);
+}
+
+void collectButtons(QQuickItem* item, QList<QQuickItem*>& found) {
+  if (!item->isVisible()) return;
+  if (item->inherits("QQuickAbstractButton")) found.append(item);
+  for (auto* child : item->childItems()) collectButtons(child, found);
+}
+
+class DashboardWindowTest : public testing::Test {
+ protected:
+  DashboardWindowTest() {
+    window_.setAppearance({.reducedMotion = true});
+    show(ordinaryState());
+    window_.show();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(window_.window()));
+    draw();
+  }
+
+  void show(PageState state) {
+    state_ = std::move(state);
+    bridge_.setPage(state_.page());
+    draw();
+  }
+  // Layout happens when a frame is made.
+  void draw() {
+    QCoreApplication::processEvents();
+    (void)window_.grab();
+  }
+  QQuickItem* item(const char* name) {
+    QList<QQuickItem*> found;
+    collect(window_.window()->contentItem(), QLatin1String(name), found);
+    return found.value(0);
+  }
+  // Of the row with `key`; absent when it is not listed or not in view.
+  QQuickItem* inRow(const std::string& key, const char* name) {
+    const auto* rows = bridge_.rows();
+    for (int i = 0; i < rows->rowCount(); ++i) {
+      if (rows->data(rows->index(i, 0), rows->roleNames().key("key")).toString().toStdString() != key) continue;
+      QQuickItem* row = nullptr;
+      QMetaObject::invokeMethod(item("apps"), "itemAtIndex", Q_RETURN_ARG(QQuickItem*, row), Q_ARG(int, i));
+      QList<QQuickItem*> found;
+      if (row != nullptr) collect(row, QLatin1String(name), found);
+      return found.value(0);
+    }
+    return nullptr;
+  }
+  void click(QQuickItem* target) {
+    ASSERT_NE(target, nullptr);
+    QTest::mouseClick(window_.window(), Qt::LeftButton, {},
+                      target->mapToScene(QPointF(target->width() / 2, target->height() / 2)).toPoint());
+    draw();
+  }
+  void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+    QTest::keyClick(window_.window(), key, modifiers);
+    draw();
+  }
+  [[nodiscard]] std::string heard() { return std::exchange(heard_, {}); }
+
+  std::string heard_;
+  DashboardBridge bridge_{{.discoverInstalledApps = [this] { heard_ += "discover "; },
+                           .checkForUpdates = [this] { heard_ += "check "; },
+                           .updateAll = [this] { heard_ += "updateAll "; },
+                           .updateApp = [this](const std::string& label) { heard_ += "update:" + label + " "; },
+                           .recheck = [this](const std::string& label) { heard_ += "recheck:" + label + " "; },
+                           .recheckAll = [this] { heard_ += "recheckAll "; },
+                           .toggleHistory = [this](const std::string& label) { heard_ += "history:" + label + " "; },
+                           .setFilter = [this](const std::string& mode) { heard_ += "filter:" + mode + " "; },
+                           .setUpHelper = [this] { heard_ += "setUp "; },
+                           .openHelperSettings = [this] { heard_ += "settings "; },
+                           .resetHelper = [this] { heard_ += "reset "; },
+                           .updateItself = [this] { heard_ += "itself "; },
+                           .dismissSelfUpdate = [this] { heard_ += "dismiss "; }}};
+  DashboardWindow window_{bridge_};
+  PageState state_;
+};
+
+TEST_F(DashboardWindowTest, clicksReachTheActionsOfTheirRows) {
+  click(inRow("bramble", "update"));
+  EXPECT_EQ(heard(), "update:bramble ");
+  click(inRow("cedar", "recheck"));
+  EXPECT_EQ(heard(), "recheck:cedar ");
+  click(inRow("atlas", "history"));
+  EXPECT_EQ(heard(), "history:atlas ");
+  EXPECT_EQ(inRow("atlas", "update"), nullptr) << "nothing to update";
+  click(item("check"));
+  click(item("discover"));
+  EXPECT_EQ(heard(), "check discover ");
+}
+
+TEST_F(DashboardWindowTest, nothingCanBeStartedWhileARunIsOut) {
+  auto state = ordinaryState();
+  state.fields.gate = {.isPatching = true, .currentOperation = DiscoveryOperation::patchSingle};
+  show(state);
+  click(inRow("bramble", "update"));
+  click(item("check"));
+  press(Qt::Key_F5);
+  EXPECT_EQ(heard(), "");
+}
+
+TEST_F(DashboardWindowTest, rowsChangeInPlaceAndTheListKeepsItsScrollPlace) {
+  auto* list = item("apps");
+  list->setProperty("contentY", 150);
+  draw();
+  const auto before = list->property("contentY");
+  auto* row = inRow("harbor", "update");
+  ASSERT_NE(row, nullptr);
+  for (auto& app : state_.listed)
+    if (app.label == Label("harbor")) app.newVersion = "5.3";
+  bridge_.setPage(state_.page());
+  draw();
+  EXPECT_EQ(list->property("contentY"), before);
+  EXPECT_EQ(inRow("harbor", "update"), row) << "the same button, so that a focus stays";
+}
+
+TEST_F(DashboardWindowTest, theFilterIsChosenByMouseAndByArrows) {
+  press(Qt::Key_F, Qt::ControlModifier);
+  press(Qt::Key_Right);
+  EXPECT_EQ(heard(), "filter:needsUpdate ");
+  auto state = ordinaryState();
+  state.fields.filterMode = FilterMode::needsUpdate;
+  std::erase_if(state.listed, [](const AppInfo& app) { return app.label == Label("atlas"); });
+  show(state);
+  EXPECT_EQ(inRow("atlas", "history"), nullptr);
+  ASSERT_NE(window_.window()->activeFocusItem(), nullptr);
+  press(Qt::Key_Right);
+  EXPECT_EQ(heard(), "filter:alerts ") << "the focus is still on the filter";
+}
+
+TEST_F(DashboardWindowTest, shortcutsCheckForUpdates) {
+  press(Qt::Key_F5);
+  press(Qt::Key_R, Qt::ControlModifier);
+  EXPECT_EQ(heard(), "check check ");
+}
+
+TEST_F(DashboardWindowTest, theListIsWalkedByTheKeyboard) {
+  item("apps")->forceActiveFocus(Qt::TabFocusReason);
+  press(Qt::Key_Down);
+  press(Qt::Key_Down);
+  press(Qt::Key_Return);
+  EXPECT_EQ(heard(), "history:bramble ");
+  press(Qt::Key_Tab);
+  press(Qt::Key_Space);
+  EXPECT_EQ(heard(), "update:bramble ") << "Tab goes on into the row's buttons";
+}
+
+TEST_F(DashboardWindowTest, bannersAppearWithTheActionThatHelps) {
+  EXPECT_EQ(item("helperBanner"), nullptr);
+  auto state = ordinaryState();
+  state.fields.helper.helperOperational = false;
+  state.helperStatus = HelperStatus::notRegistered;
+  show(state);
+  click(item("setUpHelper"));
+  state.helperStatus = HelperStatus::requiresApproval;
+  show(state);
+  click(item("openHelperSettings"));
+  EXPECT_EQ(heard(), "setUp settings ");
+  EXPECT_EQ(item("resetHelper"), nullptr);
+}
+
+TEST_F(DashboardWindowTest, theHelperIsResetOnlyAfterAYes) {
+  auto state = ordinaryState();
+  state.fields.helper.helperOperational = false;
+  show(state);
+  click(item("resetHelper"));
+  ASSERT_NE(item("confirmReset"), nullptr);
+  press(Qt::Key_Escape);
+  EXPECT_EQ(item("confirmReset"), nullptr);
+  click(item("resetHelper"));
+  click(item("cancelReset"));
+  EXPECT_EQ(heard(), "");
+  click(item("resetHelper"));
+  click(item("confirmReset"));
+  EXPECT_EQ(heard(), "reset ");
+}
+
+TEST_F(DashboardWindowTest, aNewVersionOfTheProgramIsOfferedAndDismissed) {
+  auto state = ordinaryState();
+  state.fields.selfUpdate.selfUpdateAvailable = SelfUpdateAvailability{.availableVersion = "4.1"};
+  show(state);
+  EXPECT_EQ(item("updateItself"), nullptr) << "nothing stands behind it";
+  EXPECT_EQ(item("updateAll"), nullptr);
+  state.capabilities = {.updatesAll = true, .updatesItself = true};
+  show(state);
+  click(item("updateItself"));
+  click(item("dismissSelfUpdate"));
+  click(item("updateAll"));
+  EXPECT_EQ(heard(), "itself dismiss updateAll ");
+}
+
+TEST_F(DashboardWindowTest, everyButtonHasANameAndAPress) {
+  auto state = ordinaryState();
+  state.fields.helper.helperOperational = false;
+  state.fields.selfUpdate.selfUpdateAvailable = SelfUpdateAvailability{.availableVersion = "4.1"};
+  state.capabilities = {.updatesAll = true, .updatesItself = true};
+  show(state);
+  QList<QQuickItem*> buttons;
+  collectButtons(window_.window()->contentItem(), buttons);
+  EXPECT_GT(buttons.size(), 15);
+  for (auto* button : buttons) {
+    auto* spoken = QAccessible::queryAccessibleInterface(button);
+    ASSERT_NE(spoken, nullptr);
+    EXPECT_FALSE(spoken->text(QAccessible::Name).isEmpty()) << button->objectName().toStdString();
+  }
+  auto* spoken = QAccessible::queryAccessibleInterface(inRow("bramble", "update"));
+  EXPECT_EQ(spoken->text(QAccessible::Name).toStdString(), "Update Bramble");
+  ASSERT_NE(spoken->actionInterface(), nullptr);
+  spoken->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+  EXPECT_EQ(heard(), "update:bramble ");
+}
+
+}  // namespace
+}  // namespace corvane::ui

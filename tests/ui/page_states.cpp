@@ -1,0 +1,303 @@
+#include "ui/page_states.h"
+
+#include <fmt/format.h>
+
+#include "workflow/app_predicates.h"
+#include "workflow/status_texts.h"
+
+namespace corvane {
+namespace {
+
+constexpr Date kNow = PageState::kNow;
+
+AppInfo app(std::string label, std::string name, std::optional<std::string> installed,
+            std::optional<std::string> latest) {
+  return {.label = Label(std::move(label)),
+          .name = name,
+          .appName = name + ".app",
+          .currentVersion = std::move(installed),
+          .newVersion = std::move(latest),
+          .appPath = "/Applications/" + name + ".app"};
+}
+
+std::vector<PatchingReceipt> failures(const Label& label, int count, const std::string& target) {
+  std::vector<PatchingReceipt> receipts;
+  for (int i = 0; i < count; ++i)
+    receipts.push_back({.label = label,
+                        .timestamp = kNow - 2h - std::chrono::hours(26 * i),
+                        .status = PatchingStatus::failure,
+                        .version = "1.0",
+                        .targetVersion = target,
+                        .installomatorExitCode = 2});
+  return receipts;
+}
+
+void addFailures(PageState& state, const Label& label, int count, const std::string& target) {
+  const auto receipts = failures(label, count, target);
+  for (auto& [name, record] : LabelFailureHistory::failureRecords(receipts)) state.facts.failures[name] = record;
+  state.facts.failureTargets[label] = target;
+  auto latest = state.facts.latestReceipts ? *state.facts.latestReceipts : LatestReceipts();
+  latest[label] = receipts.front();
+  state.facts.latestReceipts = std::make_shared<LatestReceipts>(std::move(latest));
+}
+
+void count(PageState& state) {
+  auto& inventory = state.fields.inventory;
+  const ScriptedLocale locale;
+  const auto passing = [&](FilterMode mode) {
+    return static_cast<std::int64_t>(filteredApps(inventory.apps, mode, state.facts, locale).size());
+  };
+  inventory.pendingUpdates = passing(FilterMode::needsUpdate);
+  inventory.upToDateCount = passing(FilterMode::upToDate);
+  inventory.alertCount = passing(FilterMode::alerts);
+  state.listed = filteredApps(inventory.apps, state.fields.filterMode, state.facts, locale);
+  state.statusLine = statusLine(state.fields, kNow);
+  state.statusSymbol = std::string(statusSymbolName(state.fields, kNow));
+}
+
+PageState bare(std::string name) {
+  PageState state{.name = std::move(name)};
+  state.facts.hasAppStoreReceipt = [](const AppInfo& one) { return one.macAppStoreManaged; };
+  state.fields.helper = {.helperOperational = true, .installomatorAvailable = true, .firstRunSetupCompleted = true};
+  return state;
+}
+
+PageState scanned(std::string name) {
+  auto state = bare(std::move(name));
+  state.fields.inventory.lastDiscoveryDate = kNow - 5min;
+  state.fields.inventory.lastUpdateCheckDate = kNow - 4min;
+  return state;
+}
+
+PageState ordinary(std::string name) {
+  auto state = ordinaryState();
+  state.name = std::move(name);
+  return state;
+}
+
+PageState patchingOne() {
+  auto state = ordinary("patching-one");
+  state.fields.gate = {.isPatching = true, .currentOperation = DiscoveryOperation::patchSingle};
+  state.fields.patch.progress = PatchProgress{.operation = DiscoveryOperation::patchSingle,
+                                              .labels = {Label("quill")},
+                                              .currentLabel = Label("quill"),
+                                              .total = 1};
+  state.fields.messages.statusMessage = "Updating Quill (1 of 1)…";
+  count(state);
+  return state;
+}
+
+PageState checking() {
+  auto state = ordinary("checking");
+  state.fields.gate = {.isLoading = true, .currentOperation = DiscoveryOperation::checkUpdates};
+  state.fields.discovery.updateCheckCoversAllApps = true;
+  state.fields.messages.statusMessage = startText(DiscoveryOperation::checkUpdates, 12);
+  count(state);
+  return state;
+}
+
+PageState expanded() {
+  auto state = ordinary("expanded");
+  const Label label("harbor");
+  auto receipts = failures(label, 2, "5.2");
+  receipts.push_back({.label = label,
+                      .timestamp = kNow - 240h,
+                      .status = PatchingStatus::success,
+                      .version = "5.1",
+                      .targetVersion = "5.1"});
+  receipts.push_back({.label = label,
+                      .timestamp = kNow - 500h,
+                      .status = PatchingStatus::skipped,
+                      .version = "5.0",
+                      .installomatorExitCode = 10});
+  std::vector<DeferralEventRecord> events;
+  for (const auto type : {DeferralEventType::installationStarted, DeferralEventType::deadlineForced,
+                          DeferralEventType::focusSuppressed, DeferralEventType::userDeferred})
+    events.push_back({.label = label,
+                      .appName = "Harbor",
+                      .eventType = type,
+                      .timestamp = kNow - 3h - std::chrono::hours(events.size())});
+  state.expanded[label] = {.receipts = std::move(receipts), .events = std::move(events)};
+  state.expanded[Label("atlas")] = {};
+  std::erase_if(state.listed, [&](const AppInfo& one) { return one.label != label && one.label != Label("atlas"); });
+  return state;
+}
+
+PageState completed() {
+  auto state = ordinary("cycle-complete");
+  state.fields.inventory.cycleCompletionMessage = "Patching completed. The next cycle begins November 9, 2026.";
+  state.facts.cycleComplete = true;
+  state.fields.inventory.updatesAwaitingNextCycle = 3;
+  count(state);
+  return state;
+}
+
+PageState banner(std::string name, HelperStatus status, bool installomator) {
+  auto state = ordinary(std::move(name));
+  state.helperStatus = status;
+  state.fields.helper.helperOperational = false;
+  state.fields.helper.installomatorAvailable = installomator;
+  count(state);
+  return state;
+}
+
+PageState installomatorMissing() {
+  auto state = banner("installomator-missing", HelperStatus::enabled, false);
+  state.fields.helper.helperOperational = true;
+  return state;
+}
+
+PageState selfUpdate() {
+  auto state = ordinary("self-update");
+  state.fields.selfUpdate.selfUpdateAvailable =
+      SelfUpdateAvailability{.label = Label("corvane4"), .availableVersion = "4.1", .runningVersion = "4.0"};
+  state.capabilities = {.updatesAll = true, .updatesItself = true};
+  return state;
+}
+
+PageState deadlines() {
+  auto state = ordinary("deadlines");
+  state.fields.deferral.currentHardDeadlineDate = kNow - 1h;
+  state.fields.deferral.currentDeferralEscalation = DeferralEscalation::hard;
+  state.watchpoint = watchpoint::Enforcement{kNow + 21h};
+  count(state);
+  return state;
+}
+
+PageState errorState() {
+  auto state = ordinary("error");
+  state.fields.messages.errorMessage =
+      "Reset Helper failed: the helper does not end (process 4711) (domain: CRVHelperRegistration, code: 110)";
+  count(state);
+  return state;
+}
+
+PageState alertsFilter() {
+  auto state = ordinary("filter-alerts");
+  state.fields.filterMode = FilterMode::alerts;
+  count(state);
+  return state;
+}
+
+PageState emptyFilter() {
+  auto state = scanned("filter-empty");
+  state.fields.inventory.apps = {app("quill", "Quill", "2.0", "2.0")};
+  state.fields.filterMode = FilterMode::needsUpdate;
+  count(state);
+  return state;
+}
+
+PageState thousand() {
+  auto state = scanned("thousand-rows");
+  for (int i = 0; i < 1000; ++i)
+    state.fields.inventory.apps.push_back(
+        app(fmt::format("app{:04}", i), fmt::format("Application {}", i), "1.0", i % 3 == 0 ? "1.1" : "1.0"));
+  count(state);
+  return state;
+}
+
+PageState discovering() {
+  auto state = bare("discovering-first");
+  state.fields.gate = {.isLoading = true, .currentOperation = DiscoveryOperation::discoverInstalled};
+  state.fields.messages.statusMessage = startText(DiscoveryOperation::discoverInstalled, 0);
+  count(state);
+  return state;
+}
+
+}  // namespace
+
+DashboardPage PageState::page() const {
+  const ScriptedLocale locale;
+  return makeDashboardPage({.fields = fields,
+                            .facts = facts,
+                            .listed = listed,
+                            .locale = locale,
+                            .now = kNow,
+                            .title = AppDisplayTitle(std::string_view("Corvane")),
+                            .helperStatus = helperStatus,
+                            .statusLine = statusLine,
+                            .statusSymbol = statusSymbol,
+                            .watchpoint = watchpoint,
+                            .expanded = expanded,
+                            .selfUpdateDismissed = selfUpdateDismissed,
+                            .capabilities = capabilities});
+}
+
+AppInfo outdatedApp(std::string label, std::string name) {
+  return app(std::move(label), std::move(name), "1.0", "2.0");
+}
+
+PageState ordinaryState() {
+  auto state = scanned("ordinary");
+  auto& apps = state.fields.inventory.apps;
+  apps = {app("atlas", "Atlas", "3.2.1", "3.2.1"),
+          app("bramble", "Bramble", "1.10", "1.11"),
+          app("cedar", "Cedar Mail", "2024.3 (build 7)", std::nullopt),
+          app("dune", "Dune Player", "0.9", "0.10"),
+          app("ember", "Ember", "7.0", "7.0"),
+          app("fern", "Fern Notes", "4.4", "4.4"),
+          app("harbor", "Harbor", "5.1", "5.2"),
+          app("juniper", "Juniper VPN", std::nullopt, "8.1"),
+          app("lantern", "A Lantern Whose Name Is So Long That It Cannot Possibly Fit Into One Line of Any Window",
+              "10.2.3.4567-beta.12+build.20261101", "10.2.3.4568"),
+          app("quill", "Quill", "2.3.1", "2.4"),
+          app("radio", "Übersee Radio", "1.0", "1.0"),
+          app("note", "青い鳥ノート", "6.1", "6.2")};
+  apps[2].updateCheckFailed = true;
+  apps[2].updateCheckFailureReason = "The vendor's page answered 503.";
+  apps[4].macAppStoreManaged = true;
+  apps[5].teamIDMismatch = true;
+  apps[5].expectedTeamID = "ABCDE12345";
+  apps[5].bundleTeamID = "ZYXWV98765";
+  apps[7].appName.reset();
+  apps[7].appPath.reset();
+  addFailures(state, Label("dune"), 3, "0.10");
+  addFailures(state, Label("harbor"), 1, "5.2");
+  state.fields.deferral.currentHardDeadlineDate = kNow + 100h;
+  count(state);
+  return state;
+}
+
+std::vector<PageState> allPageStates() {
+  std::vector<PageState> states{bare("never-scanned"),
+                                scanned("empty-after-scan"),
+                                discovering(),
+                                checking(),
+                                ordinary("ordinary"),
+                                patchingOne(),
+                                expanded(),
+                                completed(),
+                                banner("helper-not-registered", HelperStatus::notRegistered, true),
+                                banner("helper-requires-approval", HelperStatus::requiresApproval, true),
+                                banner("helper-not-found", HelperStatus::notFound, true),
+                                banner("helper-not-operational", HelperStatus::enabled, false),
+                                installomatorMissing(),
+                                selfUpdate(),
+                                deadlines(),
+                                errorState(),
+                                alertsFilter(),
+                                emptyFilter(),
+                                thousand()};
+  auto small = ordinary("small");
+  small.width = 640;
+  small.height = 480;
+  states.push_back(small);
+  auto smallBanner = banner("small-banner", HelperStatus::notRegistered, false);
+  smallBanner.width = 640;
+  smallBanner.height = 480;
+  states.push_back(smallBanner);
+  auto wide = ordinary("wide");
+  wide.width = 1920;
+  wide.height = 1080;
+  states.push_back(wide);
+  for (std::size_t i = 0, light = states.size(); i < light; ++i) {
+    states.push_back(states[i]);
+    states.back().dark = true;
+    states.back().name += "-dark";
+  }
+  for (auto& state : states)
+    if (state.statusLine.empty()) count(state);
+  return states;
+}
+
+}  // namespace corvane

@@ -1,0 +1,46 @@
+// Dashboard pages of every state, made by the real page model over state written by hand. Times and words are
+// the same on every machine.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/scripted/scripted_locale.h"
+#include "platform/scripted/virtual_time.h"
+#include "presentation/dashboard_builder.h"
+
+namespace corvane {
+
+struct PageState {
+  static constexpr Date kNow = VirtualMachine::kStart;
+
+  std::string name;  // of the picture
+  StatusFields fields;
+  AppFacts facts;
+  Apps listed;
+  HelperStatus helperStatus = HelperStatus::enabled;
+  std::optional<PendingWatchpoint> watchpoint;
+  std::map<Label, ExpandedHistory> expanded;
+  bool selfUpdateDismissed = false;
+  DashboardCapabilities capabilities;
+  std::string statusLine;
+  std::string statusSymbol;
+  int width = 920;
+  int height = 680;
+  bool dark = false;
+
+  [[nodiscard]] DashboardPage page() const;
+};
+
+// A Mac in use: current, outdated, failed, held, foreign, store-managed, unanswered, missing and long names.
+[[nodiscard]] PageState ordinaryState();
+
+// One application with `name`, outdated.
+[[nodiscard]] AppInfo outdatedApp(std::string label, std::string name);
+
+// All that is drawn into pictures, light and dark.
+[[nodiscard]] std::vector<PageState> allPageStates();
+
+}  // namespace corvane
