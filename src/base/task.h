@@ -18,8 +18,8 @@ class Completion {
   Completion() = default;
 
   template <class F>
-    requires(!std::is_same_v<std::remove_cvref_t<F>, Completion> && std::is_invocable_v<F&, Args...>)
-  Completion(F&& call) : call_(std::forward<F>(call)) {}  // NOLINT(google-explicit-constructor)
+  requires(!std::is_same_v<std::remove_cvref_t<F>, Completion> && std::is_invocable_v<F&, Args...>) Completion(F&& call)
+      : call_(std::forward<F>(call)) {}  // NOLINT(google-explicit-constructor)
 
   Completion(Completion&& other) noexcept : call_(std::exchange(other.call_, nullptr)) {}
   Completion& operator=(Completion&& other) noexcept {

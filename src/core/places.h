@@ -22,7 +22,9 @@ struct CorvaneConstants {
   [[nodiscard]] std::filesystem::path labelsFolder() const { return fragmentsPath() / "labels"; }
   [[nodiscard]] std::filesystem::path receipts() const { return supportFolder() / "receipts.jsonl"; }
   [[nodiscard]] std::filesystem::path helperState() const { return supportFolder() / "helper-state.json"; }
-  [[nodiscard]] std::filesystem::path helperDiscoveredApps() const { return supportFolder() / "helper-discovered-apps.json"; }
+  [[nodiscard]] std::filesystem::path helperDiscoveredApps() const {
+    return supportFolder() / "helper-discovered-apps.json";
+  }
   [[nodiscard]] std::filesystem::path helperHeartbeat() const { return supportFolder() / "helper-heartbeat"; }
   [[nodiscard]] std::filesystem::path logArchiveFolder() const { return supportFolder() / "LogArchive"; }
   [[nodiscard]] std::filesystem::path deferralEventsFolder() const { return supportFolder() / "DeferralEvents"; }

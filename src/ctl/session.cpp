@@ -50,9 +50,8 @@ Status reachHelper(const World& world) {
   world.pump([&] { return answer.has_value(); }, kNoLimit);
   if (!*answer) return *answer;
   answer.reset();
-  world.helper.getStatus([&](const Result<StatusInfo>& status) {
-    answer = status ? Status() : Status(std::unexpected(status.error()));
-  });
+  world.helper.getStatus(
+      [&](const Result<StatusInfo>& status) { answer = status ? Status() : Status(std::unexpected(status.error())); });
   world.pump([&] { return answer.has_value(); }, kNoLimit);
   return *answer;
 }

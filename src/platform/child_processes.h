@@ -18,22 +18,22 @@
 namespace corvane {
 
 struct ChildSpec {
-  std::string executable;                                         // absolute path; no search, no shell
-  std::vector<std::string> arguments;                             // without argv[0]
+  std::string executable;                                        // absolute path; no search, no shell
+  std::vector<std::string> arguments;                            // without argv[0]
   std::vector<std::pair<std::string, std::string>> environment;  // the whole of it
   std::string folder = "/";
   std::optional<std::pair<uid_t, gid_t>> runAs;  // supplementary groups are dropped
   std::optional<Duration> timeLimit;             // then the child's process group is terminated, and killed 5 s later
   std::size_t outputLimit = 4U << 20U;           // bytes kept a stream; what is over is read and dropped
   bool detached = false;                         // a session of its own that outlives us; output goes nowhere
-  bool endsGroup = false;  // what the child left in its process group is killed when it has ended
+  bool endsGroup = false;                        // what the child left in its process group is killed when it has ended
 };
 
 struct ChildExit {
-  int code = 0;            // 128 + signal when ended by one
+  int code = 0;  // 128 + signal when ended by one
   bool timedOut = false;
-  std::string output;      // standard output
-  std::string errors;      // standard error
+  std::string output;  // standard output
+  std::string errors;  // standard error
 };
 
 // Ends the child's process group when it is asked to. Dying does nothing.

@@ -11,7 +11,7 @@ namespace corvane {
 class OwnBundle {
  public:
   virtual ~OwnBundle() = default;
-  [[nodiscard]] virtual std::filesystem::path path() const = 0;              // ".../Corvane.app"
+  [[nodiscard]] virtual std::filesystem::path path() const = 0;               // ".../Corvane.app"
   [[nodiscard]] virtual std::optional<std::string> shortVersion() const = 0;  // CFBundleShortVersionString
   [[nodiscard]] virtual std::optional<std::string> version() const = 0;       // CFBundleVersion
   [[nodiscard]] virtual std::string identifier() const = 0;                   // CFBundleIdentifier

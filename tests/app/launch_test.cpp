@@ -26,7 +26,8 @@ TEST(CommandLine, UsageShowsTheConfiguredTitleAndEveryOption) {
 }
 
 TEST(CommandLine, OptionsAreWholeArgumentsAnywhereAndUnknownOnesAreIgnored) {
-  const std::vector<std::string_view> given{"-psn_0_1234", "--generate-diagnostic-bundle", "--clear-notifications", "--helpx", "-h"};
+  const std::vector<std::string_view> given{"-psn_0_1234", "--generate-diagnostic-bundle", "--clear-notifications",
+                                            "--helpx", "-h"};
   const auto arguments = LaunchArguments::parse(given);
   EXPECT_TRUE(arguments.help);
   EXPECT_EQ(arguments.batchJob, "--clear-notifications");

@@ -96,7 +96,8 @@ TEST_F(Report, SettingsShowValueAndSourceAndHideSecrets) {
   EXPECT_EQ(rows["VerboseMode"], std::pair(JsonValue(true), std::string("user")));
   EXPECT_EQ(rows["DebugMode"], std::pair(JsonValue(false), std::string("default")));
   EXPECT_EQ(rows[std::string(secret)].first, JsonValue("(hidden)"));
-  EXPECT_FALSE(rows.contains("LastDiscoveryDate"));
+  EXPECT_EQ(rows["LastDiscoveryDate"].second, "user");
+  EXPECT_EQ(rows.size(), settings_rows::all.size());
   EXPECT_EQ(ctl::settingsText(preferences).find("hush-hush"), std::string::npos);
 }
 

@@ -127,7 +127,9 @@ TEST_F(CtlSession, OnlyVerbsThatWriteClaimTheSessionAndYieldToTheApplication) {
   }
   EXPECT_EQ(helper.discoveriesAsked + helper.runsAsked, 0);
   EXPECT_EQ(runJson(Verb::update), ExitCode::applicationRuns);
-  EXPECT_EQ(errorText(), "Corvane or another corvanectl is at work and owns the state. Do this in the window, or quit it and try again.");
+  EXPECT_EQ(
+      errorText(),
+      "Corvane or another corvanectl is at work and owns the state. Do this in the window, or quit it and try again.");
   EXPECT_TRUE(err.empty());
 }
 
@@ -163,15 +165,20 @@ TEST_F(CtlSession, AHelperOutOfReachFailsCheckAndUpdateWithFour) {
   EXPECT_EQ(helper.runsAsked, 0);
 }
 
-TEST_F(CtlSession, LabelsThatNobodyKnowsFailBeforeAnythingIsAsked) {
+TEST_F(CtlSession, LabelsThatNobodyKnowsFailAndACheckLetsTheHelperJudge) {
   know({outdated("quill")});
-  for (const auto verb : {Verb::check, Verb::update}) {
-    EXPECT_EQ(runJson(verb, {label("quill"), label("nosuch"), label("other")}), ExitCode::failed);
-    EXPECT_EQ(errorText(),
-              "No application is known under nosuch, other. `corvanectl list` shows the labels, `corvanectl discover` "
-              "looks for applications.");
-  }
+  const std::string text =
+      "No application is known under nosuch, other. `corvanectl list` shows the labels, `corvanectl discover` "
+      "looks for applications.";
+  EXPECT_EQ(runJson(Verb::update, {label("quill"), label("nosuch"), label("other")}), ExitCode::failed);
+  EXPECT_EQ(errorText(), text);
   EXPECT_EQ(helper.discoveriesAsked + helper.runsAsked, 0);
+
+  answerDiscoveries({{outdated("quill")}});
+  EXPECT_EQ(runJson(Verb::check, {label("quill"), label("nosuch"), label("other")}), ExitCode::failed);
+  EXPECT_EQ(errorText(), text);
+  answerDiscoveries({{outdated("fresh")}});
+  EXPECT_EQ(runJson(Verb::check, {label("fresh")}), ExitCode::done);
 }
 
 TEST_F(CtlSession, NothingToDoIsDone) {
@@ -227,7 +234,8 @@ TEST_F(CtlSession, AHelperThatDiesInARunIsToldAsTheModelWordsIt) {
   runAnswer = failure("CRVHelperChannel", 2, "the helper hung up");
   answerDiscoveries({{outdated("quill")}});
   EXPECT_EQ(run({.verb = Verb::update, .labels = {label("quill")}}), ExitCode::failed);
-  EXPECT_TRUE(out.starts_with("Failed to start patching: the helper hung up\n")) << out;
+  EXPECT_EQ(err, "corvanectl: Failed to start patching: the helper hung up\n");
+  EXPECT_TRUE(out.starts_with("LABEL")) << out;
   EXPECT_TRUE(model->isIdle());
 }
 

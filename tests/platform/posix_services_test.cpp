@@ -89,7 +89,8 @@ TEST(ExecutableBundleTest, VersionsAndDigestFollowTheirFiles) {
                writePlist(PlistValue(PlistDict{{"CFBundleIdentifier", "org.corvane.Corvane"},
                                                {"CFBundleShortVersionString", "4.1"},
                                                {"CFBundleVersion", "410"}}),
-                          PlistFormat::xml).value());
+                          PlistFormat::xml)
+                   .value());
   EXPECT_EQ(bundle.shortVersion(), "4.1");
   EXPECT_EQ(bundle.version(), "410");
   EXPECT_EQ(bundle.identifier(), "org.corvane.Corvane");

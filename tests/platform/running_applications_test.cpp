@@ -28,8 +28,9 @@ class RealWorld {
   RunningApplications& applications() { return applications_; }
   pid_t open(const std::string& name) {
     const auto contents = folder_.path() / "Applications" / (name + ".app") / "Contents";
-    folder_.write(contents / "Info.plist",
-                  writePlist(PlistValue(PlistDict{{"CFBundleIdentifier", "test." + name}}), PlistFormat::binary).value());
+    folder_.write(
+        contents / "Info.plist",
+        writePlist(PlistValue(PlistDict{{"CFBundleIdentifier", "test." + name}}), PlistFormat::binary).value());
     const auto executable = contents / "MacOS" / name;
     std::filesystem::create_directories(executable.parent_path());
     std::filesystem::copy_file("/usr/bin/sleep", executable);

@@ -47,9 +47,9 @@ struct CaseName {
 template <class E>
 struct CaseNames;
 
-#define CORVANE_CASES(E, ...)                                   \
-  template <>                                                   \
-  struct CaseNames<E> {                                         \
+#define CORVANE_CASES(E, ...)                                            \
+  template <>                                                            \
+  struct CaseNames<E> {                                                  \
     static constexpr auto all = std::to_array<CaseName<E>>(__VA_ARGS__); \
   }
 
@@ -67,13 +67,12 @@ CORVANE_CASES(DeferralDeadlineStatus,
 CORVANE_CASES(DeferralEscalation, {{DeferralEscalation::normal, "normal", "normal"},
                                    {DeferralEscalation::focus, "focus", "focus"},
                                    {DeferralEscalation::hard, "hard", "hard"}});
-CORVANE_CASES(HardDeadlineTrigger,
-              {{HardDeadlineTrigger::count, "count", "You have used every deferral."},
-               {HardDeadlineTrigger::date, "date", "The deadline date has passed."},
-               {HardDeadlineTrigger::countAndDate, "countAndDate",
-                "You have used every deferral and the deadline date has passed."}});
-CORVANE_CASES(DeferralAction, {{DeferralAction::defer, "defer", "defer"},
-                               {DeferralAction::continueUpdates, "continue", "continue"}});
+CORVANE_CASES(HardDeadlineTrigger, {{HardDeadlineTrigger::count, "count", "You have used every deferral."},
+                                    {HardDeadlineTrigger::date, "date", "The deadline date has passed."},
+                                    {HardDeadlineTrigger::countAndDate, "countAndDate",
+                                     "You have used every deferral and the deadline date has passed."}});
+CORVANE_CASES(DeferralAction,
+              {{DeferralAction::defer, "defer", "defer"}, {DeferralAction::continueUpdates, "continue", "continue"}});
 CORVANE_CASES(BackgroundPatchSchedulerMode,
               {{BackgroundPatchSchedulerMode::inApp, "inApp", "In-app"},
                {BackgroundPatchSchedulerMode::helperDaemon, "helperDaemon", "Helper daemon"}});
@@ -104,15 +103,14 @@ CORVANE_CASES(WeekdayIndex, {{WeekdayIndex::sunday, "sunday", "Sunday"},
                              {WeekdayIndex::saturday, "saturday", "Saturday"}});
 CORVANE_CASES(VersionComparisonMethod, {{VersionComparisonMethod::isAtLeast, "IS_AT_LEAST", "At least (recommended)"},
                                         {VersionComparisonMethod::equalTo, "EQUAL_TO", "Exact match"}});
-CORVANE_CASES(CRVNotificationType,
-              {{CRVNotificationType::updatesAvailable, "updatesAvailable", ""},
-               {CRVNotificationType::acPowerRequired, "acPowerRequired", ""},
-               {CRVNotificationType::deferralResuming, "deferralResuming", ""},
-               {CRVNotificationType::hardDeadlineReminder, "hardDeadlineReminder", ""},
-               {CRVNotificationType::selfUpdateAvailable, "selfUpdateAvailable", ""},
-               {CRVNotificationType::backgroundPatchStarted, "backgroundPatchStarted", ""},
-               {CRVNotificationType::backgroundPatchCompleted, "backgroundPatchCompleted", ""},
-               {CRVNotificationType::backgroundPatchFailed, "backgroundPatchFailed", ""}});
+CORVANE_CASES(CRVNotificationType, {{CRVNotificationType::updatesAvailable, "updatesAvailable", ""},
+                                    {CRVNotificationType::acPowerRequired, "acPowerRequired", ""},
+                                    {CRVNotificationType::deferralResuming, "deferralResuming", ""},
+                                    {CRVNotificationType::hardDeadlineReminder, "hardDeadlineReminder", ""},
+                                    {CRVNotificationType::selfUpdateAvailable, "selfUpdateAvailable", ""},
+                                    {CRVNotificationType::backgroundPatchStarted, "backgroundPatchStarted", ""},
+                                    {CRVNotificationType::backgroundPatchCompleted, "backgroundPatchCompleted", ""},
+                                    {CRVNotificationType::backgroundPatchFailed, "backgroundPatchFailed", ""}});
 CORVANE_CASES(CRVNotificationPresentation, {{CRVNotificationPresentation::banner, "banner", ""},
                                             {CRVNotificationPresentation::persistent, "persistent", ""}});
 #undef CORVANE_CASES

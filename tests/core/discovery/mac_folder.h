@@ -95,7 +95,8 @@ class MacFolder {
     write("/var/db/receipts/" + packageID + ".plist",
           writePlist(PlistValue(PlistDict{
                          {"PackageIdentifier", packageID}, {"PackageVersion", version}, {"InstallPrefixPath", prefix}}),
-                     PlistFormat::binary).value());
+                     PlistFormat::binary)
+              .value());
   }
 
   std::filesystem::path root;
