@@ -96,7 +96,7 @@ helpers() {
     root=$(cd "$1" && pwd -P)
     for line in /proc/[0-9]*/cmdline; do
         pid=${line#/proc/} && pid=${pid%/cmdline}
-        tr '\0' '\n' <"$line" 2>/dev/null | awk -v root="$root" '
+        { tr '\0' '\n' <"$line"; } 2>/dev/null | awk -v root="$root" '
             NR == 1 && $0 !~ /\/CorvaneRootHelper$/ { exit }
             before == "--root" && $0 == root { found = 1 }
             { before = $0 }
