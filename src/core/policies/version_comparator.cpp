@@ -198,8 +198,9 @@ struct Form {
 
   // How many times the one leading number is the other; one is added for the sake of 0.
   [[nodiscard]] double distance(const Form& other) const {
-    const auto [less, more] = std::minmax(static_cast<double>(leading), static_cast<double>(other.leading));
-    return (more + 1) / (less + 1);
+    const auto mine = static_cast<double>(leading);
+    const auto theirs = static_cast<double>(other.leading);
+    return (std::max(mine, theirs) + 1) / (std::min(mine, theirs) + 1);
   }
 
  private:
