@@ -107,15 +107,16 @@ class HelperProcess : public ::testing::Test {
     if (halfClose) shutdown(fd, SHUT_WR);
     return receive(fd);
   }
+  // One frame and not a byte of the next, for answers may come in one piece.
   static std::optional<std::string> receive(int fd) {
-    FrameDecoder decoder(kAnswerFrameLimit);
-    char buffer[4096];
-    for (;;) {
-      if (auto body = decoder.next()) return body;
-      const auto got = recv(fd, buffer, sizeof buffer, 0);
-      if (got <= 0) return std::nullopt;
-      if (!decoder.feed({buffer, static_cast<std::size_t>(got)})) return std::nullopt;
-    }
+    unsigned char header[kFrameHeaderBytes];
+    if (recv(fd, header, sizeof header, MSG_WAITALL) != static_cast<ssize_t>(sizeof header)) return std::nullopt;
+    std::size_t size = 0;
+    for (const unsigned char byte : header) size = size << 8U | byte;
+    if (size > kAnswerFrameLimit) return std::nullopt;
+    std::string body(size, '\0');
+    if (recv(fd, body.data(), size, MSG_WAITALL) != static_cast<ssize_t>(size)) return std::nullopt;
+    return body;
   }
   [[nodiscard]] Result<JsonValue> ask(HelperQuestion question) const {
     const int fd = connectTo();
