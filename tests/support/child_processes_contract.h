@@ -1,5 +1,5 @@
 // What every answer to the ChildProcesses port does. Instantiate with a world that has `children()`,
-// `shell(script)`, which gives a spec that runs it (the scripted world knows the scripts below by heart), and
+// `shell(script)`, which gives a ChildSpec that runs it (the scripted world knows the scripts below by heart), and
 // `wait(done)`, which lets turns pass until `done` holds and gives whether it came to hold.
 #pragma once
 
