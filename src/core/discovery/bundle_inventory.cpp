@@ -17,6 +17,7 @@
 #include "base/utf8.h"
 #include "core/discovery/file_name_folding.h"
 #include "core/discovery/folder_reader.h"
+#include "core/discovery/shared_work.h"
 
 namespace corvane {
 namespace {
@@ -67,6 +68,7 @@ class Scan {
 
   // A link counts only where it leads to a bundle that was not found without one.
   std::vector<InstalledBundle> take() {
+    dropBundlesOnOtherVolumes();
     std::set<Identity> seen;
     if (!linked_.empty())
       for (const auto& bundle : found_)
@@ -123,21 +125,29 @@ class Scan {
     InstalledBundle found{.path = path + "/" + entry.name, .logicalPath = {}, .inHome = inHome_};
     if (isIgnoredPath(found.path, rules_.ignoredPaths)) return;
     found.logicalPath = found.path.starts_with(root_ + "/") ? found.path.substr(root_.size()) : found.path;
-    if (entry.kind == EntryKind::link || rules_.ignoreExternalDrives) {
-      const auto status = statusAt(folder, entry.name.c_str(), 0);
-      if (!status || !S_ISDIR(status->st_mode) || isExternal(found.path, *status, entry.kind)) return;
-      if (entry.kind == EntryKind::link) {
-        linked_.push_back({std::move(found), identityOf(*status)});
-        return;
-      }
-    }
-    found_.push_back(std::move(found));
+    if (entry.kind != EntryKind::link) return found_.push_back(std::move(found));
+    const auto status = statusAt(folder, entry.name.c_str(), 0);
+    if (!status || !S_ISDIR(status->st_mode) || leadsToAnotherVolume(found.path, *status)) return;
+    linked_.push_back({std::move(found), identityOf(*status)});
   }
 
-  bool isExternal(const std::string& path, const struct stat& status, EntryKind kind) const {
+  // Any bundle's folder may be a mount point, so each must be asked; shared, as it is half of the walk's time.
+  void dropBundlesOnOtherVolumes() {
+    if (!rules_.ignoreExternalDrives) return;
+    std::vector<char> stays(found_.size());
+    forEachShared(found_.size(), [&](std::size_t i) {
+      const auto volume = volumeOf(found_[i].path);
+      stays[i] = volume && ownVolumes_.contains(*volume);
+    });
+    std::vector<InstalledBundle> staying;
+    for (std::size_t i = 0; i < found_.size(); ++i)
+      if (stays[i]) staying.push_back(std::move(found_[i]));
+    found_ = std::move(staying);
+  }
+
+  bool leadsToAnotherVolume(const std::string& path, const struct stat& status) const {
     if (!rules_.ignoreExternalDrives) return false;
     if (!ownVolumes_.contains(status.st_dev)) return true;
-    if (kind != EntryKind::link) return false;
     std::error_code problem;
     const auto target = std::filesystem::canonical(path, problem).string();
     const auto root = std::filesystem::canonical(root_.empty() ? "/" : root_, problem).string();

@@ -89,12 +89,14 @@ std::expected<std::string_view, int> readFileAt(int folder, const char* name, st
   std::size_t filled = 0;
   while (true) {
     if (filled == buffer.size()) buffer.resize(buffer.size() * 2);
-    const auto count = ::read(file->get(), buffer.data() + filled, buffer.size() - filled);
+    const auto room = buffer.size() - filled;
+    const auto count = ::read(file->get(), buffer.data() + filled, room);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return std::unexpected(errno);
-    if (count == 0) return std::string_view(buffer.data(), filled);
     filled += static_cast<std::size_t>(count);
     if (filled > limit) return std::unexpected(EFBIG);
+    // A file gives less than was asked for at its end only; asking once more would cost as much as the first time.
+    if (static_cast<std::size_t>(count) < room) return std::string_view(buffer.data(), filled);
   }
 }
 
