@@ -37,47 +37,32 @@ constexpr std::string_view kForeign = "it is a link or another user's file";
 
 DeferralEventManager::DeferralEventManager(std::filesystem::path folder, std::string_view user, Files& files,
                                            LogSink& log)
-    : file_(std::move(folder) / fileNameFor(user)), files_(files), log_(log, "DeferralEventManager") {}
+    : file_(std::move(folder) / fileNameFor(user), kEventsMode, files, Logger(log, "DeferralEventManager")) {}
 
 Status DeferralEventManager::writeEvent(const DeferralEventRecord& event) {
-  const auto line = writeJson(toJson(event));
-  const std::lock_guard lock(mutex_);
-  if (isForeign(file_))
-    return failure("CRVDeferralEvents", EPERM, fmt::format("Did not write to {}: {}", file_.string(), kForeign));
-  return appender_.append(files_, file_, line, kEventsMode);
+  if (isForeign(file()))
+    return failure("CRVDeferralEvents", EPERM, fmt::format("Did not write to {}: {}", file().string(), kForeign));
+  return file_.append(writeJson(toJson(event)));
 }
 
 std::vector<DeferralEventRecord> DeferralEventManager::readEvents(const Label& label) const {
   std::vector<DeferralEventRecord> events;
-  if (isForeign(file_)) {
-    tellDamaged(0, kForeign);
+  if (isForeign(file())) {
+    file_.tellUnusable(kForeign);
     return events;
   }
-  const auto text = readNewestLines(files_, file_);
-  if (!text) return events;
-  forEachLine(*text, [&](std::string_view line, std::size_t number) {
+  const auto text = file_.newestLines();
+  forEachLine(text, [&](std::string_view line, std::size_t number) {
     const auto json = parseJson(line);
     auto event = json ? deferralEventFromJson(*json) : std::unexpected(json.error());
     if (!event)
-      tellDamaged(number, event.error().text);
+      file_.tellDamaged(number, event.error().text);
     else if (event->label == label)
       events.push_back(std::move(*event));
   });
   std::ranges::reverse(events);
   std::ranges::stable_sort(events, std::greater{}, &DeferralEventRecord::timestamp);
   return events;
-}
-
-// Line 0 stands for the file as a whole.
-void DeferralEventManager::tellDamaged(std::size_t line, std::string_view reason) const {
-  {
-    const std::lock_guard lock(mutex_);
-    if (!toldLines_.insert(line).second) return;
-  }
-  if (line == 0)
-    log_.warning(fmt::format("Left out {}: {}", file_.string(), reason));
-  else
-    log_.warning(fmt::format("Left out line {} of {}: {}", line, file_.string(), reason));
 }
 
 }  // namespace corvane

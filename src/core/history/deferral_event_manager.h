@@ -2,9 +2,7 @@
 #pragma once
 
 #include <filesystem>
-#include <mutex>
-#include <set>
-#include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/error.h"
@@ -27,17 +25,10 @@ class DeferralEventManager {
   // Newest first; damaged lines are left out and told to the log once.
   [[nodiscard]] std::vector<DeferralEventRecord> readEvents(const Label& label) const;
 
-  [[nodiscard]] const std::filesystem::path& file() const { return file_; }
+  [[nodiscard]] const std::filesystem::path& file() const { return file_.path(); }
 
  private:
-  void tellDamaged(std::size_t line, std::string_view reason) const;
-
-  std::filesystem::path file_;
-  Files& files_;
-  Logger log_;
-  mutable std::mutex mutex_;
-  mutable std::set<std::size_t> toldLines_;
-  LineAppender appender_;
+  JsonLinesFile file_;
 };
 
 }  // namespace corvane

@@ -1,10 +1,14 @@
 #include "core/history/json_lines.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
-#include <string>
 
 namespace corvane {
 namespace {
+
+// Past so many damaged lines a file is damaged as a whole, and one more line in the log says so.
+constexpr std::size_t kMostToldLines = 100;
 
 // Without what is left of a line whose beginning is missing.
 void dropFirstLine(std::string& text) { text.erase(0, std::min(text.find('\n'), text.size() - 1) + 1); }
@@ -23,29 +27,50 @@ void cutDown(Files& files, const std::filesystem::path& path, mode_t mode) {
 
 }  // namespace
 
-Result<std::string> readNewestLines(const Files& files, const std::filesystem::path& path) {
-  const bool whole = files.size(path).value_or(0) <= kReadLinesLimit;
-  auto text = whole ? files.read(path) : files.readEnd(path, kReadLinesLimit);
-  if (text && !whole && !text->empty()) dropFirstLine(*text);
-  return text;
-}
-
-Status LineAppender::append(Files& files, const std::filesystem::path& path, std::string_view line, mode_t mode) {
-  if (!files.exists(path)) {
-    if (auto made = files.makeFolders(path.parent_path()); !made) return made;
+Status JsonLinesFile::append(std::string_view line) {
+  const std::lock_guard lock(mutex_);
+  if (!files_.exists(path_)) {
+    if (auto made = files_.makeFolders(path_.parent_path()); !made) return made;
     endsWhole_ = true;
   } else if (!endsWhole_) {
-    const auto last = files.readEnd(path, 1);
+    const auto last = files_.readEnd(path_, 1);
     if (!last) return std::unexpected(last.error());
     endsWhole_ = last->empty() || last->ends_with('\n');
   }
-  if (files.size(path).value_or(0) > kLineFileLimit) cutDown(files, path, mode);
+  if (files_.size(path_).value_or(0) > kLineFileLimit) cutDown(files_, path_, mode_);
   std::string bytes = endsWhole_ ? "" : "\n";
   bytes += line;
   bytes += '\n';
-  auto appended = files.append(path, bytes, mode);
+  auto appended = files_.append(path_, bytes, mode_);
   endsWhole_ = appended.has_value();
   return appended;
+}
+
+std::string JsonLinesFile::newestLines() const {
+  const bool whole = files_.size(path_).value_or(0) <= kReadLinesLimit;
+  auto text = whole ? files_.read(path_) : files_.readEnd(path_, kReadLinesLimit);
+  if (!text) {
+    if (files_.exists(path_)) tellUnusable(text.error().text);
+    return {};
+  }
+  if (!whole && !text->empty()) dropFirstLine(*text);
+  return std::move(*text);
+}
+
+bool JsonLinesFile::isNews(std::size_t line) const {
+  const std::lock_guard lock(mutex_);
+  return toldLines_.size() <= kMostToldLines && toldLines_.insert(line).second;
+}
+
+void JsonLinesFile::tellUnusable(std::string_view reason) const {
+  if (isNews(kWholeFile)) log_.warning(fmt::format("Could not read {}: {}", path_.string(), reason));
+}
+
+void JsonLinesFile::tellDamaged(std::size_t line, std::string_view reason) const {
+  if (!isNews(line)) return;
+  const std::lock_guard lock(mutex_);
+  if (toldLines_.size() > kMostToldLines) reason = "and further damaged lines are not told";
+  log_.warning(fmt::format("Left out line {} of {}: {}", line, path_.string(), reason));
 }
 
 }  // namespace corvane

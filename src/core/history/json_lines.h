@@ -2,9 +2,14 @@
 #pragma once
 
 #include <filesystem>
+#include <mutex>
+#include <set>
+#include <string>
 #include <string_view>
+#include <utility>
 
 #include "base/error.h"
+#include "core/logging/logging_service.h"
 #include "platform/files.h"
 
 namespace corvane {
@@ -29,19 +34,37 @@ inline constexpr std::size_t kKeptLines = 20'000;
 // Readers take so much of the end of a file that another program has let grow.
 inline constexpr std::size_t kReadLinesLimit = 4 * kLineFileLimit;
 
-// The newest whole lines of a file, all of them up to kReadLinesLimit. Fails as reading the file fails.
-[[nodiscard]] Result<std::string> readNewestLines(const Files& files, const std::filesystem::path& path);
-
-// Appends lines to one file and remembers whether the file ends with a line break, so that a line which an
-// earlier crash tore is closed before the next. Not guarded: its owner's mutex is.
-class LineAppender {
+// One such file. Any thread; among all processes one may append, all may read.
+class JsonLinesFile {
  public:
-  // `line` without its line break. Makes the folder when it is missing. Where cutting the file down fails it grows on:
-  // losing the line would be worse than the size. Nobody else may append meanwhile.
-  [[nodiscard]] Status append(Files& files, const std::filesystem::path& path, std::string_view line, mode_t mode);
+  // `log` is told what is left out, each line of the file once a process.
+  JsonLinesFile(std::filesystem::path path, mode_t mode, Files& files, Logger log)
+      : path_(std::move(path)), mode_(mode), files_(files), log_(log) {}
+
+  [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+
+  // `line` without its line break, in one write. A line that an earlier crash tore is closed first, so that it costs
+  // itself only. Makes the folder when it is missing. Where cutting the file down fails it grows on: losing the line
+  // would be worse than the size.
+  [[nodiscard]] Status append(std::string_view line);
+
+  // The newest whole lines, all of them up to kReadLinesLimit; none where there is no file or it cannot be read.
+  [[nodiscard]] std::string newestLines() const;
+
+  void tellUnusable(std::string_view reason) const;
+  void tellDamaged(std::size_t line, std::string_view reason) const;
 
  private:
-  bool endsWhole_ = false;
+  static constexpr std::size_t kWholeFile = 0;
+  [[nodiscard]] bool isNews(std::size_t line) const;
+
+  std::filesystem::path path_;
+  mode_t mode_;
+  Files& files_;
+  Logger log_;
+  mutable std::mutex mutex_;
+  mutable std::set<std::size_t> toldLines_;
+  bool endsWhole_ = false;  // the file ends with a line break
 };
 
 }  // namespace corvane

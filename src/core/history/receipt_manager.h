@@ -2,9 +2,6 @@
 #pragma once
 
 #include <filesystem>
-#include <mutex>
-#include <set>
-#include <string>
 #include <vector>
 
 #include "base/error.h"
@@ -27,22 +24,16 @@ class ReceiptManager {
   [[nodiscard]] Receipts readReceipts(const Label& label) const;
   [[nodiscard]] Receipts readAllReceipts() const;
 
-  // For the helper: one write, on disk when it returns. A line that an earlier crash left torn is closed first,
-  // so that it costs itself only.
+  // For the helper: one write, on disk when it returns.
   [[nodiscard]] Status append(const PatchingReceipt& receipt);
 
-  [[nodiscard]] const std::filesystem::path& file() const { return file_; }
+  [[nodiscard]] const std::filesystem::path& file() const { return file_.path(); }
 
  private:
   [[nodiscard]] Receipts read(const Label* only) const;
-  void tellDamaged(std::size_t line, std::string_view reason) const;
 
-  std::filesystem::path file_;
+  JsonLinesFile file_;
   Files& files_;
-  Logger log_;
-  mutable std::mutex mutex_;
-  mutable std::set<std::size_t> toldLines_;
-  LineAppender appender_;
 };
 
 }  // namespace corvane

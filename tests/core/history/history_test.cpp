@@ -224,7 +224,7 @@ TEST_F(HistoryTest, APlantedEventsFileIsNeitherReadNorWritten) {
   EXPECT_FALSE(events.writeEvent(event));
   EXPECT_TRUE(events.readEvents(event.label).empty());
   EXPECT_EQ(testing::TemporaryFolder::read(victim), line);
-  EXPECT_EQ(log.count("Left out " + events.file().string() + ": it is a link or another user's file"), 1U);
+  EXPECT_EQ(log.count("Could not read " + events.file().string() + ": it is a link or another user's file"), 1U);
 
   std::filesystem::remove(events.file());
   ASSERT_TRUE(events.writeEvent(event));
