@@ -184,12 +184,23 @@ ExitCode runCheck(const Command& command, const World& world) {
                 ExitCode::failed);
 }
 
-// What of the labels named can be updated, and a word on each that cannot.
+// What of the labels named can be updated, and a sentence on each that cannot.
 struct Wanted {
   Labels labels;
-  Labels refused;  // named, and not to be updated although something is wrong with them
-  std::string remarks;
+  std::vector<std::string> upToDate;
+  std::vector<std::string> refused;
 };
+
+// Why a named application that is not pending cannot be updated; empty when there is no need to.
+std::string whyNotUpdated(const AppInfo& app, const AppFacts& facts) {
+  if (app.teamIDMismatch) return "is signed by another vendor than its label expects";
+  if (isExcludedAppStoreApp(app, facts)) return "is updated by the App Store";
+  if (app.updateCheckFailed) {
+    const auto& reason = app.updateCheckFailureReason;
+    return "could not be checked" + (reason && !reason->empty() ? ": " + *reason : std::string());
+  }
+  return app.newVersion ? "" : "was not checked yet; `corvanectl check` does";
+}
 
 Wanted wantedUpdates(const World& world, const Labels& named) {
   const auto facts = world.model.facts();
@@ -204,18 +215,11 @@ Wanted wantedUpdates(const World& world, const Labels& named) {
       wanted.labels.push_back(app.label);
       continue;
     }
-    std::string_view why = "is up to date";
-    if (app.teamIDMismatch) {
-      why = "is signed by another vendor than its label expects";
-    } else if (isExcludedAppStoreApp(app, facts)) {
-      why = "is updated by the App Store";
-    } else if (app.updateCheckFailed) {
-      why = "could not be checked";
-    } else if (!app.newVersion) {
-      why = "was not checked yet; `corvanectl check` does";
-    }
-    if (why != "is up to date") wanted.refused.push_back(app.label);
-    wanted.remarks += fmt::format("{} {}.\n", app.label.text, why);
+    const auto why = whyNotUpdated(app, facts);
+    if (why.empty())
+      wanted.upToDate.push_back(app.label.text + " is up to date.");
+    else
+      wanted.refused.push_back(fmt::format("{} {}.", app.label.text, why));
   }
   return wanted;
 }
@@ -225,10 +229,11 @@ ExitCode runUpdate(const Command& command, const World& world) {
     return tellError(*unknown, command.json, ExitCode::failed, world);
   const auto wanted = wantedUpdates(world, command.labels);
   if (!wanted.refused.empty())
-    return tellError(ctlError(ExitCode::failed, "Not updated: " + wanted.remarks), command.json, ExitCode::failed,
-                     world);
+    return tellError(ctlError(ExitCode::failed, fmt::format("Not updated: {}", fmt::join(wanted.refused, " "))),
+                     command.json, ExitCode::failed, world);
+  const auto remarks = wanted.upToDate.empty() ? "" : fmt::format("{}\n", fmt::join(wanted.upToDate, "\n"));
   if (wanted.labels.empty()) {
-    const auto text = wanted.remarks.empty() ? "Nothing to update.\n" : wanted.remarks;
+    const auto text = remarks.empty() ? "Nothing to update.\n" : remarks;
     print(command, world, JsonObject{{"success", true}, {"message", ""}, {"installedCount", 0}, {"apps", JsonArray{}}},
           text);
     return ExitCode::done;
@@ -259,7 +264,7 @@ ExitCode runUpdate(const Command& command, const World& world) {
     json.set("error", *errorJson(error).find("error"));
     if (!command.json) tellError(error, false, ExitCode::failed, world);
   }
-  print(command, world, json, wanted.remarks + (success ? message + "\n\n" : "") + appsText(apps, facts));
+  print(command, world, json, remarks + (success ? message + "\n\n" : "") + appsText(apps, facts));
   return success ? ExitCode::done : ExitCode::failed;
 }
 

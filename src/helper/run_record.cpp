@@ -66,6 +66,7 @@ Status RunRecord::write() const {
 }
 
 void RunRecord::end() {
+  if (!files_.exists(file_)) return;  // a full disk took none
   if (auto removed = files_.remove(file_); !removed)
     log_.warning(fmt::format("The record of the run stays behind: {}", removed.error().text));
 }

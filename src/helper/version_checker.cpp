@@ -129,7 +129,9 @@ void VersionChecker::startToolQuestion(const Job& job) {
   auto found = std::make_shared<std::optional<std::string>>();
   const std::weak_ptr<Check> weak = job.check;
   auto onLine = [found, weak, label = job.question.label](std::string_view line) {
-    if (*found || !(*found = latestVersionIn(line))) return;
+    if (*found) return;
+    *found = latestVersionIn(line);
+    if (!*found) return;
     const auto check = weak.lock();
     const auto child = check ? check->children.find(label) : decltype(check->children.find(label)){};
     if (check && child != check->children.end()) child->second->kill();
@@ -178,11 +180,21 @@ void VersionChecker::settle(const std::shared_ptr<Check>& check, const Label& la
 void VersionChecker::finish(const std::shared_ptr<Check>& check, std::string_view reasonForTheRest) {
   if (std::exchange(check->finished, true)) return;
   for (const auto& label : check->open) check->answers[label] = versionFailure(reasonForTheRest);
+  tellFailures(check->answers);
   check->limit.release();
   // The children's ends are still counted when they come, so the scratch folder must outlive them.
   for (const auto& [label, child] : check->children) child->kill();
   checks_.erase(check);
   s_.main.post([check] { check->done(std::move(check->answers)); });
+}
+
+// One line a check: a vendor that is down for a week is no news each time, but must be found in the log.
+void VersionChecker::tellFailures(const VersionAnswers& answers) const {
+  std::vector<std::string> failures;
+  for (const auto& [label, answer] : answers)
+    if (!answer.version) failures.push_back(fmt::format("{} ({})", label.text, answer.failureReason));
+  if (!failures.empty())
+    log_.info(fmt::format("{} label(s) gave no version: {}.", failures.size(), fmt::join(failures, ", ")));
 }
 
 void VersionChecker::stop() {

@@ -88,6 +88,7 @@ class VersionChecker {
   void childEnded(const Job& job, VersionAnswer answer);
   void settle(const std::shared_ptr<Check>& check, const Label& label, VersionAnswer answer);
   void finish(const std::shared_ptr<Check>& check, std::string_view reasonForTheRest);
+  void tellFailures(const VersionAnswers& answers) const;
 
   Services s_;
   Logger log_;

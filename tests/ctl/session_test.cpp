@@ -201,12 +201,13 @@ TEST_F(CtlSession, ANamedApplicationThatCannotBeUpdatedIsAFailureThatSaysWhy) {
   foreign.teamIDMismatch = true;
   auto broken = unchecked("broken");
   broken.updateCheckFailed = true;
+  broken.updateCheckFailureReason = "This machine has no zsh";
   know({outdated("quill"), store, foreign, broken, unchecked("fresh")});
   const struct {
     const char* label;
     const char* why;
   } rows[] = {{"foreign", "foreign is signed by another vendor than its label expects."},
-              {"broken", "broken could not be checked."},
+              {"broken", "broken could not be checked: This machine has no zsh."},
               {"fresh", "fresh was not checked yet; `corvanectl check` does."}};
   for (const auto& row : rows) {
     EXPECT_EQ(run({.verb = Verb::update, .labels = {label("quill"), label(row.label)}}), ExitCode::failed);

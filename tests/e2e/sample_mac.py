@@ -3,11 +3,13 @@
 import json
 import os
 import plistlib
+import pty
 import shutil
 import signal
 import socket
 import subprocess
 import tempfile
+import threading
 import time
 import unittest
 from pathlib import Path
@@ -63,9 +65,10 @@ class SampleMacTest(unittest.TestCase):
     maxDiff = None
 
     def setUp(self):
-        # Labels are read by an unprivileged user when the helper is root, so the folder is open to reading.
         self.root = Path(tempfile.mkdtemp(prefix="corvane-e2e-")).resolve()
         self.addCleanup(shutil.rmtree, self.root, ignore_errors=True)
+        self.prepare_root()
+        # Labels are read by an unprivileged user when the helper is root, so the folder is open to reading.
         self.root.chmod(0o755)
         port = free_port()
         subprocess.run([PROGRAMS / "corvane_sample", "create", self.root, "--port", str(port)], check=True)
@@ -82,6 +85,9 @@ class SampleMacTest(unittest.TestCase):
         self.addCleanup(self.end_installer)
         self.addCleanup(self.kill_helper)
         eventually(lambda: self.answers(port))
+
+    def prepare_root(self):
+        """For tests whose Mac lies on a disk of its own."""
 
     @staticmethod
     def end(process):
@@ -100,9 +106,9 @@ class SampleMacTest(unittest.TestCase):
         return {"PATH": "/usr/bin:/bin", "HOME": str(self.home), "CORVANE_ROOT": str(self.root), "TZ": "UTC",
                 "LANG": "C.UTF-8", "no_proxy": "127.0.0.1"}
 
-    def ctl_start(self, *arguments, bundle=BUNDLE, environment=None):
-        return subprocess.Popen([bundle / "Contents/MacOS/corvanectl", *arguments], stdin=subprocess.DEVNULL,
-                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+    def ctl_start(self, *arguments, bundle=BUNDLE, environment=None, wrapped_by=()):
+        return subprocess.Popen([*wrapped_by, bundle / "Contents/MacOS/corvanectl", *arguments],
+                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
                                 env=environment or self.environment())
 
     def outcome(self, process):
@@ -118,6 +124,37 @@ class SampleMacTest(unittest.TestCase):
         outcome = self.outcome(self.ctl_start(*arguments, **options))
         self.assertEqual(outcome.code, expect, f"{arguments}: {outcome}\n{self.log()}")
         return outcome
+
+    def ctl_on_terminal(self, *arguments):
+        """The process, and a call that waits for its end and gives what the terminal showed."""
+        ours, theirs = pty.openpty()
+        process = subprocess.Popen([BUNDLE / "Contents/MacOS/corvanectl", *arguments], stdin=theirs, stdout=theirs,
+                                   stderr=theirs, env=self.environment())
+        self.addCleanup(self.end, process)
+        os.close(theirs)
+        shown = []
+
+        def read():
+            with os.fdopen(ours, "rb", buffering=0) as terminal:
+                try:
+                    while chunk := terminal.read(65536):
+                        shown.append(chunk)
+                except OSError:  # how a terminal tells that its other end is closed
+                    pass
+
+        reader = threading.Thread(target=read)
+        reader.start()
+
+        def all_shown():
+            process.wait(LIMIT)
+            reader.join()
+            return b"".join(shown).decode().replace("\r\n", "\n")
+
+        return process, all_shown
+
+    def sample(self, verb, *arguments):
+        """The script of those who play with a sample."""
+        subprocess.run([Path(__file__).parents[2] / "sample/sample.sh", verb, self.root, *arguments], check=True)
 
     def helper_pid(self):
         try:

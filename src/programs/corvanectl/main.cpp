@@ -1,8 +1,10 @@
 // The administrator's command line: the model and the helper client without windows.
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "app/version.h"
@@ -61,10 +63,7 @@ int run(const ctl::Command& command) {
   return static_cast<int>(ctl::runCommand(command, world));
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  const std::vector<std::string_view> arguments(argv + 1, argv + argc);
+int answer(const std::vector<std::string_view>& arguments) {
   const auto command = ctl::parseCommand(arguments);
   if (!command) return fail(command.error(), ctl::wantsJson(arguments), ExitCode::usage);
   switch (command->kind) {
@@ -78,4 +77,15 @@ int main(int argc, char** argv) {
       break;
   }
   return run(*command);
+}
+
+}  // namespace
+
+// Whoever reads the output must not take half of it for the whole.
+int main(int argc, char** argv) {
+  const int code = answer({argv + 1, argv + argc});
+  const bool written = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+  if (written || errno == EPIPE) return code;
+  write(stderr, "corvanectl: the output could not be written: " + std::generic_category().message(errno) + "\n");
+  return code == 0 ? static_cast<int>(ExitCode::failed) : code;
 }
