@@ -46,10 +46,10 @@ class TemporaryFile {
   ~TemporaryFile() {
     if (present_) ::unlink(name_.c_str());
   }
-  [[nodiscard]] int error() const { return error_; }
 
-  // Each gives 0 or errno.
+  // Each gives 0 or errno; `fill` that of making the file too.
   int fill(std::string_view bytes, mode_t mode) {
+    if (error_ != 0) return error_;
     while (!bytes.empty()) {
       const auto written = ::write(fd_.get(), bytes.data(), bytes.size());
       if (written < 0 && errno == EINTR) continue;
@@ -118,7 +118,6 @@ Error fileError(std::string_view doing, const fs::path& path, int errnoValue) {
 Status writeFileAtomically(const fs::path& path, std::string_view bytes, mode_t mode) {
   const auto failed = [&path](int code) { return std::unexpected(fileError("Could not write", path, code)); };
   TemporaryFile temporary(folderOf(path) / path.filename());
-  if (temporary.error() != 0) return failed(temporary.error());
   if (const int code = temporary.fill(bytes, mode)) return failed(code);
   if (const int code = temporary.renameTo(path)) return failed(code);
   if (const int code = syncFolder(folderOf(path))) return failed(code);

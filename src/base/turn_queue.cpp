@@ -49,7 +49,7 @@ Lease TurnQueue::after(Duration delay, Task task, Duration leeway) {
   timer->leeway = leeway;
   timer->task = std::move(task);
   timer->steadyDue = clock_.steady() + std::max(delay, Duration::zero());
-  return arm(std::move(timer));
+  return arm(timer);
 }
 
 Lease TurnQueue::every(Duration interval, std::move_only_function<void()> task, Duration leeway) {
@@ -59,7 +59,7 @@ Lease TurnQueue::every(Duration interval, std::move_only_function<void()> task, 
   timer->leeway = leeway;
   timer->task = std::move(task);
   timer->steadyDue = clock_.steady() + timer->interval;
-  return arm(std::move(timer));
+  return arm(timer);
 }
 
 Lease TurnQueue::at(Date date, Task task) {
@@ -67,10 +67,10 @@ Lease TurnQueue::at(Date date, Task task) {
   timer->wall = true;
   timer->task = std::move(task);
   timer->wallDue = date;
-  return arm(std::move(timer));
+  return arm(timer);
 }
 
-Lease TurnQueue::arm(std::shared_ptr<Timer> timer) {
+Lease TurnQueue::arm(const std::shared_ptr<Timer>& timer) {
   assert(isMainThread());
   enqueue(timer);
   if (!running_) wake_();

@@ -65,7 +65,7 @@ class TurnQueue final : public MainQueue {
     Date wall;
   };
 
-  Lease arm(std::shared_ptr<Timer> timer);
+  Lease arm(const std::shared_ptr<Timer>& timer);
   void enqueue(const std::shared_ptr<Timer>& timer);
   void dequeue(const Timer& timer);
   void cancel(Timer& timer);

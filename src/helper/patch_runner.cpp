@@ -171,11 +171,12 @@ void PatchRunner::toolEnded(const AppInfo& before, Result<ChildExit> exit) {
 }
 
 void PatchRunner::verify(const AppInfo& before, ToolEnd end) {
-  s_.discoverer.discover({.labels = std::set{before.label}}, lifeline_.guard([this, before, end](Result<Apps> apps) {
-    if (!run_) return;
-    const bool found = apps && !apps->empty();
-    settle(outcomeOfRun(before, found ? std::optional(apps->front()) : std::nullopt, end, s_.setting().config));
-  }));
+  s_.discoverer.discover(
+      {.labels = std::set{before.label}}, lifeline_.guard([this, before, end = std::move(end)](Result<Apps> apps) {
+        if (!run_) return;
+        const bool found = apps && !apps->empty();
+        settle(outcomeOfRun(before, found ? std::optional(apps->front()) : std::nullopt, end, s_.setting().config));
+      }));
 }
 
 void PatchRunner::settle(PatchOutcome outcome) {

@@ -41,7 +41,7 @@ std::string_view symbolOf(DeferralEventType type) {
 
 // A failed run that left another version than it aimed at tells what it tried.
 std::string versionText(const PatchingReceipt& receipt, const PageTexts& texts) {
-  const auto version = receipt.version.value_or("");
+  auto version = receipt.version.value_or("");
   const auto target = receipt.targetVersion.value_or("");
   if (receipt.status == PatchingStatus::failure && !target.empty() && target != version)
     return texts.text("Tried {}", target);

@@ -97,12 +97,15 @@ class Scan {
         unspeakable(path, entry);
       else if (isBundleName(entry.name))
         bundle(folder, path, entry);
-      else if (entry.kind == EntryKind::folder && depth < kScanDepth && entry.name.front() != '.')
-        subfolder(folder, path, entry, depth);
-      else if (entry.kind == EntryKind::link && depth == 0 && entry.name == "Utilities")
+      else if (isWorthAWalk(entry, depth))
         subfolder(folder, path, entry, depth);
     }
     return 0;
+  }
+
+  static bool isWorthAWalk(const FolderEntry& entry, int depth) {
+    if (entry.kind == EntryKind::folder) return depth < kScanDepth && entry.name.front() != '.';
+    return entry.kind == EntryKind::link && depth == 0 && entry.name == "Utilities";
   }
 
   // A Mac's own disks hold no such names. They could be told to nobody, so that nothing could be ordered for them.
@@ -137,11 +140,11 @@ class Scan {
     std::vector<char> stays(found_.size());
     forEachShared(found_.size(), [&](std::size_t i) {
       const auto volume = volumeOf(found_[i].path);
-      stays[i] = volume && ownVolumes_.contains(*volume);
+      stays[i] = volume && ownVolumes_.contains(*volume) ? 1 : 0;
     });
     std::vector<InstalledBundle> staying;
     for (std::size_t i = 0; i < found_.size(); ++i)
-      if (stays[i]) staying.push_back(std::move(found_[i]));
+      if (stays[i] != 0) staying.push_back(std::move(found_[i]));
     found_ = std::move(staying);
   }
 

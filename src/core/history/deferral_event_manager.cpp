@@ -35,9 +35,9 @@ constexpr std::string_view kForeign = "it is a link or another user's file";
 
 }  // namespace
 
-DeferralEventManager::DeferralEventManager(std::filesystem::path folder, std::string_view user, Files& files,
+DeferralEventManager::DeferralEventManager(const std::filesystem::path& folder, std::string_view user, Files& files,
                                            LogSink& log)
-    : file_(std::move(folder) / fileNameFor(user), kEventsMode, files, Logger(log, "DeferralEventManager")) {}
+    : file_(folder / fileNameFor(user), kEventsMode, files, Logger(log, "DeferralEventManager")) {}
 
 Status DeferralEventManager::writeEvent(const DeferralEventRecord& event) {
   if (isForeign(file()))

@@ -19,7 +19,7 @@ namespace corvane {
 class DeferralEventManager {
  public:
   // `user` is the short name of the user; a name that is no plain file name gets its odd characters replaced.
-  DeferralEventManager(std::filesystem::path folder, std::string_view user, Files& files, LogSink& log);
+  DeferralEventManager(const std::filesystem::path& folder, std::string_view user, Files& files, LogSink& log);
 
   [[nodiscard]] Status writeEvent(const DeferralEventRecord& event);
   // Newest first; damaged lines are left out and told to the log once.

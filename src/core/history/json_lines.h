@@ -39,7 +39,7 @@ class JsonLinesFile {
  public:
   // `log` is told what is left out, each line of the file once a process.
   JsonLinesFile(std::filesystem::path path, mode_t mode, Files& files, Logger log)
-      : path_(std::move(path)), mode_(mode), files_(files), log_(log) {}
+      : path_(std::move(path)), mode_(mode), files_(files), log_(std::move(log)) {}
 
   [[nodiscard]] const std::filesystem::path& path() const { return path_; }
 

@@ -110,7 +110,7 @@ struct LinuxLocale::Wording {
   std::unique_ptr<icu::Collator> collator;
 };
 
-LinuxLocale::LinuxLocale(std::string localeName, std::function<std::string()> zoneName)
+LinuxLocale::LinuxLocale(const std::string& localeName, std::function<std::string()> zoneName)
     : zoneName_(std::move(zoneName)), wording_(std::make_unique<Wording>(localeName)) {}
 
 LinuxLocale::~LinuxLocale() = default;

@@ -20,7 +20,7 @@ class LinuxLocale final : public Locale {
  public:
   // `zoneName` is asked at each call; a zone that the system does not know counts as UTC. A locale that ICU
   // does not know is worded by its nearest relative.
-  explicit LinuxLocale(std::string localeName = localeNameFromEnvironment(),
+  explicit LinuxLocale(const std::string& localeName = localeNameFromEnvironment(),
                        std::function<std::string()> zoneName = systemZoneName);
   ~LinuxLocale() override;
 

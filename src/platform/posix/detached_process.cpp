@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "base/program_words.h"
+
 namespace corvane {
 
 namespace {
@@ -32,6 +34,7 @@ void tell(int pipe, Report report) {
 
 void openNullStreams() {
   const int null = ::open("/dev/null", O_RDWR);
+  if (null < 0) return;
   for (int stream = 0; stream <= 2; ++stream) ::dup2(null, stream);
   if (null > 2) ::close(null);
 }
@@ -64,13 +67,6 @@ void resetSignals() {
   ::_exit(0);
 }
 
-std::vector<char*> pointers(std::vector<std::string>& texts) {
-  std::vector<char*> pointers;
-  for (auto& text : texts) pointers.push_back(text.data());
-  pointers.push_back(nullptr);
-  return pointers;
-}
-
 // The pipe closes when the program is loaded, so the last report before its end is the one that counts.
 Report readReports(int pipe) {
   Report last{.pid = 0, .failure = ECHILD};
@@ -86,17 +82,13 @@ Report readReports(int pipe) {
 }  // namespace
 
 Result<pid_t> startDetached(const DetachedProgram& program) {
-  std::vector<std::string> arguments{program.executable.string()};
-  arguments.insert(arguments.end(), program.arguments.begin(), program.arguments.end());
-  std::vector<std::string> environment;
-  for (const auto& [name, value] : program.environment) environment.push_back(name + "=" + value);
-  const auto argumentPointers = pointers(arguments);
-  const auto environmentPointers = pointers(environment);
+  const auto arguments = ProgramWords::arguments(program.executable.string(), program.arguments);
+  const auto environment = ProgramWords::environment(program.environment);
 
   int pipe[2];
   if (::pipe2(pipe, O_CLOEXEC) != 0) return failed(program.executable, errno);
   const auto leader = ::fork();
-  if (leader == 0) becomeLeader(pipe[1], argumentPointers.data(), environmentPointers.data());
+  if (leader == 0) becomeLeader(pipe[1], arguments.data(), environment.data());
   const int forkError = errno;
   ::close(pipe[1]);
   if (leader < 0) {

@@ -8,18 +8,12 @@
 #include <array>
 #include <utility>
 
+#include "base/program_words.h"
 #include "platform/uv/line_splitter.h"
 
 namespace corvane {
 
 namespace {
-
-std::vector<char*> pointers(std::vector<std::string>& texts) {
-  std::vector<char*> pointers;
-  for (auto& text : texts) pointers.push_back(text.data());
-  pointers.push_back(nullptr);
-  return pointers;
-}
 
 Error startError(const std::string& executable, int uvCode) {
   return {.domain = UvChildProcesses::errorDomain,
@@ -150,16 +144,12 @@ int UvChildProcesses::Child::spawn(uv_loop_t* loop) {
     for (std::size_t i = 0; i < streams_.size() && code == 0; ++i) code = openStream(loop, streams_[i], stdio[i + 1]);
 
   if (code == 0) {
-    std::vector<std::string> arguments{spec_.executable};
-    arguments.insert(arguments.end(), spec_.arguments.begin(), spec_.arguments.end());
-    std::vector<std::string> environment;
-    for (const auto& [name, value] : spec_.environment) environment.push_back(name + "=" + value);
-    auto argumentPointers = pointers(arguments);
-    auto environmentPointers = pointers(environment);
+    auto arguments = ProgramWords::arguments(spec_.executable, spec_.arguments);
+    auto environment = ProgramWords::environment(spec_.environment);
     uv_process_options_t options{};
     options.file = spec_.executable.c_str();
-    options.args = argumentPointers.data();
-    options.env = environmentPointers.data();
+    options.args = arguments.data();
+    options.env = environment.data();
     options.cwd = spec_.folder.c_str();
     options.stdio = stdio.data();
     options.stdio_count = static_cast<int>(stdio.size());

@@ -17,7 +17,7 @@ std::string environmentValue(const char* name) {
 }
 
 std::filesystem::path homeFolder() {
-  if (const auto home = environmentValue("HOME"); !home.empty()) return home;
+  if (auto home = environmentValue("HOME"); !home.empty()) return home;
   const passwd* user = getpwuid(getuid());
   return user == nullptr || user->pw_dir == nullptr ? "/" : user->pw_dir;
 }
