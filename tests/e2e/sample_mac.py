@@ -48,10 +48,10 @@ def executable_of(pid):
 
 
 class Outcome:
-    def __init__(self, process):
-        self.code = process.returncode
-        self.out = process.stdout
-        self.err = process.stderr
+    def __init__(self, code, out, err):
+        self.code = code
+        self.out = out
+        self.err = err
 
     @property
     def json(self):
@@ -93,7 +93,7 @@ class SampleMacTest(unittest.TestCase):
     def end(process):
         if process.poll() is None:
             process.kill()
-        process.wait()
+        process.communicate()
 
     @staticmethod
     def answers(port):
@@ -113,12 +113,12 @@ class SampleMacTest(unittest.TestCase):
 
     def outcome(self, process):
         try:
-            process.stdout, process.stderr = process.communicate(timeout=LIMIT)
+            out, err = process.communicate(timeout=LIMIT)
         except subprocess.TimeoutExpired:
             process.kill()
             process.communicate()
             self.fail(f"{process.args} took longer than {LIMIT} s")
-        return Outcome(process)
+        return Outcome(process.returncode, out, err)
 
     def ctl(self, *arguments, expect=0, **options):
         outcome = self.outcome(self.ctl_start(*arguments, **options))
@@ -203,7 +203,10 @@ class SampleMacTest(unittest.TestCase):
         return [line for line in self.log().splitlines() if text in line]
 
     def set_user(self, values):
-        (self.home / "Library/Preferences" / DOMAIN).write_bytes(plistlib.dumps(values, fmt=plistlib.FMT_BINARY))
+        """As a preference daemon does: the file is replaced, never seen half written."""
+        file = self.home / "Library/Preferences" / DOMAIN
+        file.with_suffix(".new").write_bytes(plistlib.dumps(values, fmt=plistlib.FMT_BINARY))
+        file.with_suffix(".new").replace(file)
 
     def user(self):
         return plistlib.loads((self.home / "Library/Preferences" / DOMAIN).read_bytes())

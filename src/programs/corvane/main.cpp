@@ -90,12 +90,13 @@ int launch(UserMachine& machine) {
                        .uid = getuid()}));
 
   const auto watching = services.preferences.startWatching();
-  StatusViewModel model(services.workflow());
-  model.begin();
+  // Before the model, so that the log of what a change does is as detailed as the change says.
   const auto verbosity = services.notifications.observe<CorvaneSettingsDidChange>([&](const auto&) {
     const auto fresh = services.preferences.loadConfiguration();
     machine.log.refreshVerbosityFromPreferences(fresh.verboseMode, fresh.debugMode);
   });
+  StatusViewModel model(services.workflow());
+  model.begin();
 
   const auto workflow = services.workflow();
   WindowsHost host{.model = model, .services = workflow, .loop = machine.loop};

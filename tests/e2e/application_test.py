@@ -1,0 +1,62 @@
+"""The application as a person starts it: once, a second time, and without a display."""
+
+import subprocess
+import unittest
+
+import sample_mac
+
+PROGRAM = sample_mac.BUNDLE / "Contents/MacOS/Corvane"
+WINDOWS = list((sample_mac.BUNDLE / "Contents").glob("PlugIns/libcorvane_windows.so"))
+
+
+class Application(sample_mac.SampleMacTest):
+    def environment(self):
+        return super().environment() | {"QT_QPA_PLATFORM": "offscreen", "QT_QUICK_BACKEND": "software",
+                                        "DBUS_SESSION_BUS_ADDRESS": "disabled:", "XDG_RUNTIME_DIR": str(self.home)}
+
+    def start(self, *arguments, environment=None):
+        process = subprocess.Popen([PROGRAM, *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                   stderr=subprocess.PIPE, text=True, env=environment or self.environment())
+        self.addCleanup(self.end, process)
+        return process
+
+    def test_without_a_window(self):
+        usage = self.outcome(self.start("--help"))
+        self.assertEqual(usage.code, 0)
+        self.assertTrue(usage.out.startswith("Corvane\n\n  --generate-diagnostic-bundle"), usage)
+        self.assertEqual(self.outcome(self.start("-h", "--anything")).out, usage.out)
+        nowhere = {name: value for name, value in self.environment().items() if name != "QT_QPA_PLATFORM"}
+        for environment in (nowhere, nowhere | {"DISPLAY": ":4711"}):
+            refused = self.outcome(self.start(environment=environment))
+            self.assertEqual((refused.code, refused.err), (1, "Corvane: no display takes a window; corvanectl does "
+                                                              "the same work in a terminal.\n"))
+        self.assertEqual(self.log(), "", "nothing was begun")
+
+    @unittest.skipUnless(WINDOWS, "built without windows")
+    def test_one_runs_and_owns_the_state(self):
+        first = self.start()
+        self.assertTrue(sample_mac.eventually(lambda: self.log_lines("Check for Updates summary")), self.log())
+        self.assertRegex(self.log_lines("Launched v")[0],
+                         r"Corvane: Launched v0\.1\.0 \(\S+\); helperStatus=\w+; silentLaunch=false; "
+                         r"backgroundLaunch=false; showDashboard=true; uid=\d+$")
+
+        second = self.outcome(self.start())
+        self.assertEqual((second.code, second.out, second.err), (0, "", ""))
+        refused = self.ctl("update", "quill", "--json", expect=3)
+        self.assertIn("owns the state", refused.json["error"]["text"])
+        self.assertEqual(self.states(self.ctl("list", "--json"))["larkspurnotes"], "upToDate")
+
+        # Another program's change of the preferences is taken like a save in its own settings.
+        self.change_user({"VerboseMode": True, "IgnoredLabels": ["quill"]})
+        self.assertTrue(sample_mac.eventually(lambda: self.log_lines("[VERBOSE] StatusViewModel: Dock badge set to")),
+                        self.log())
+
+        # However it ends, the claim ends with it.
+        first.kill()
+        self.outcome(first)
+        self.ctl("update", "ostravamaps")
+        self.assertEqual(self.installed("Ostrava Maps"), "11.3")
+
+
+if __name__ == "__main__":
+    sample_mac.main()
