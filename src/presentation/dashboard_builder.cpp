@@ -57,7 +57,6 @@ DashboardPage makeDashboardPage(const DashboardInputs& inputs) {
                     .visible = inputs.capabilities.updatesAll,
                     .enabled = inputs.capabilities.updatesAll && idle && hasSomethingToUpdate(fields.inventory)};
   page.workLine = workLine(fields.gate, texts);
-  page.isWorking = !idle;
   page.statusLine = inputs.statusLine;
   page.statusSymbol = inputs.statusSymbol;
   page.message = message(fields.messages);

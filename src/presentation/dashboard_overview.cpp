@@ -128,7 +128,8 @@ EmptyState makeEmptyState(const DashboardInputs& inputs, const PageTexts& texts)
   if (!inventory.apps.empty()) {
     for (const auto& filter : kFilters)
       if (filter.mode == inputs.fields.filterMode) empty.title = texts.text(filter.nothing);
-    empty.text = texts.text("Choose All to see every application.");
+    empty.showAll = {
+        .text = texts.text("Show All"), .help = texts.text("Show every application"), .visible = true, .enabled = true};
     return empty;
   }
   empty.check = {.text = texts.text("Check for Updates"),

@@ -78,7 +78,7 @@ struct AppStatusRow {
   std::string name;
   std::string spokenText;  // the whole row, for those who hear it
   std::string monogram;    // stands where there is no icon
-  std::string iconPath;    // the bundle; empty when there is none
+  std::string iconBundle;  // whose icon stands there, as a path; empty when nothing is installed
   std::string versionText;
   std::string statusText;
   ColorRole statusColor = ColorRole::secondary;
@@ -89,7 +89,6 @@ struct AppStatusRow {
   std::string statusIconHelp;
   PageButton recheck;
   PageButton update;
-  bool isBusy = false;
   std::string progressText;  // of this application while its update runs
   bool isExpanded = false;
   std::string expanderHelp;
@@ -107,6 +106,7 @@ struct EmptyState {
   std::string title;
   std::string text;
   PageButton check;
+  PageButton showAll;  // takes the filter away
   friend bool operator==(const EmptyState&, const EmptyState&) = default;
 };
 
@@ -140,8 +140,7 @@ struct DashboardPage {
   PageButton discover;
   PageButton check;
   PageButton updateAll;
-  PageMessage workLine;  // what runs now; empty when nothing does
-  bool isWorking = false;
+  PageMessage workLine;    // what runs now; empty when nothing does
   std::string statusLine;  // the one line that matters, with its symbol
   std::string statusSymbol;
   PageMessage message;  // the last thing that went wrong, else the workflow's transient line
@@ -207,15 +206,15 @@ struct PageFields<AppStatusRow> {
   static constexpr auto all = std::make_tuple(
       pageField("key", &AppStatusRow::key), pageField("name", &AppStatusRow::name),
       pageField("spokenText", &AppStatusRow::spokenText), pageField("monogram", &AppStatusRow::monogram),
-      pageField("iconPath", &AppStatusRow::iconPath), pageField("versionText", &AppStatusRow::versionText),
+      pageField("iconBundle", &AppStatusRow::iconBundle), pageField("versionText", &AppStatusRow::versionText),
       pageField("statusText", &AppStatusRow::statusText), pageField("statusColor", &AppStatusRow::statusColor),
       pageField("failureText", &AppStatusRow::failureText),
       pageField("showsStatusIcon", &AppStatusRow::showsStatusIcon), pageField("statusIcon", &AppStatusRow::statusIcon),
       pageField("statusIconColor", &AppStatusRow::statusIconColor),
       pageField("statusIconHelp", &AppStatusRow::statusIconHelp), pageField("recheck", &AppStatusRow::recheck),
-      pageField("update", &AppStatusRow::update), pageField("isBusy", &AppStatusRow::isBusy),
-      pageField("progressText", &AppStatusRow::progressText), pageField("isExpanded", &AppStatusRow::isExpanded),
-      pageField("expanderHelp", &AppStatusRow::expanderHelp), pageField("receiptsTitle", &AppStatusRow::receiptsTitle),
+      pageField("update", &AppStatusRow::update), pageField("progressText", &AppStatusRow::progressText),
+      pageField("isExpanded", &AppStatusRow::isExpanded), pageField("expanderHelp", &AppStatusRow::expanderHelp),
+      pageField("receiptsTitle", &AppStatusRow::receiptsTitle),
       pageField("receiptsEmptyText", &AppStatusRow::receiptsEmptyText), pageField("receipts", &AppStatusRow::receipts),
       pageField("eventsTitle", &AppStatusRow::eventsTitle), pageField("events", &AppStatusRow::events));
 };
@@ -224,7 +223,7 @@ struct PageFields<EmptyState> {
   static constexpr auto all =
       std::make_tuple(pageField("visible", &EmptyState::visible), pageField("symbol", &EmptyState::symbol),
                       pageField("title", &EmptyState::title), pageField("text", &EmptyState::text),
-                      pageField("check", &EmptyState::check));
+                      pageField("check", &EmptyState::check), pageField("showAll", &EmptyState::showAll));
 };
 template <>
 struct PageFields<HelperSetupBanner> {
@@ -251,12 +250,11 @@ struct PageFields<DashboardPage> {
       pageField("title", &DashboardPage::title), pageField("subtitle", &DashboardPage::subtitle),
       pageField("discover", &DashboardPage::discover), pageField("check", &DashboardPage::check),
       pageField("updateAll", &DashboardPage::updateAll), pageField("workLine", &DashboardPage::workLine),
-      pageField("isWorking", &DashboardPage::isWorking), pageField("statusLine", &DashboardPage::statusLine),
-      pageField("statusSymbol", &DashboardPage::statusSymbol), pageField("message", &DashboardPage::message),
-      pageField("cards", &DashboardPage::cards), pageField("timestamps", &DashboardPage::timestamps),
-      pageField("filterLabel", &DashboardPage::filterLabel), pageField("filters", &DashboardPage::filters),
-      pageField("recheckAll", &DashboardPage::recheckAll), pageField("empty", &DashboardPage::empty),
-      pageField("helperBanner", &DashboardPage::helperBanner),
+      pageField("statusLine", &DashboardPage::statusLine), pageField("statusSymbol", &DashboardPage::statusSymbol),
+      pageField("message", &DashboardPage::message), pageField("cards", &DashboardPage::cards),
+      pageField("timestamps", &DashboardPage::timestamps), pageField("filterLabel", &DashboardPage::filterLabel),
+      pageField("filters", &DashboardPage::filters), pageField("recheckAll", &DashboardPage::recheckAll),
+      pageField("empty", &DashboardPage::empty), pageField("helperBanner", &DashboardPage::helperBanner),
       pageField("selfUpdateBanner", &DashboardPage::selfUpdateBanner), pageField("rows", &DashboardPage::rows));
 };
 

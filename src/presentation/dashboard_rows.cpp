@@ -158,7 +158,7 @@ AppStatusRow makeAppStatusRow(const AppInfo& app, const DashboardInputs& inputs,
   row.key = app.label.text;
   row.name = app.displayName();
   row.monogram = monogram(row.name);
-  row.iconPath = app.appPath.value_or("");
+  row.iconBundle = app.appPath.value_or("");
   row.versionText = versionText(app, texts);
   row.statusText = std::move(line.text);
   row.statusColor = line.color;
@@ -177,7 +177,6 @@ AppStatusRow makeAppStatusRow(const AppInfo& app, const DashboardInputs& inputs,
                 .help = texts.text("Update this application now"),
                 .visible = offersUpdate,
                 .enabled = offersUpdate && !busy};
-  row.isBusy = busy;
   row.progressText = progressText(app, inputs.fields, texts);
   row.spokenText = spokenText(row);
   row.isExpanded = expanded != inputs.expanded.end();

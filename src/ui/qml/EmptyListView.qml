@@ -7,6 +7,7 @@ ColumnLayout {
 
     required property var empty
     signal check()
+    signal showAll()
 
     spacing: Theme.grid
 
@@ -27,6 +28,7 @@ ColumnLayout {
     }
     Text {
         Layout.fillWidth: true
+        visible: text !== ""
         text: root.empty.text
         color: Theme.secondary
         font.pixelSize: Theme.textSize
@@ -39,5 +41,12 @@ ColumnLayout {
         objectName: "emptyCheck"
         button: root.empty.check
         onClicked: root.check()
+    }
+    ActionButton {
+        Layout.alignment: Qt.AlignHCenter
+        Layout.topMargin: Theme.grid
+        objectName: "emptyShowAll"
+        button: root.empty.showAll
+        onClicked: root.showAll()
     }
 }

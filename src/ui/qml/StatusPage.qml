@@ -155,6 +155,7 @@ Item {
                 visible: root.page.empty.visible
                 empty: root.page.empty
                 onCheck: root.actions.checkForUpdates()
+                onShowAll: root.actions.setFilter("all")
             }
         }
 
