@@ -2,10 +2,13 @@
 
 #include "sample/code_signature.h"
 #include "sample/files.h"
+#include "sample/icon_artist.h"
 
 namespace corvane::sample {
 
 namespace {
+
+constexpr auto kIconName = "AppIcon";
 
 std::string executableName(const BundleSpec& spec) { return spec.fileName.substr(0, spec.fileName.rfind('.')); }
 
@@ -22,6 +25,7 @@ PlistDict infoOf(const BundleSpec& spec) {
       {"CFBundleSupportedPlatforms", PlistArray{PlistValue("MacOSX")}},
   };
   if (!spec.minimumSystem.empty()) info["LSMinimumSystemVersion"] = spec.minimumSystem;
+  if (spec.icon) info["CFBundleIconFile"] = kIconName;
   return info;
 }
 
@@ -61,7 +65,8 @@ BundleSpec bundleOf(const InstalledApp& app) {
           .team = std::string(app.team),
           .minimumSystem = {},
           .storeReceipt = app.storeReceipt,
-          .damagedInfo = app.damagedInfo};
+          .damagedInfo = app.damagedInfo,
+          .icon = app.icon};
 }
 
 std::vector<BundleFile> bundleFiles(const BundleSpec& spec, const std::string& program) {
@@ -74,6 +79,7 @@ std::vector<BundleFile> bundleFiles(const BundleSpec& spec, const std::string& p
     files.push_back({contents + "_CodeSignature/CodeDirectory",
                      codeDirectory({.identifier = spec.identifier, .team = spec.team}, program)});
   files.push_back({contents + "Resources/release.txt", spec.version + "\n"});
+  if (spec.icon) files.push_back({contents + "Resources/" + kIconName + ".icns", iconFor(executableName(spec))});
   if (spec.storeReceipt) files.push_back({contents + "_MASReceipt/receipt", "store receipt\n"});
   return files;
 }

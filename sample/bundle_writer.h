@@ -28,6 +28,7 @@ struct BundleSpec {
   std::string minimumSystem;
   bool storeReceipt = false;
   bool damagedInfo = false;
+  bool icon = false;
 };
 
 [[nodiscard]] BundleSpec bundleOf(const InstalledApp& app);

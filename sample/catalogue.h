@@ -31,6 +31,7 @@ struct InstalledApp {
   std::string_view team = "";  // unsigned when empty
   bool storeReceipt = false;
   bool damagedInfo = false;
+  bool icon = true;
 };
 
 // How a label learns the latest version, and how that goes wrong.

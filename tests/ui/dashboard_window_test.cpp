@@ -4,10 +4,16 @@
 #include <gtest/gtest.h>
 
 #include <QAccessible>
+#include <QBuffer>
+#include <QImage>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QTest>
+#include <QtEndian>
 
+#include "base/atomic_file.h"
+#include "base/plist.h"
+#include "support/temporary_folder.h"
 #include "ui/page_states.h"
 
 namespace corvane::ui {
@@ -25,7 +31,7 @@ void collectButtons(QQuickItem* item, QList<QQuickItem*>& found) {
   for (auto* child : item->childItems()) collectButtons(child, found);
 }
 
-class DashboardWindowTest : public testing::Test {
+class DashboardWindowTest : public ::testing::Test {
  protected:
   DashboardWindowTest() {
     window_.setAppearance({.reducedMotion = true});
@@ -104,6 +110,56 @@ TEST_F(DashboardWindowTest, clicksReachTheActionsOfTheirRows) {
   click(item("check"));
   click(item("discover"));
   EXPECT_EQ(heard(), "check discover ");
+}
+
+// A bundle whose icon file holds one PNG picture, as the last entry of an ".icns" container.
+void putIcon(const std::filesystem::path& bundle, const QImage& image) {
+  QByteArray picture;
+  QBuffer buffer(&picture);
+  buffer.open(QIODevice::WriteOnly);
+  ASSERT_TRUE(image.save(&buffer, "PNG"));
+  const auto entry = [](const char* type, const QByteArray& bytes) {
+    const auto length = qToBigEndian(static_cast<quint32>(bytes.size() + 8));
+    return type + QByteArray(reinterpret_cast<const char*>(&length), sizeof length) + bytes;
+  };
+  const auto resources = bundle / "Contents/Resources";
+  std::filesystem::create_directories(resources);
+  ASSERT_TRUE(writeFileAtomically(resources / "Icon.icns", entry("icns", entry("ic12", picture)).toStdString(), 0644));
+  ASSERT_TRUE(writeFileAtomically(bundle / "Contents/Info.plist",
+                                  writePlist(PlistDict{{"CFBundleIconFile", "Icon"}}, PlistFormat::xml).value(), 0644));
+}
+
+TEST_F(DashboardWindowTest, aRowShowsItsApplicationsIconOrTheFirstLetter) {
+  const testing::TemporaryFolder folder;
+  QImage blue(64, 64, QImage::Format_RGB32);
+  blue.fill(Qt::blue);
+  putIcon(folder.path() / "50% off.app", blue);
+  putIcon(folder.path() / "Huge.app", QImage(4096, 1, QImage::Format_Mono));
+  auto state = ordinaryState();
+  state.listed = {outdatedApp("offers", "Offers"), outdatedApp("huge", "Huge"), outdatedApp("gone", "Gone")};
+  state.listed[0].appPath = (folder.path() / "50% off.app").string();
+  state.listed[1].appPath = (folder.path() / "Huge.app").string();
+  state.listed[2].appPath = (folder.path() / "Gone.app").string();
+  show(state);
+  auto* icon = inRow("offers", "icon");
+  ASSERT_NE(icon, nullptr);
+  const auto middle = icon->mapToScene(QPointF(icon->width() / 2, icon->height() / 2)).toPoint();
+  EXPECT_EQ(window_.grab().pixelColor(middle), QColor(Qt::blue));
+  EXPECT_EQ(inRow("offers", "monogram"), nullptr);
+  for (const auto* key : {"huge", "gone"}) {
+    EXPECT_EQ(inRow(key, "icon"), nullptr) << key;
+    EXPECT_NE(inRow(key, "monogram"), nullptr) << key;
+  }
+}
+
+TEST_F(DashboardWindowTest, aFilterThatNothingPassesLeadsBackToAll) {
+  auto state = ordinaryState();
+  state.listed.clear();
+  state.fields.filterMode = FilterMode::alerts;
+  show(state);
+  click(item("emptyShowAll"));
+  EXPECT_EQ(heard(), "filter:all ");
+  EXPECT_EQ(item("emptyCheck"), nullptr);
 }
 
 TEST_F(DashboardWindowTest, nothingCanBeStartedWhileARunIsOut) {

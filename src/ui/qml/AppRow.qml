@@ -9,6 +9,7 @@ Item {
     required property string name
     required property string spokenText
     required property string monogram
+    required property string iconBundle
     required property string versionText
     required property string statusText
     required property string statusColor
@@ -73,17 +74,32 @@ Item {
         height: Theme.rowHeight
         spacing: 1.5 * Theme.grid
 
-        Rectangle {
+        Item {
             Layout.preferredWidth: Theme.iconSize
             Layout.preferredHeight: Theme.iconSize
-            radius: 8
-            color: Theme.monogram
-            Text {
-                anchors.centerIn: parent
-                text: root.monogram
-                color: Theme.secondary
-                font.pixelSize: Theme.headingSize
-                font.weight: Font.DemiBold
+            Rectangle {
+                anchors.fill: parent
+                objectName: "monogram"
+                visible: !icon.found
+                radius: 8
+                color: Theme.monogram
+                Text {
+                    anchors.centerIn: parent
+                    text: root.monogram
+                    color: Theme.secondary
+                    font.pixelSize: Theme.headingSize
+                    font.weight: Font.DemiBold
+                }
+            }
+            Image {
+                id: icon
+                objectName: "icon"
+                readonly property bool found: status === Image.Ready && implicitWidth > 1
+                anchors.fill: parent
+                visible: found
+                source: root.iconBundle === "" ? "" : "image://application/" + encodeURIComponent(root.iconBundle)
+                sourceSize: Qt.size(width * Screen.devicePixelRatio, height * Screen.devicePixelRatio)
+                asynchronous: true
             }
         }
         ColumnLayout {
