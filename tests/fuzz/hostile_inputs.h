@@ -55,10 +55,11 @@ class HostileInputs {
     for (const auto& [name, bytes] : seeds) seeds_.push_back(bytes);
   }
 
-  // A seed with one to eight injuries, mostly few.
+  // A seed with one injury, or every other time with up to eight.
   std::string next() {
     auto bytes = pick(seeds_);
-    for (auto injuries = 1 + below(1 + below(8)); injuries > 0; --injuries) injure(bytes);
+    const auto injuries = below(2) == 0 ? 1 : 1 + below(8);
+    for (std::size_t i = 0; i < injuries; ++i) injure(bytes);
     return bytes;
   }
 
@@ -72,7 +73,7 @@ class HostileInputs {
   void injure(std::string& bytes) {
     const auto at = below(bytes.size() + 1);
     const auto length = std::min(below(16), bytes.size() - at);
-    switch (below(8)) {
+    switch (below(12)) {
       case 0:
         if (at < bytes.size()) bytes[at] = static_cast<char>(bytes[at] ^ (1U << below(8)));
         break;
@@ -97,10 +98,32 @@ class HostileInputs {
         bytes.insert(at, other, from, below(256));
         break;
       }
-      default:
+      case 7:
         writeNumber(bytes, at);
+        break;
+      default:
+        replaceToken(bytes, at);
     }
     if (bytes.size() > kLongest) bytes.resize(kLongest);
+  }
+
+  // Puts a word, or a token of another seed, in the place of what stands between two signs of a grammar: damage
+  // that most parsers read to the end before they see what is wrong.
+  void replaceToken(std::string& bytes, std::size_t at) {
+    const auto [begin, end] = tokenAround(bytes, at);
+    if (below(2) == 0) {
+      bytes.replace(begin, end - begin, pick(words_));
+    } else {
+      const auto& other = pick(seeds_);
+      const auto [from, to] = tokenAround(other, below(other.size() + 1));
+      bytes.replace(begin, end - begin, other, from, to - from);
+    }
+  }
+
+  static std::pair<std::size_t, std::size_t> tokenAround(const std::string& bytes, std::size_t at) {
+    constexpr std::string_view kSigns = ",:[]{}<>=() \n";
+    const auto before = at == 0 ? std::string::npos : bytes.find_last_of(kSigns, at - 1);
+    return {before == std::string::npos ? 0 : before + 1, std::min(bytes.find_first_of(kSigns, at), bytes.size())};
   }
 
   // A length or an offset in either byte order, at the edges where sums overflow.

@@ -54,7 +54,7 @@ TEST(JsonFuzz, damageNeverCrashesAndWhatIsReadCanBeWritten) {
                                           "NaN"});
   std::size_t read = 0;
   for (int i = 0; i < 4000; ++i) read += taken(inputs.next()) ? 1 : 0;
-  EXPECT_GT(read, 10U) << "some damage goes deep";
+  EXPECT_GT(read, 100U) << "some damage goes deep: " << read;
 }
 
 TEST(JsonFuzz, nestingIsBounded) {

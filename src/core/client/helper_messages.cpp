@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <span>
+#include <utility>
 
 #include "core/client/xpc_service_client.h"
 
@@ -154,7 +155,8 @@ Error errorFromJson(const JsonValue& value) {
   const auto domain = field(value, "domain", &JsonValue::string);
   const auto code = field(value, "code", &JsonValue::integer);
   const auto text = field(value, "text", &JsonValue::string);
-  if (!domain || !code || !text) return wrongAnswer("an unreadable error");
+  if (!domain || domain->empty() || !code || !std::in_range<int>(*code) || !text)
+    return wrongAnswer("an unreadable error");
   return {.domain = std::string(*domain), .code = static_cast<int>(*code), .text = std::string(*text)};
 }
 

@@ -1,3 +1,4 @@
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include "core/client/helper_service_client.h"
@@ -57,6 +58,11 @@ TEST(HelperMessages, AnAnswerOfAnotherRequestOrVersionIsNoAnswer) {
       isHelperError(parseAnswer(R"({"version":2,"id":"a","result":1})", "a").error(), HelperErrorCode::version));
   const auto busy = helperError(HelperErrorCode::busy, "wait");
   EXPECT_EQ(parseAnswer(composeRefusal("", busy), "a").error(), busy) << "refused before its id could be read";
+  for (const auto* damaged : {R"("domain":"","code":1)", R"("domain":"CRVHelper","code":4294967303)"}) {
+    const auto answer = fmt::format(R"({{"version":1,"id":"a","error":{{{},"text":"t"}}}})", damaged);
+    EXPECT_FALSE(parseAnswer(answer, "a").error().domain.empty()) << damaged;
+    EXPECT_FALSE(isHelperError(parseAnswer(answer, "a").error(), HelperErrorCode::busy)) << "wrapped to a known code";
+  }
 }
 
 TEST(HelperServiceClient, DeliversAnswersErrorsAndIdleProgressWhenOutOfReach) {
