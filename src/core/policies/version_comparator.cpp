@@ -235,6 +235,12 @@ bool satisfiesAtLeast(std::string_view shortText, std::string_view buildText, st
   const auto wanted = parse(available);
   const auto current = [&](std::string_view text) { return !text.empty() && isAtLeast(parse(text), wanted); };
   if (shortText.empty() || buildText.empty()) return current(shortText) || current(buildText);
+  // A form that names the very release needs no guess which of the two the maker counts by.
+  const auto isThatRelease = [&](std::string_view text) {
+    const auto version = parse(text);
+    return compareParts(version.release, wanted.release) == 0 && isAtLeast(version, wanted);
+  };
+  if (isThatRelease(shortText) || isThatRelease(buildText)) return true;
   switch (formToAsk(shortText, buildText, available)) {
     case Asked::shortForm:
       return current(shortText);

@@ -138,6 +138,11 @@ TEST(VersionComparator, FindsUpdatesByEitherFormOfTheInstalledVersion) {
       {"139.0.7258.139", "7258.139", "139.0.7258.155", true, true},
       {"5.0", "1234", "6", true, true},
       {"2023.1", "5512", "2024", true, true},
+      // A form that names the very release, however the other is written.
+      {"5", "1.0", "5.0", false, true},
+      {"16", "1.0.0", "16.0", false, true},
+      {"1.2.3", "5", "5.0.0", false, true},
+      {"4", "1.0", "5.0", true, true},
       // Two forms of one kind: either will do.
       {"2.9", "2.10.0", "2.10", false, true},
       {"2.10", "2.9.7", "2.10", false, false},
