@@ -7,7 +7,10 @@
 namespace corvane {
 
 // A pass or a run is out.
-[[nodiscard]] inline bool isBusy(const StatusFields& fields) { return fields.gate.isPatching || fields.gate.isLoading; }
+// A run of this process counts until it is answered, also while no flag shows it.
+[[nodiscard]] inline bool isBusy(const StatusFields& fields) {
+  return fields.gate.isPatching || fields.gate.isLoading || fields.patch.progress.has_value();
+}
 
 [[nodiscard]] std::vector<StatusCard> makeStatusCards(const StatusFields& fields, const PageTexts& texts);
 [[nodiscard]] std::vector<TimestampPill> makeTimestampPills(const DashboardInputs& inputs, const PageTexts& texts);

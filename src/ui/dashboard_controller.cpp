@@ -1,5 +1,7 @@
 #include "ui/dashboard_controller.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 #include "core/records/enumerations.h"
@@ -53,8 +55,9 @@ std::map<Label, ExpandedHistory> DashboardController::expandedHistories() {
 }
 
 DashboardActions DashboardController::actions() {
-  return {.discoverInstalledApps = [this] { model_.discoverInstalledApps(); },
-          .checkForUpdates = [this] { model_.checkForUpdates(); },
+  return {.discoverInstalledApps =
+              [this] { whenIdle("discoverInstalledApps", [this] { model_.discoverInstalledApps(); }); },
+          .checkForUpdates = [this] { whenIdle("checkForUpdates", [this] { model_.checkForUpdates(); }); },
           .updateAll = host_.updateAll,
           .updateApp = [this](const std::string& label) { updateApp(label); },
           .recheck = [this](const std::string& label) { model_.forceRecheck(Label(label)); },
@@ -69,6 +72,13 @@ DashboardActions DashboardController::actions() {
           .resetHelper = [this] { model_.resetHelper(false); },
           .updateItself = host_.updateItself,
           .dismissSelfUpdate = [this] { dismissSelfUpdate(); }};
+}
+
+// The page hears of a start in a later turn: a second click may come before its button is disabled.
+void DashboardController::whenIdle(std::string_view name, const std::function<void()>& start) {
+  if (model_.isIdle()) return start();
+  Logger(services_.log, "StatusDashboardView")
+      .info(fmt::format("Skipping {} — another operation is already running", name));
 }
 
 void DashboardController::updateApp(const std::string& label) {

@@ -26,6 +26,7 @@ class DashboardController {
 
  private:
   [[nodiscard]] DashboardActions actions();
+  void whenIdle(std::string_view name, const std::function<void()>& start);
   void updateApp(const std::string& label);
   void toggleHistory(const Label& label);
   void dismissSelfUpdate();

@@ -79,10 +79,10 @@ PageState patchingOne() {
   auto state = ordinary("patching-one");
   state.fields.gate = {.isPatching = true, .currentOperation = DiscoveryOperation::patchSingle};
   state.fields.patch.progress = PatchProgress{.operation = DiscoveryOperation::patchSingle,
-                                              .labels = {Label("quill")},
-                                              .currentLabel = Label("quill"),
+                                              .labels = {Label("bramble")},
+                                              .currentLabel = Label("bramble"),
                                               .total = 1};
-  state.fields.messages.statusMessage = "Updating Quill (1 of 1)…";
+  state.fields.messages.statusMessage = "Updating Bramble (1 of 1)…";
   count(state);
   return state;
 }
