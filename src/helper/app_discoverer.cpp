@@ -2,8 +2,11 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <utility>
 
+#include "core/client/helper_messages.h"
 #include "core/client/xpc_service_client.h"
 #include "core/discovery/app_discovery_service.h"
 #include "core/discovery/bundle_inventory.h"
@@ -58,6 +61,15 @@ Apps withLatestVersions(Apps apps, const VersionAnswers& answers) {
 AppDiscoverer::AppDiscoverer(Services services)
     : s_(std::move(services)), memory_(std::make_shared<Memory>(s_.clock, s_.log)) {}
 
+AppDiscoverer::~AppDiscoverer() {
+  for (const auto* lane : {&ofRun_, &ofClients_}) {
+    for (const auto& discovery : lane->waiting)
+      for (auto& done : discovery->asked) done.abandon();
+    if (!lane->scanning) continue;
+    for (auto& done : lane->scanning->asked) done.abandon();
+  }
+}
+
 AppDiscoverer::Scan AppDiscoverer::scan(const HelperSetting& setting, const Order& order, Memory& memory) {
   TroubleLog::Round round(memory.troubles);
   const Logger logger(round, "AppDiscoverer");
@@ -89,25 +101,62 @@ AppDiscoverer::Scan AppDiscoverer::scan(const HelperSetting& setting, const Orde
 }
 
 void AppDiscoverer::discover(Order order, Completion<Result<Apps>> done) {
-  const auto latest = order.latest;
+  auto& lane = order.asker == Asker::run ? ofRun_ : ofClients_;
+  const auto same = std::ranges::find_if(lane.waiting, [&](const auto& waiting) { return waiting->order == order; });
+  if (same != lane.waiting.end()) return (*same)->asked.push_back(std::move(done));
+  const auto& discovery = lane.waiting.emplace_back(std::make_shared<Discovery>());
+  discovery->order = std::move(order);
+  discovery->asked.push_back(std::move(done));
+  scanNext(lane);
+}
+
+void AppDiscoverer::scanNext(Lane& lane) {
+  if (lane.scanning || lane.waiting.empty()) return;
+  lane.scanning = std::move(lane.waiting.front());
+  lane.waiting.pop_front();
   runThen(
       s_.work, s_.main,
-      [setting = s_.setting(), order = std::move(order), memory = memory_] { return scan(setting, order, *memory); },
-      lifeline_.guard([this, latest, done = std::move(done)](Scan scan) mutable {
-        if (latest == Latest::no || !scan.apps) return done(std::move(scan.apps));
-        checkVersions(std::move(scan), latest, std::move(done));
+      [setting = s_.setting(), order = lane.scanning->order, memory = memory_] {
+        return scan(setting, order, *memory);
+      },
+      lifeline_.guard([this, &lane](Scan scan) {
+        const auto discovery = std::exchange(lane.scanning, nullptr);
+        scanNext(lane);
+        scanned(discovery, std::move(scan));
       }));
 }
 
-void AppDiscoverer::checkVersions(Scan scan, Latest latest, Completion<Result<Apps>> done) {
+void AppDiscoverer::scanned(const std::shared_ptr<Discovery>& discovery, Scan scan) {
+  if (discovery->asked.empty()) return;
+  const auto latest = discovery->order.latest;
+  if (latest == Latest::no || !scan.apps) return answer(*discovery, scan.apps);
   auto known = latest == Latest::remembered ? takeRemembered(scan.questions) : VersionAnswers{};
   s_.versions.check(std::move(scan.questions), scan.check,
-                    lifeline_.guard([this, apps = std::move(*scan.apps), known = std::move(known),
-                                     done = std::move(done)](VersionAnswers answers) mutable {
+                    lifeline_.guard([this, discovery, apps = std::move(*scan.apps),
+                                     known = std::move(known)](VersionAnswers answers) mutable {
                       remember(answers);
                       answers.merge(known);
-                      done(withLatestVersions(std::move(apps), answers));
+                      answer(*discovery, withLatestVersions(std::move(apps), answers));
                     }));
+}
+
+void AppDiscoverer::answer(Discovery& discovery, const Result<Apps>& apps) {
+  for (auto& done : std::exchange(discovery.asked, {})) done(apps);
+}
+
+void AppDiscoverer::failLater(Discovery& discovery, const Error& error) {
+  for (auto& done : std::exchange(discovery.asked, {}))
+    s_.main.post([done = std::move(done), error]() mutable { done(std::unexpected(error)); });
+}
+
+void AppDiscoverer::stop() {
+  for (auto* lane : {&ofRun_, &ofClients_}) {
+    auto cutOff = std::exchange(lane->waiting, {});
+    if (lane->scanning) cutOff.push_front(lane->scanning);
+    for (auto& discovery : cutOff)
+      failLater(*discovery,
+                helperError(HelperErrorCode::stopping, "The helper is stopping; the discovery was cut off"));
+  }
 }
 
 VersionAnswers AppDiscoverer::takeRemembered(std::vector<VersionQuestion>& questions) const {

@@ -2,12 +2,14 @@
 // children, put together. Installs nothing and keeps no inventory.
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "base/lifeline.h"
 #include "base/work_queue.h"
@@ -36,7 +38,8 @@ inline constexpr Duration kVersionMemory = 15min;
 // The apps with what was found out about their latest versions; apps without an answer stay as they are.
 [[nodiscard]] Apps withLatestVersions(Apps apps, const VersionAnswers& answers);
 
-// Main thread.
+// Main thread. A run and the clients have one scan at a time each: what clients ask for is scanned in their order, and
+// a run's own discovery waits for none of it.
 class AppDiscoverer {
  public:
   struct Services {
@@ -48,17 +51,25 @@ class AppDiscoverer {
     std::function<HelperSetting()> setting;
   };
   explicit AppDiscoverer(Services services);
+  ~AppDiscoverer();
 
   enum class Latest { no, remembered, fresh };
+  enum class Asker { run, client };
   struct Order {
     std::optional<std::set<Label>> labels;  // absent: all that the settings include
     Latest latest = Latest::no;
+    Asker asker = Asker::run;
+    friend bool operator==(const Order&, const Order&) = default;
   };
 
   // Labels that the catalogue does not have are left out, with a log line. A damaged fragment or application is told to
-  // the log when it is met first, and again only after it was well. Runs `done` once, in a later turn;
-  // fails with XPCError::discovery when the folders of labels or applications cannot be read.
+  // the log when it is met first, and again only after it was well. Equal orders that wait share one scan and its
+  // answer; one that has begun is not joined, since what it finds may be older than the order. Runs `done` once, in a
+  // later turn; fails with XPCError::discovery when the folders of labels or applications cannot be read.
   void discover(Order order, Completion<Result<Apps>> done);
+
+  // Answers all whose scan has not ended with `stopping`, in a later turn. What waits is not begun.
+  void stop();
 
  private:
   struct Scan;
@@ -69,8 +80,19 @@ class AppDiscoverer {
     TroubleLog troubles;
     LogSink& log;
   };
+  struct Discovery {
+    Order order;
+    std::vector<Completion<Result<Apps>>> asked;
+  };
+  struct Lane {
+    std::deque<std::shared_ptr<Discovery>> waiting;
+    std::shared_ptr<Discovery> scanning;
+  };
   static Scan scan(const HelperSetting& setting, const Order& order, Memory& memory);
-  void checkVersions(Scan scan, Latest latest, Completion<Result<Apps>> done);
+  void scanNext(Lane& lane);
+  void scanned(const std::shared_ptr<Discovery>& discovery, Scan scan);
+  static void answer(Discovery& discovery, const Result<Apps>& apps);
+  void failLater(Discovery& discovery, const Error& error);
   [[nodiscard]] VersionAnswers takeRemembered(std::vector<VersionQuestion>& questions) const;
   void remember(const VersionAnswers& answers);
 
@@ -81,6 +103,8 @@ class AppDiscoverer {
   Services s_;
   std::shared_ptr<Memory> memory_;
   std::map<Label, Remembered> remembered_;
+  Lane ofRun_;
+  Lane ofClients_;
   Lifeline lifeline_;
 };
 

@@ -67,6 +67,11 @@ void HelperService::handle(HelperRequest request, Completion<std::string> given)
 }
 
 void HelperService::discover(AppDiscoverer::Order order, std::string id, Answer answer) {
+  if (openDiscoveries() > kOpenDiscoveriesLimit)
+    return answer(composeRefusal(
+        id, helperError(HelperErrorCode::busy,
+                        fmt::format("The helper is busy: {} discoveries wait already", kOpenDiscoveriesLimit))));
+  order.asker = AppDiscoverer::Asker::client;
   s_.discoverer.discover(std::move(order), [id = std::move(id), answer = std::move(answer)](Result<Apps> apps) mutable {
     answer(body(id, apps));
   });
@@ -114,6 +119,7 @@ void HelperService::stop(Task answered) {
   answered_ = std::move(answered);
   s_.versions.stop();
   s_.runner.stop();
+  s_.discoverer.stop();
   for (const auto ticket : queue_.dropWaiting()) answerTicket(ticket, std::unexpected(stoppingError()));
   tellAnswered();
 }

@@ -14,6 +14,11 @@
 
 namespace corvane {
 
+// Discoveries, of all peers together, that may be without an answer before the next is told that the helper is busy.
+// Counted here and not a connection, since what a peer asked for is done also after it has hung up. The programs have
+// one or two under way; a scan takes about a second.
+inline constexpr std::size_t kOpenDiscoveriesLimit = 32;
+
 // Main thread. Each completion runs exactly once with a finished answer body. Status, progress and checks are
 // answered during a run.
 class HelperService {
@@ -43,6 +48,7 @@ class HelperService {
   };
   [[nodiscard]] Answer counted(Answer answer);
   void tellAnswered();
+  [[nodiscard]] std::size_t openDiscoveries() const { return open_ - waiting_.size(); }
   void discover(AppDiscoverer::Order order, std::string id, Answer answer);
   void queueRun(ask::StartPatching request, std::string id, Answer answer);
   void startNextRun();
@@ -53,7 +59,7 @@ class HelperService {
   Logger log_;
   RunQueue queue_;
   std::map<RunQueue::Ticket, Waiting> waiting_;
-  std::size_t open_ = 0;  // requests that were not answered yet
+  std::size_t open_ = 0;  // requests that were not answered yet: runs, discoveries, and the one being handled
   Task answered_;
   bool stopping_ = false;
   Lifeline lifeline_;

@@ -31,7 +31,7 @@ enum class HelperErrorCode {
   unknownOperation = 4,
   tooLarge = 5,      // a frame, a list or a name over its limit
   notPermitted = 6,  // neither root nor the console user
-  busy = 7,          // as many runs wait as may
+  busy = 7,          // as many runs or discoveries wait as may
   replaced = 8,      // a newer staging request took this one's place
   stopping = 9,      // the helper is going down
   tooManyPeers = 10,

@@ -1,0 +1,153 @@
+// What requests may pile up and what goes before what: scans are held back by hand, time is virtual.
+#include "helper/helper_service.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "helper/held_work.h"
+#include "platform/scripted/scripted_child_processes.h"
+#include "platform/scripted/scripted_entropy.h"
+#include "platform/scripted/scripted_files.h"
+#include "platform/scripted/virtual_time.h"
+#include "support/recording_log.h"
+#include "support/temporary_folder.h"
+
+namespace corvane {
+namespace {
+
+struct ServiceFixture : ::testing::Test {
+  VirtualMachine machine;
+  ScriptedEntropy entropy;
+  RecordingLog log;
+  testing::TemporaryFolder folder;
+  ScriptedFiles files{machine.clock()};
+  HeldWork work;
+  HelperSetting setting;
+  ScriptedChildProcesses children{machine.main(), [](const ChildSpec&) { return ScriptedChild{}; }};
+  VersionChecker versions{{.children = children, .main = machine.main(), .entropy = entropy, .log = log},
+                          "/bin/zsh",
+                          [] { return std::nullopt; }};
+  AppDiscoverer discoverer{{.work = work,
+                            .main = machine.main(),
+                            .clock = machine.clock(),
+                            .log = log,
+                            .versions = versions,
+                            .setting = [this] { return setting; }}};
+  ReceiptManager receipts{"/receipts.jsonl", files, log};
+  RunRecord record{"/helper-run.json", files, machine.clock(), log};
+  PatchRunner runner{{.children = children,
+                      .main = machine.main(),
+                      .clock = machine.clock(),
+                      .log = log,
+                      .receipts = receipts,
+                      .discoverer = discoverer,
+                      .record = record,
+                      .setting = [this] { return setting; },
+                      .toolHome = "/var/empty",
+                      .ownUid = geteuid()}};
+  HelperService service{{.main = machine.main(),
+                         .log = log,
+                         .discoverer = discoverer,
+                         .versions = versions,
+                         .runner = runner,
+                         .status = [] { return StatusInfo{}; }}};
+  // Code of the error that was answered to an id; 0 for an answer that is none.
+  std::map<std::string, int> answers;
+
+  ServiceFixture() {
+    setting.constants.root = folder.path();
+    const auto tool = setting.constants.installomatorScript();
+    folder.writeExecutable(std::filesystem::relative(tool, folder.path()), "#!/bin/sh\n");
+    chmod(tool.c_str(), 0755);
+    label("quill");
+  }
+  void label(const std::string& name) const {
+    folder.write(std::filesystem::relative(setting.constants.labelsFolder() / (name + ".sh"), folder.path()),
+                 name + ")\n    name=\"" + name +
+                     "\"\n    type=\"zip\"\n    appNewVersion=\"2.0\"\n"
+                     "    downloadURL=\"https://example.org\"\n    expectedTeamID=\"ABCDE12345\"\n    ;;\n");
+  }
+  void ask(const std::string& id, HelperQuestion question) {
+    service.handle({.id = id, .question = std::move(question)}, [this, id](const std::string& body) {
+      const auto parsed = parseAnswer(body, id);
+      answers[id] = parsed ? 0 : parsed.error().code;
+    });
+    machine.runUntilIdle();
+  }
+  static ask::DiscoverForLabels scoped(std::size_t number) {
+    return {.labels = {Label("quill"), Label("x" + std::to_string(number))}};
+  }
+  // Does the work that is held until none is left; gives how much it was.
+  std::size_t finishAll() {
+    std::size_t count = 0;
+    for (; !work.jobs.empty(); ++count) {
+      work.finish();
+      machine.runUntilIdle();
+    }
+    return count;
+  }
+};
+
+TEST_F(ServiceFixture, TellsThatItIsBusyPastTheDiscoveriesThatMayWaitAndGoesOnWithAllElse) {
+  for (std::size_t i = 0; i < kOpenDiscoveriesLimit; ++i) ask("d" + std::to_string(i), scoped(i));
+  EXPECT_TRUE(answers.empty()) << "all of them were taken";
+  ask("installed", ask::DiscoverInstalled{});
+  ask("updates", ask::DiscoverWithUpdates{});
+  ask("labels", scoped(0));
+  for (const char* id : {"installed", "updates", "labels"})
+    EXPECT_EQ(answers[id], static_cast<int>(HelperErrorCode::busy)) << id;
+  ask("status", ask::Status{});
+  ask("progress", ask::PatchingProgress{});
+  ask("run", ask::StartPatching{.labels = {Label("quill")}, .alsoStageLabels = {}});
+  EXPECT_EQ(answers["status"], 0);
+  EXPECT_EQ(answers["progress"], 0);
+  EXPECT_FALSE(answers.contains("run")) << "runs have a limit of their own";
+
+  finishAll();
+  EXPECT_EQ(answers["d0"], 0);
+  EXPECT_EQ(answers.size(), kOpenDiscoveriesLimit + 6);
+  ask("again", ask::DiscoverInstalled{});
+  EXPECT_FALSE(answers.contains("again")) << "places come free";
+  finishAll();
+  EXPECT_EQ(answers["again"], 0);
+}
+
+TEST_F(ServiceFixture, EqualDiscoveriesThatWaitShareOneScan) {
+  for (int i = 0; i < 10; ++i) ask("same" + std::to_string(i), ask::DiscoverInstalled{});
+  ask("other", scoped(0));
+  EXPECT_EQ(work.jobs.size(), 1U) << "one scan at a time";
+  work.finish();
+  machine.runUntilIdle();
+  EXPECT_EQ(answers.size(), 1U) << "a scan that has begun is not joined";
+  EXPECT_EQ(finishAll(), 2U);
+  EXPECT_EQ(answers.size(), 11U);
+}
+
+TEST_F(ServiceFixture, ARunsDiscoveryWaitsForNoClient) {
+  for (std::size_t i = 0; i < kOpenDiscoveriesLimit; ++i) ask("d" + std::to_string(i), scoped(i));
+  ask("run", ask::StartPatching{.labels = {Label("nosuch")}, .alsoStageLabels = {}});
+  ASSERT_EQ(work.jobs.size(), 2U) << "one scan of a client, which may hang, and the run's beside it";
+  work.finish(1);
+  machine.runUntilIdle();
+  EXPECT_EQ(answers["run"], static_cast<int>(HelperErrorCode::unknownLabel));
+  EXPECT_EQ(answers.size(), 1U);
+  finishAll();
+}
+
+TEST_F(ServiceFixture, StoppingAnswersAllWithoutWaitingForAScan) {
+  ask("updates", ask::DiscoverWithUpdates{});
+  for (std::size_t i = 0; i < 5; ++i) ask("d" + std::to_string(i), scoped(i));
+  ask("run", ask::StartPatching{.labels = {Label("quill")}, .alsoStageLabels = {}});
+  bool answered = false;
+  service.stop([&] { answered = true; });
+  machine.runUntilIdle();
+  EXPECT_TRUE(answered);
+  for (const auto* id : {"updates", "d0", "d4", "run"})
+    EXPECT_EQ(answers[id], static_cast<int>(HelperErrorCode::stopping)) << id;
+  EXPECT_EQ(finishAll(), 2U) << "the two that had begun; no other is";
+  EXPECT_TRUE(children.started().empty());
+}
+
+}  // namespace
+}  // namespace corvane
