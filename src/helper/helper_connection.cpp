@@ -29,15 +29,17 @@ struct Write {
 
 }  // namespace
 
-HelperConnection::HelperConnection(Closed closed)
-    : closed_(std::move(closed)),
+HelperConnection::HelperConnection(Duration idleLimit, Closed closed)
+    : idleLimit_(idleLimit),
+      closed_(std::move(closed)),
       decoder_(kRequestFrameLimit),
       handles_(std::make_unique_for_overwrite<Handles>()) {}  // the buffer needs no zeros
 
 HelperConnection::~HelperConnection() = default;
 
-std::shared_ptr<HelperConnection> HelperConnection::accept(uv_loop_s* loop, uv_stream_s* listening, Closed closed) {
-  auto connection = std::shared_ptr<HelperConnection>(new HelperConnection(std::move(closed)));
+std::shared_ptr<HelperConnection> HelperConnection::accept(uv_loop_s* loop, uv_stream_s* listening, Duration idleLimit,
+                                                           Closed closed) {
+  auto connection = std::shared_ptr<HelperConnection>(new HelperConnection(idleLimit, std::move(closed)));
   if (uv_pipe_init(loop, &connection->handles_->pipe, 0) != 0) return nullptr;
   uv_timer_init(loop, &connection->handles_->idle);
   connection->keepAlive_ = connection;
@@ -60,6 +62,11 @@ std::optional<uid_t> HelperConnection::peerUid() const {
 
 void HelperConnection::serve(Handler handler) {
   handler_ = std::move(handler);
+  startReading();
+  restartIdleLimit();
+}
+
+void HelperConnection::startReading() {
   const auto give = [](uv_handle_t* handle, std::size_t, uv_buf_t* buffer) {
     auto& self = *static_cast<HelperConnection*>(handle->data);
     *buffer = uv_buf_init(self.handles_->buffer.data(), static_cast<unsigned>(self.handles_->buffer.size()));
@@ -69,21 +76,25 @@ void HelperConnection::serve(Handler handler) {
     if (count > 0) self->took({buffer->base, static_cast<std::size_t>(count)});
     if (count < 0) self->ended();
   };
+  if (std::exchange(reading_, true)) return;
   reading_ = uv_read_start(handles_->stream(), give, take) == 0;
-  if (!reading_) return closeNow();
-  restartIdleLimit();
+  if (!reading_) closeNow();
 }
 
 void HelperConnection::took(std::string_view bytes) {
-  const auto fed = decoder_.feed(bytes);
-  while (!last_) {
+  if (decoder_.feed(bytes)) return takeRequests();
+  refuse({}, helperError(HelperErrorCode::tooLarge,
+                         fmt::format("a request may have {} bytes at most", kRequestFrameLimit)));
+}
+
+void HelperConnection::takeRequests() {
+  const auto mayTake = [this] { return !last_ && unwritten_ < kUntakenAnswersLimit; };
+  while (mayTake()) {
     const auto body = decoder_.next();
-    if (!body) break;
+    if (!body) return startReading();
     takeRequest(*body);
   }
-  if (!fed && !last_)
-    refuse({}, helperError(HelperErrorCode::tooLarge,
-                           fmt::format("a request may have {} bytes at most", kRequestFrameLimit)));
+  stopReading();
 }
 
 void HelperConnection::takeRequest(const std::string& body) {
@@ -93,7 +104,7 @@ void HelperConnection::takeRequest(const std::string& body) {
     return refuse(request->id, helperError(HelperErrorCode::busy,
                                            fmt::format("{} requests of this connection wait", kPeerRequestsLimit)));
   ++unanswered_;
-  uv_timer_stop(&handles_->idle);
+  if (unwritten_ == 0) uv_timer_stop(&handles_->idle);
   auto id = request->id;
   handler_(std::move(*request), [weak = weak_from_this(), id = std::move(id)](std::string answer) {
     if (const auto self = weak.lock()) self->answer(id, std::move(answer));
@@ -113,21 +124,19 @@ void HelperConnection::answer(std::string_view id, std::string body) {
   if (body.size() > kAnswerFrameLimit)
     body = composeRefusal(id, helperError(HelperErrorCode::tooLarge, "the answer is larger than a frame may be"));
   write(body);
-  restartIdleLimit();
 }
 
 void HelperConnection::refuse(std::string_view id, const Error& error) {
   stopReading();
   last_ = refused_ = true;
   write(composeRefusal(id, error));
-  restartIdleLimit();
 }
 
 void HelperConnection::write(const std::string& body) {
   if (uv_is_closing(handles_->handle())) return;
   auto* write = new Write{.request = {}, .frame = encodeFrame(body), .connection = shared_from_this()};
   write->request.data = write;
-  ++unwritten_;
+  if (++unwritten_ == 1) restartIdleLimit();
   const auto buffer = uv_buf_init(write->frame.data(), static_cast<unsigned>(write->frame.size()));
   const auto done = [](uv_write_t* request, int status) {
     const std::unique_ptr<Write> finished(static_cast<Write*>(request->data));
@@ -144,20 +153,24 @@ void HelperConnection::written(bool ok) {
   --unwritten_;
   if (!ok) return closeNow();
   closeIfDone();
+  restartIdleLimit();
+  if (!last_) takeRequests();
 }
 
 void HelperConnection::stopReading() {
   if (std::exchange(reading_, false)) uv_read_stop(handles_->stream());
 }
 
-// While a run of hours is awaited nobody is idle; once nothing is, or an answer is not taken, the limit counts.
+// While a run of hours is awaited nobody is idle; once nothing is, or an answer is not taken, the limit counts. Called
+// when an answer becomes the oldest that is not taken, never for one behind it, or a peer that only asks would put the
+// limit off for ever.
 void HelperConnection::restartIdleLimit() {
   if (uv_is_closing(handles_->handle())) return;
   if (unanswered_ > 0 && unwritten_ == 0) {
     uv_timer_stop(&handles_->idle);
     return;
   }
-  constexpr auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(kPeerIdleLimit);
+  const auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(idleLimit_);
   const auto expired = [](uv_timer_t* timer) {
     static_cast<HelperConnection*>(timer->data)->shared_from_this()->idledOut();
   };
@@ -166,7 +179,9 @@ void HelperConnection::restartIdleLimit() {
 
 void HelperConnection::idledOut() {
   if (unwritten_ > 0) return closeNow();
-  refuse({}, helperError(HelperErrorCode::idle, "no whole request came in 30 seconds"));
+  refuse({}, helperError(HelperErrorCode::idle,
+                         fmt::format("no whole request came in {} seconds",
+                                     std::chrono::duration_cast<std::chrono::seconds>(idleLimit_).count())));
 }
 
 void HelperConnection::closeWhenAnswered() {

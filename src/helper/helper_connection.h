@@ -18,8 +18,11 @@ struct uv_stream_s;
 
 namespace corvane {
 
-// No whole request in this time, or an answer not taken, and the connection ends.
+// No whole request in this time while no answer is due, or the oldest answer not taken, and the connection ends.
 inline constexpr Duration kPeerIdleLimit = 30s;
+// With so many answers that the peer has not taken, no further request of its is read: what is asked for and never
+// taken stays in memory.
+inline constexpr std::size_t kUntakenAnswersLimit = 4;
 // Requests of one peer that wait for their answers; the next one ends the connection.
 inline constexpr std::size_t kPeerRequestsLimit = 16;
 
@@ -31,7 +34,8 @@ class HelperConnection final : public std::enable_shared_from_this<HelperConnect
   using Closed = std::function<void(const std::shared_ptr<HelperConnection>&)>;
 
   // Takes the next connection of `listening`; null when it is gone already.
-  static std::shared_ptr<HelperConnection> accept(uv_loop_s* loop, uv_stream_s* listening, Closed closed);
+  static std::shared_ptr<HelperConnection> accept(uv_loop_s* loop, uv_stream_s* listening, Duration idleLimit,
+                                                  Closed closed);
   ~HelperConnection();
   HelperConnection(const HelperConnection&) = delete;
   HelperConnection& operator=(const HelperConnection&) = delete;
@@ -51,18 +55,21 @@ class HelperConnection final : public std::enable_shared_from_this<HelperConnect
 
  private:
   struct Handles;
-  explicit HelperConnection(Closed closed);
+  HelperConnection(Duration idleLimit, Closed closed);
   void took(std::string_view bytes);
+  void takeRequests();
   void takeRequest(const std::string& body);
   void ended();
   void answer(std::string_view id, std::string body);
   void write(const std::string& body);
   void written(bool ok);
+  void startReading();
   void stopReading();
   void restartIdleLimit();
   void idledOut();
   void closeIfDone();
 
+  Duration idleLimit_;
   Closed closed_;
   Handler handler_;
   FrameDecoder decoder_;

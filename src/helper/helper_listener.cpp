@@ -104,8 +104,9 @@ Status HelperListener::bind() {
 }
 
 void HelperListener::greet() {
-  const auto peer = HelperConnection::accept(s_.loop, reinterpret_cast<uv_stream_t*>(&socket_->pipe),
-                                             [this](const std::shared_ptr<HelperConnection>& gone) { left(gone); });
+  const auto peer =
+      HelperConnection::accept(s_.loop, reinterpret_cast<uv_stream_t*>(&socket_->pipe), rules_.peerIdleLimit,
+                               [this](const std::shared_ptr<HelperConnection>& gone) { left(gone); });
   if (!peer) return;
   const bool full = peers_.size() >= kPeersLimit;
   peers_.insert(peer);

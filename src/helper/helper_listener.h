@@ -33,6 +33,7 @@ class HelperListener {
     std::filesystem::path socket;       // its folder is made when missing
     std::function<bool(uid_t)> mayAsk;  // asked at each connection and again at each request
     HelperConnection::Handler handler;
+    Duration peerIdleLimit = kPeerIdleLimit;
   };
 
   // Takes the lock beside the socket first, so that two helpers never serve one root, then replaces the socket

@@ -23,16 +23,36 @@ struct ListenerFixture : ::testing::Test {
   RecordingLog log;
   bool mayAsk = true;
   std::string body;
-  std::unique_ptr<HelperListener> listener =
-      HelperListener::open({.loop = loop.loop(), .main = loop.mainQueue(), .log = log, .clock = machine.clock()},
-                           {.socket = folder.path() / "s",
-                            .mayAsk = [this](uid_t) { return mayAsk; },
-                            .handler = [this](const HelperRequest&, Completion<std::string> answer) { answer(body); }})
-          .value();
+  bool hold = false;  // answers come when the test gives them
+  std::vector<Completion<std::string>> held;
+  std::size_t handled = 0;
+  std::unique_ptr<HelperListener> listener = opened(kPeerIdleLimit);
 
   ~ListenerFixture() override {
     listener.reset();
     loop.turn();
+  }
+  std::unique_ptr<HelperListener> opened(Duration idleLimit) {
+    return HelperListener::open(
+               {.loop = loop.loop(), .main = loop.mainQueue(), .log = log, .clock = machine.clock()},
+               {.socket = folder.path() / "s",
+                .mayAsk = [this](uid_t) { return mayAsk; },
+                .handler = [this](const HelperRequest&, Completion<std::string> answer) { handle(std::move(answer)); },
+                .peerIdleLimit = idleLimit})
+        .value();
+  }
+  void handle(Completion<std::string> answer) {
+    ++handled;
+    if (hold) return held.push_back(std::move(answer));
+    answer(body);
+  }
+  void openWithIdleLimit(Duration limit) {
+    listener.reset();
+    listener = opened(limit);
+  }
+  // Lets the loop run; nothing is expected to end it sooner.
+  void pass(Duration time) {
+    loop.pump([] { return false; }, time);
   }
   [[nodiscard]] int connectTo() const {
     const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
@@ -93,6 +113,65 @@ TEST_F(ListenerFixture, TellsOfAUserWhoMayNotAskOnceAMinute) {
   machine.advance(kRefusalLogInterval);
   knock();
   EXPECT_EQ(log.count("Refused a peer of user"), 2U);
+}
+
+TEST_F(ListenerFixture, APeerWhoseAnswerIsDueIsNeverIdleWhateverElseWasAnsweredMeanwhile) {
+  openWithIdleLimit(100ms);
+  body = composeAnswer("status", JsonValue());
+  const int fd = connectTo();
+  hold = true;
+  ask(fd, "run");
+  EXPECT_TRUE(loop.pump([this] { return held.size() == 1; }, 10s));
+  hold = false;
+  ask(fd, "status");
+  EXPECT_EQ(codeFor(fd, "status"), 0);
+  pass(300ms);
+  EXPECT_EQ(listener->peers(), 1U);
+  held[0](composeAnswer("run", JsonValue()));
+  EXPECT_EQ(codeFor(fd, "run"), 0);
+  EXPECT_EQ(codeFor(fd, "next"), static_cast<int>(HelperErrorCode::idle)) << "now the limit counts";
+  waitUntilGone();
+  close(fd);
+}
+
+TEST_F(ListenerFixture, APeerThatTakesNoAnswersIsReadNoFurtherUntilItDoes) {
+  constexpr std::size_t requests = 200;
+  constexpr std::size_t size = 256U << 10U;  // more than a socket holds
+  body = composeAnswer("t", JsonValue(std::string(size, 'x')));
+  const int fd = connectTo();
+  for (std::size_t i = 0; i < requests; ++i) ask(fd, "t");
+  pass(200ms);
+  EXPECT_EQ(handled, kUntakenAnswersLimit);
+
+  std::size_t taken = 0;
+  std::vector<char> buffer(1U << 20U);
+  loop.pump(
+      [&] {
+        for (ssize_t got = 0; (got = recv(fd, buffer.data(), buffer.size(), 0)) > 0;)
+          taken += static_cast<std::size_t>(got);
+        return taken >= requests * encodeFrame(body).size();
+      },
+      10s);
+  EXPECT_EQ(taken, requests * encodeFrame(body).size()) << "each is answered in the end";
+  EXPECT_EQ(handled, requests);
+  close(fd);
+}
+
+TEST_F(ListenerFixture, TheOldestAnswerThatIsNotTakenEndsTheConnectionWhileNewerOnesCome) {
+  openWithIdleLimit(200ms);
+  body = composeAnswer("t", JsonValue(std::string(1U << 20U, 'x')));
+  const int fd = connectTo();
+  ask(fd, "big");
+  EXPECT_TRUE(loop.pump([this] { return handled == 1; }, 10s));
+  hold = true;
+  for (int i = 0; i < 10; ++i) ask(fd, "later");
+  EXPECT_TRUE(loop.pump([this] { return held.size() == 10; }, 10s));
+  for (auto& answer : held) {
+    pass(50ms);
+    answer(body);
+  }
+  EXPECT_EQ(listener->peers(), 0U);
+  close(fd);
 }
 
 TEST_F(ListenerFixture, AnAnswerThatIsTooLargeIsRefusedUnderItsRequestsId) {
