@@ -126,6 +126,13 @@ void HelperConnection::answer(std::string_view id, std::string body) {
   write(body);
 }
 
+void HelperConnection::turnAway(const Error& error) {
+  auto frame = encodeFrame(composeRefusal({}, error));
+  const auto buffer = uv_buf_init(frame.data(), static_cast<unsigned>(frame.size()));
+  uv_try_write(handles_->stream(), &buffer, 1);  // nothing was written before, so there is room
+  closeNow();
+}
+
 void HelperConnection::refuse(std::string_view id, const Error& error) {
   stopReading();
   last_ = refused_ = true;

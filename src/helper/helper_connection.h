@@ -46,6 +46,9 @@ class HelperConnection final : public std::enable_shared_from_this<HelperConnect
   // From now on requests are read. Called once, for peers that may ask.
   void serve(Handler handler);
 
+  // For a peer that is not served: tells the error as far as the socket takes it at once, and ends the connection.
+  void turnAway(const Error& error);
+
   // Answers with the error and ends the connection once that is written. Nothing more is read.
   void refuse(std::string_view id, const Error& error);
 

@@ -108,16 +108,15 @@ void HelperListener::greet() {
       HelperConnection::accept(s_.loop, reinterpret_cast<uv_stream_t*>(&socket_->pipe), rules_.peerIdleLimit,
                                [this](const std::shared_ptr<HelperConnection>& gone) { left(gone); });
   if (!peer) return;
-  const bool full = peers_.size() >= kPeersLimit;
-  peers_.insert(peer);
   const auto uid = peer->peerUid();
   if (!uid || !rules_.mayAsk(*uid)) {
     tellRefused(uid);
-    peer->refuse({}, notPermitted());
-  } else if (full) {
-    peer->refuse({}, helperError(HelperErrorCode::tooManyPeers,
-                                 fmt::format("{} connections are open, no more are taken", kPeersLimit)));
+    peer->turnAway(notPermitted());
+  } else if (peers_.size() >= kPeersLimit) {
+    peer->turnAway(helperError(HelperErrorCode::tooManyPeers,
+                               fmt::format("{} connections are open, no more are taken", kPeersLimit)));
   } else {
+    peers_.insert(peer);
     serve(peer, *uid);
   }
 }

@@ -15,7 +15,8 @@
 
 namespace corvane {
 
-// Peers at once: the application, corvanectl and some more; each may have several requests under way.
+// Peers that are served at once: the application, corvanectl and some more; each may have several requests under way.
+// Who may not ask takes no place, or a stranger could keep out those who may.
 inline constexpr std::size_t kPeersLimit = 64;
 // A user who may not ask gets one line in the log this often, however often they try.
 inline constexpr Duration kRefusalLogInterval = 1min;
@@ -48,6 +49,7 @@ class HelperListener {
   // turn, once every answer that is due has been written.
   void stop(Task drained);
 
+  // Those that are served.
   [[nodiscard]] std::size_t peers() const { return peers_.size(); }
 
  private:

@@ -22,6 +22,7 @@ struct ListenerFixture : ::testing::Test {
   UvMainLoop loop{clock};
   RecordingLog log;
   bool mayAsk = true;
+  std::size_t strangers = 0;  // the next so many who knock may not ask
   std::string body;
   bool hold = false;  // answers come when the test gives them
   std::vector<Completion<std::string>> held;
@@ -36,10 +37,15 @@ struct ListenerFixture : ::testing::Test {
     return HelperListener::open(
                {.loop = loop.loop(), .main = loop.mainQueue(), .log = log, .clock = machine.clock()},
                {.socket = folder.path() / "s",
-                .mayAsk = [this](uid_t) { return mayAsk; },
+                .mayAsk = [this](uid_t) { return isKnown(); },
                 .handler = [this](const HelperRequest&, Completion<std::string> answer) { handle(std::move(answer)); },
                 .peerIdleLimit = idleLimit})
         .value();
+  }
+  bool isKnown() {
+    if (strangers == 0) return mayAsk;
+    --strangers;
+    return false;
   }
   void handle(Completion<std::string> answer) {
     ++handled;
@@ -97,6 +103,22 @@ TEST_F(ListenerFixture, AsksAtEachRequestWhetherThePeerStillMay) {
   ask(fd, "two");
   EXPECT_EQ(codeFor(fd, "two"), static_cast<int>(HelperErrorCode::notPermitted));
   waitUntilGone();
+  close(fd);
+}
+
+TEST_F(ListenerFixture, StrangersTakeNoPlaceOfThoseWhoMayAsk) {
+  body = composeAnswer("t", JsonValue());
+  strangers = kPeersLimit + 10;
+  std::vector<int> knocking;
+  for (std::size_t i = 0; i < kPeersLimit + 10; ++i) knocking.push_back(connectTo());
+  const int fd = connectTo();
+  ask(fd, "t");
+  EXPECT_EQ(codeFor(fd, "t"), 0) << "though all of them knocked in the same turn";
+  EXPECT_EQ(listener->peers(), 1U);
+  for (const int stranger : knocking) {
+    EXPECT_EQ(codeFor(stranger, "t"), static_cast<int>(HelperErrorCode::notPermitted));
+    close(stranger);
+  }
   close(fd);
 }
 
