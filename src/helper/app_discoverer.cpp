@@ -11,6 +11,7 @@
 #include "core/discovery/app_discovery_service.h"
 #include "core/discovery/bundle_inventory.h"
 #include "core/discovery/label_catalog.h"
+#include "helper/brief_labels.h"
 
 namespace corvane {
 
@@ -35,12 +36,15 @@ std::optional<std::set<Label>> knownLabels(const std::optional<std::set<Label>>&
                                            const Logger& log) {
   if (!asked) return std::nullopt;
   std::set<Label> known;
+  Labels unknown;
   for (const auto& label : *asked) {
     if (catalog.contains(label))
       known.insert(label);
     else
-      log.warning(fmt::format("The catalogue has no label {}; it is left out.", label.text));
+      unknown.push_back(label);
   }
+  if (!unknown.empty())
+    log.warning(fmt::format("The catalogue does not have {} label(s), left out: {}.", unknown.size(), brief(unknown)));
   return known;
 }
 

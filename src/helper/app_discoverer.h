@@ -62,10 +62,10 @@ class AppDiscoverer {
     friend bool operator==(const Order&, const Order&) = default;
   };
 
-  // Labels that the catalogue does not have are left out, with a log line. A damaged fragment or application is told to
-  // the log when it is met first, and again only after it was well. Equal orders that wait share one scan and its
-  // answer; one that has begun is not joined, since what it finds may be older than the order. Runs `done` once, in a
-  // later turn; fails with XPCError::discovery when the folders of labels or applications cannot be read.
+  // Labels that the catalogue does not have are left out, with one log line for all. A damaged fragment or application
+  // is told to the log when it is met first, and again only after it was well. Equal orders that wait share one scan
+  // and its answer; one that has begun is not joined, since what it finds may be older than the order. Runs `done`
+  // once, in a later turn; fails with XPCError::discovery when the folders of labels or applications cannot be read.
   void discover(Order order, Completion<Result<Apps>> done);
 
   // Answers all whose scan has not ended with `stopping`, in a later turn. What waits is not begun.

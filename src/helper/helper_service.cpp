@@ -6,6 +6,8 @@
 #include <utility>
 #include <variant>
 
+#include "helper/brief_labels.h"
+
 namespace corvane {
 namespace {
 
@@ -96,7 +98,7 @@ void HelperService::startNextRun() {
   auto run = queue_.startNext();
   if (!run) return;
   const auto& stage = run->request.alsoStageLabels;
-  if (!stage.empty()) log_.info(fmt::format("Staging is asked for {} label(s): {}.", stage.size(), joined(stage)));
+  if (!stage.empty()) log_.info(fmt::format("Staging is asked for {} label(s): {}.", stage.size(), brief(stage)));
   if (run->request.labels.empty()) return runEnded(run->ticket, answerOf({}));
   s_.runner.run(run->request.labels, lifeline_.guard([this, ticket = run->ticket](Result<PatchRunAnswer> result) {
     runEnded(ticket, std::move(result));

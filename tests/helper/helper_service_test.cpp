@@ -1,6 +1,7 @@
 // What requests may pile up and what goes before what: scans are held back by hand, time is virtual.
 #include "helper/helper_service.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -122,6 +123,25 @@ TEST_F(ServiceFixture, EqualDiscoveriesThatWaitShareOneScan) {
   EXPECT_EQ(answers.size(), 1U) << "a scan that has begun is not joined";
   EXPECT_EQ(finishAll(), 2U);
   EXPECT_EQ(answers.size(), 11U);
+}
+
+TEST_F(ServiceFixture, ARequestThatNamesThousandsOfLabelsLeavesOneShortLine) {
+  Labels many;
+  for (std::size_t i = 0; i < kHelperLabelsLimit; ++i)
+    many.emplace_back(fmt::format("{:04}{}", i, std::string(kHelperLabelLengthLimit - 4, 'x')));
+  ask("labels", ask::DiscoverForLabels{.labels = many});
+  finishAll();
+  ask("staging", ask::StartPatching{.labels = {}, .alsoStageLabels = many});
+  ASSERT_EQ(log.lines().size(), 2U);
+  for (const auto& line : log.lines()) {
+    EXPECT_NE(line.message.find("5000 label(s)"), std::string::npos) << line.message;
+    EXPECT_NE(line.message.find(many.front().text), std::string::npos) << line.message;
+    EXPECT_LT(line.message.size(), 1000U);
+  }
+  log.clear();
+  ask("few", ask::DiscoverForLabels{.labels = {Label("quill"), Label("a"), Label("b")}});
+  finishAll();
+  EXPECT_TRUE(log.holds("2 label(s), left out: a, b."));
 }
 
 TEST_F(ServiceFixture, ARunsDiscoveryWaitsForNoClient) {
