@@ -96,7 +96,7 @@ AppDiscoverer::Scan AppDiscoverer::scan(const HelperSetting& setting, const Orde
   const LabelCatalog& labels = **catalog;
   AppDiscoveryService service(setting.config, order.latest != Latest::no,
                               knownLabels(order.labels, labels, Logger(memory.log, "AppDiscoverer")), setting.constants,
-                              round, setting.savedApps);
+                              round, *setting.savedApps);
   scan.apps = service.discoverApps(labels, *inventory);
   if (!order.labels) round.sawEverything();
   if (order.latest == Latest::no) return scan;

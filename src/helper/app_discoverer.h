@@ -29,7 +29,7 @@ struct HelperSetting {
   CorvaneConfiguration config;
   bool optionsAreManaged = false;  // the options string comes from the managed domain
   CorvaneConstants constants;
-  Apps savedApps;  // the inventory that the application keeps
+  std::shared_ptr<const Apps> savedApps = std::make_shared<const Apps>();  // the inventory that the application keeps
 };
 
 // A version found this short a time ago is good enough to install towards; a check always asks anew.

@@ -28,6 +28,7 @@
 #include "helper/patch_runner.h"
 #include "helper/root_trust.h"
 #include "helper/run_record.h"
+#include "helper/saved_apps.h"
 #include "helper/system_zone.h"
 #include "helper/version_checker.h"
 #include "platform/posix/folder_ownership.h"
@@ -112,6 +113,7 @@ class Daemon {
                   .userFile = [this](const auto& home) { return constantsForHome(home).userPreferencesPath(); }},
                  [this](std::string_view text) { Logger(log_, "Preferences").warning(text); }),
         preferences_(domains_, notifications_, log_),
+        savedApps_(domains_, preferences_),
         receipts_(places_.receipts(), files_, log_),
         children_(loop_.loop(), main_),
         versions_({.children = children_, .main = main_, .entropy = entropy_, .log = log_}, findZsh(),
@@ -143,14 +145,13 @@ class Daemon {
 
   int run() {
     const Logger log(log_, "CorvaneRootHelper");
-    auto listener =
-        HelperListener::open({.loop = loop_.loop(), .main = main_, .log = log_, .clock = clock_},
-                             {.socket = places_.helperSocket(),
-                              .mayAsk = [this](uid_t peer) { return mayAsk(peer, geteuid(), consoleUid()); },
-                              .handler =
-                                  [this](HelperRequest request, Completion<std::string> answer) {
-                                    service_.handle(std::move(request), std::move(answer));
-                                  }});
+    auto listener = HelperListener::open({.loop = loop_.loop(), .main = main_, .log = log_, .clock = clock_},
+                                         {.socket = places_.helperSocket(),
+                                          .mayAsk = [this](uid_t peer) { return mayAskNow(peer); },
+                                          .handler =
+                                              [this](HelperRequest request, Completion<std::string> answer) {
+                                                service_.handle(std::move(request), std::move(answer));
+                                              }});
     if (!listener) {
       log.error(listener.error().text);
       fmt::print(stderr, "CorvaneRootHelper: {}\n", listener.error().text);
@@ -185,9 +186,11 @@ class Daemon {
     return {.root = options_.root, .home = home};
   }
 
-  [[nodiscard]] std::optional<uid_t> consoleUid() const {
+  // Who sits at the machine is looked up only for those who may not ask anyway.
+  [[nodiscard]] bool mayAskNow(uid_t peer) const {
+    if (mayAsk(peer, geteuid(), std::nullopt)) return true;
     const auto user = console_.current();
-    return user ? std::optional(user->uid) : std::nullopt;
+    return user && mayAsk(peer, geteuid(), user->uid);
   }
 
   // Text and source come from one look at the domains: a managed value of no use must not lend its rights to the
@@ -203,7 +206,7 @@ class Daemon {
     HelperSetting setting{.config = preferences_.loadConfiguration(),
                           .optionsAreManaged = options.source == ValueSource::managed,
                           .constants = constantsFor(options_.root, console_.current()),
-                          .savedApps = preferences_.readDiscoveredApps().value_or(Apps{})};
+                          .savedApps = savedApps_.current()};
     setting.config.installomatorOptions =
         options.value ? options.value->string().value_or("") : CorvaneConfiguration().installomatorOptions;
     log_.refreshVerbosityFromPreferences(setting.config.verboseMode, setting.config.debugMode);
@@ -230,6 +233,7 @@ class Daemon {
   LoggingService log_;
   ConsolePreferenceDomains domains_;
   PreferenceManager preferences_;
+  SavedApps savedApps_;
   ReceiptManager receipts_;
   UvChildProcesses children_;
   UvWorkQueue work_;
