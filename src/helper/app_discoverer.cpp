@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "base/localized.h"
 #include "core/client/helper_messages.h"
 #include "core/client/xpc_service_client.h"
 #include "core/discovery/app_discovery_service.h"
@@ -63,7 +64,7 @@ Apps withLatestVersions(Apps apps, const VersionAnswers& answers) {
 }
 
 AppDiscoverer::AppDiscoverer(Services services)
-    : s_(std::move(services)), memory_(std::make_shared<Memory>(s_.clock, s_.log)) {}
+    : s_(std::move(services)), log_(s_.log, "AppDiscoverer"), memory_(std::make_shared<Memory>(s_.clock, s_.log)) {}
 
 AppDiscoverer::~AppDiscoverer() {
   for (const auto* lane : {&ofRun_, &ofClients_}) {
@@ -111,6 +112,9 @@ void AppDiscoverer::discover(Order order, Completion<Result<Apps>> done) {
   const auto& discovery = lane.waiting.emplace_back(std::make_shared<Discovery>());
   discovery->order = std::move(order);
   discovery->asked.push_back(std::move(done));
+  discovery->limit = s_.main.after(kDiscoveryTimeLimit, [this, &lane, weak = std::weak_ptr(discovery)] {
+    if (const auto late = weak.lock()) giveUp(lane, late);
+  });
   scanNext(lane);
 }
 
@@ -125,9 +129,19 @@ void AppDiscoverer::scanNext(Lane& lane) {
       },
       lifeline_.guard([this, &lane](Scan scan) {
         const auto discovery = std::exchange(lane.scanning, nullptr);
+        discovery->limit.release();
         scanNext(lane);
         scanned(discovery, std::move(scan));
       }));
+}
+
+void AppDiscoverer::giveUp(Lane& lane, const std::shared_ptr<Discovery>& discovery) {
+  std::erase(lane.waiting, discovery);
+  const auto text =
+      fmt::format(fmt::runtime(localized("The folders of labels and applications did not answer in {} minutes")),
+                  std::chrono::duration_cast<std::chrono::minutes>(kDiscoveryTimeLimit).count());
+  log_.error(text + "; a discovery was given up.");
+  failLater(*discovery, XPCError::discovery(text));
 }
 
 void AppDiscoverer::scanned(const std::shared_ptr<Discovery>& discovery, Scan scan) {
@@ -149,6 +163,7 @@ void AppDiscoverer::answer(Discovery& discovery, const Result<Apps>& apps) {
 }
 
 void AppDiscoverer::failLater(Discovery& discovery, const Error& error) {
+  discovery.limit.release();
   for (auto& done : std::exchange(discovery.asked, {}))
     s_.main.post([done = std::move(done), error]() mutable { done(std::unexpected(error)); });
 }

@@ -35,6 +35,10 @@ struct HelperSetting {
 // A version found this short a time ago is good enough to install towards; a check always asks anew.
 inline constexpr Duration kVersionMemory = 15min;
 
+// A scan takes about a second, on a slow disk some more; what has found nothing by then (a dead network volume) is
+// given up. The version check behind it has a limit of its own.
+inline constexpr Duration kDiscoveryTimeLimit = 5min;
+
 // The apps with what was found out about their latest versions; apps without an answer stay as they are.
 [[nodiscard]] Apps withLatestVersions(Apps apps, const VersionAnswers& answers);
 
@@ -65,8 +69,13 @@ class AppDiscoverer {
   // Labels that the catalogue does not have are left out, with one log line for all. A damaged fragment or application
   // is told to the log when it is met first, and again only after it was well. Equal orders that wait share one scan
   // and its answer; one that has begun is not joined, since what it finds may be older than the order. Runs `done`
-  // once, in a later turn; fails with XPCError::discovery when the folders of labels or applications cannot be read.
+  // once, in a later turn; fails with XPCError::discovery when the folders of labels or applications cannot be read, or
+  // when the scan has not ended within kDiscoveryTimeLimit of the order. Such a scan goes on, since nothing can end it,
+  // and holds its place until it does.
   void discover(Order order, Completion<Result<Apps>> done);
+
+  // Whether a scan is under way off the main thread, be its asker answered or not.
+  [[nodiscard]] bool scanning() const { return ofRun_.scanning || ofClients_.scanning; }
 
   // Answers all whose scan has not ended with `stopping`, in a later turn. What waits is not begun.
   void stop();
@@ -83,6 +92,7 @@ class AppDiscoverer {
   struct Discovery {
     Order order;
     std::vector<Completion<Result<Apps>>> asked;
+    Lease limit;
   };
   struct Lane {
     std::deque<std::shared_ptr<Discovery>> waiting;
@@ -90,6 +100,7 @@ class AppDiscoverer {
   };
   static Scan scan(const HelperSetting& setting, const Order& order, Memory& memory);
   void scanNext(Lane& lane);
+  void giveUp(Lane& lane, const std::shared_ptr<Discovery>& discovery);
   void scanned(const std::shared_ptr<Discovery>& discovery, Scan scan);
   static void answer(Discovery& discovery, const Result<Apps>& apps);
   void failLater(Discovery& discovery, const Error& error);
@@ -101,6 +112,7 @@ class AppDiscoverer {
     SteadyTime at;
   };
   Services s_;
+  Logger log_;
   std::shared_ptr<Memory> memory_;
   std::map<Label, Remembered> remembered_;
   Lane ofRun_;

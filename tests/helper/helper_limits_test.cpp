@@ -1,5 +1,8 @@
 // The real daemon at each of its limits and one past it, and in front of a user who may not ask.
+#include <fcntl.h>
 #include <grp.h>
+#include <poll.h>
+#include <sys/fanotify.h>
 
 #include "helper/helper_connection.h"
 #include "helper/helper_listener.h"
@@ -133,6 +136,38 @@ TEST_F(HelperLimits, RefusesAStrangerBeforeTheFirstByte) {
   EXPECT_EQ(WEXITSTATUS(status), static_cast<int>(HelperErrorCode::notPermitted));
   EXPECT_NE(log().find("Refused a peer of user 65534."), std::string::npos);
   EXPECT_TRUE(ask(ask::Status{}));
+}
+
+// The kernel asks us before it opens a label's file, and is not answered: so hangs a volume that has gone.
+TEST_F(HelperLimits, EndsInGoodOrderThoughItsScansHang) {
+  const int guard = fanotify_init(FAN_CLASS_CONTENT | FAN_CLOEXEC | FAN_NONBLOCK, O_RDONLY);
+  if (guard < 0) GTEST_SKIP() << "only root can hold up an open";
+  const auto file = places_.labelsFolder() / "quill.sh";
+  ASSERT_EQ(fanotify_mark(guard, FAN_MARK_ADD, FAN_OPEN_PERM, AT_FDCWD, file.c_str()), 0);
+  const int client = connectTo();
+  sendRequest(client, "discovery", ask::DiscoverInstalled{});
+  sendRequest(client, "run", ask::StartPatching{.labels = {Label("quill")}, .alsoStageLabels = {}});
+  pollfd asked{.fd = guard, .events = POLLIN, .revents = 0};
+  ASSERT_EQ(poll(&asked, 1, 10'000), 1) << "the scan has come to that file";
+  EXPECT_TRUE(ask(ask::Status{}));
+
+  kill(pid_, SIGTERM);
+  std::map<std::string, bool> stopped;
+  for (int i = 0; i < 2; ++i) {
+    const auto answer = receive(client);
+    for (const char* id : {"discovery", "run"})
+      if (codeOf(answer, id) == static_cast<int>(HelperErrorCode::stopping)) stopped[id] = true;
+  }
+  EXPECT_EQ(stopped.size(), 2U);
+  int status = -1;
+  const bool ended = eventually([&] { return waitpid(pid_, &status, WNOHANG) == pid_; });
+  EXPECT_TRUE(ended);
+  if (ended) pid_ = -1;
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+  EXPECT_NE(log().find("Ended."), std::string::npos);
+  EXPECT_EQ(log().find("cut short"), std::string::npos);
+  close(guard);
+  close(client);
 }
 
 }  // namespace

@@ -155,6 +155,43 @@ TEST_F(ServiceFixture, ARunsDiscoveryWaitsForNoClient) {
   finishAll();
 }
 
+TEST_F(ServiceFixture, AScanThatHangsFailsItsAskersInTimeAndHoldsUpNoRun) {
+  const auto failed = static_cast<int>(HelperErrorCode::discoveryFailed);
+  ask("hangs", ask::DiscoverWithUpdates{});
+  ask("waits", ask::DiscoverInstalled{});
+  machine.advance(kDiscoveryTimeLimit - 1s);
+  EXPECT_TRUE(answers.empty());
+  ask("late", scoped(0));
+  machine.advance(2s);
+  EXPECT_EQ(answers["hangs"], failed);
+  EXPECT_EQ(answers["waits"], failed);
+  EXPECT_EQ(answers.size(), 2U) << "whoever asked later has their own time";
+  EXPECT_TRUE(discoverer.scanning());
+
+  ask("run", ask::StartPatching{.labels = {Label("nosuch")}, .alsoStageLabels = {}});
+  ASSERT_EQ(work.jobs.size(), 2U) << "no second scan of a client is begun beside one that hangs";
+  work.finish(1);
+  machine.runUntilIdle();
+  EXPECT_EQ(answers["run"], static_cast<int>(HelperErrorCode::unknownLabel));
+
+  work.finish();
+  machine.runUntilIdle();
+  EXPECT_TRUE(children.started().empty()) << "nobody waits for its versions";
+  finishAll();
+  EXPECT_EQ(answers["late"], 0) << "the folders are back";
+  EXPECT_FALSE(discoverer.scanning());
+  machine.advance(kDiscoveryTimeLimit);
+  EXPECT_EQ(answers.size(), 4U);
+}
+
+TEST_F(ServiceFixture, ARunWhoseScanHangsFailsInTime) {
+  ask("run", ask::StartPatching{.labels = {Label("quill")}, .alsoStageLabels = {}});
+  machine.advance(kDiscoveryTimeLimit + 1s);
+  EXPECT_EQ(answers["run"], static_cast<int>(HelperErrorCode::discoveryFailed));
+  EXPECT_EQ(runner.progress(), PatchProgressInfo{});
+  finishAll();
+}
+
 TEST_F(ServiceFixture, StoppingAnswersAllWithoutWaitingForAScan) {
   ask("updates", ask::DiscoverWithUpdates{});
   for (std::size_t i = 0; i < 5; ++i) ask("d" + std::to_string(i), scoped(i));

@@ -42,7 +42,7 @@
 namespace corvane {
 namespace {
 
-// A stop that takes longer than this (a peer that does not read, a scan of a dead network volume) is cut short.
+// A stop that takes longer than this (a peer that does not read) is cut short.
 constexpr Duration kStopLimit = kToolStopGrace + 5s;
 constexpr const char* kNobodysHome = "/var/empty";
 
@@ -178,6 +178,8 @@ class Daemon {
     listener->reset();
     loop_.turn();
     log.info("Ended.");
+    // A scan of a dead network volume cannot be ended, and taking down what it refers to would wait for it.
+    if (discoverer_.scanning()) std::_Exit(code);
     return code;
   }
 
