@@ -1,8 +1,6 @@
 #include "core/discovery/bundle_reader.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <array>
 #include <system_error>
@@ -40,26 +38,26 @@ bool isPlainFileName(std::string_view name) {
          name.find('\0') == std::string_view::npos;
 }
 
-Result<CodeSignature> executableSignature(int contents, const BundleProperties& properties, SignatureDetail detail) {
+Result<CodeSignature> executableSignature(int bundle, const BundleProperties& properties, SignatureDetail detail) {
   const auto notMachO = [] { return failure(SignatureError::domain, SignatureError::notMachO, ""); };
   if (!properties.executable || !isPlainFileName(*properties.executable)) return notMachO();
-  const auto file = Descriptor::openFileAt(contents, ("MacOS/" + *properties.executable).c_str());
+  const auto file = Descriptor::openFileBeneath(bundle, ("Contents/MacOS/" + *properties.executable).c_str());
   if (!file) return notMachO();
   return readMachOSignature(file->get(), detail);
 }
 
-Result<CodeSignature> detachedSignature(int contents, SignatureDetail detail) {
+Result<CodeSignature> detachedSignature(int bundle, SignatureDetail detail) {
   thread_local std::string buffer;
-  const auto bytes = readFileAt(contents, "_CodeSignature/CodeDirectory", kDetachedDirectoryLimit, buffer);
+  const auto bytes = readFileBeneath(bundle, "Contents/_CodeSignature/CodeDirectory", kDetachedDirectoryLimit, buffer);
   if (!bytes) return failure(SignatureError::domain, SignatureError::notSigned, "");
   return readCodeDirectory(*bytes, detail);
 }
 
-void readSignature(BundleFacts& facts, int contents, SignatureDetail detail) {
-  auto signature = executableSignature(contents, facts.properties, detail);
+void readSignature(BundleFacts& facts, int bundle, SignatureDetail detail) {
+  auto signature = executableSignature(bundle, facts.properties, detail);
   if (!signature && signature.error().domain == SignatureError::domain &&
       signature.error().code == SignatureError::notMachO)
-    signature = detachedSignature(contents, detail);
+    signature = detachedSignature(bundle, detail);
   if (signature)
     facts.signature = std::move(*signature);
   else if (signature.error().code != SignatureError::notSigned)
@@ -96,17 +94,18 @@ std::optional<std::string> BundleFacts::value(std::string_view key, std::string_
 Result<BundleFacts> readBundle(const std::filesystem::path& bundle, std::string_view customKey,
                                SignatureDetail detail) {
   thread_local std::string buffer;
-  const auto contents = Descriptor::openFolder(bundle / "Contents");
-  if (!contents) return unreadable(bundle, std::generic_category().message(contents.error()));
-  const auto bytes = readFileAt(contents->get(), "Info.plist", kInfoPlistLimit, buffer);
+  // Everything is looked up below the bundle, since a link inside may lead from one of its folders to another.
+  const auto folder = Descriptor::openFolder(bundle);
+  if (!folder) return unreadable(bundle, std::generic_category().message(folder.error()));
+  const auto bytes = readFileBeneath(folder->get(), "Contents/Info.plist", kInfoPlistLimit, buffer);
   if (!bytes) return unreadable(bundle, std::generic_category().message(bytes.error()));
   auto properties = parseBundleProperties(*bytes, customKey);
   if (!properties) return unreadable(bundle, properties.error().text);
 
   BundleFacts facts{
       .properties = std::move(*properties), .signature = {}, .signatureProblem = {}, .hasStoreReceipt = false};
-  readSignature(facts, contents->get(), detail);
-  facts.hasStoreReceipt = ::faccessat(contents->get(), "_MASReceipt/receipt", F_OK, 0) == 0;
+  readSignature(facts, folder->get(), detail);
+  facts.hasStoreReceipt = existsBeneath(folder->get(), "Contents/_MASReceipt/receipt");
   return facts;
 }
 

@@ -41,7 +41,9 @@ struct BundleFacts {
 
 // Reads Contents/Info.plist, the signature of the main executable (or Contents/_CodeSignature/CodeDirectory
 // where that is no Mach-O file) and looks for the store's receipt. Fails with a text that names the property list
-// when it is missing or damaged; an executable that cannot be read only leaves `signature` absent. Any thread.
+// when it is missing or damaged; an executable that cannot be read only leaves `signature` absent. A bundle often
+// belongs to somebody who may read less than we: links that lead out of it are not followed, and only regular files are
+// opened. Any thread.
 [[nodiscard]] Result<BundleFacts> readBundle(const std::filesystem::path& bundle, std::string_view customKey = {},
                                              SignatureDetail detail = SignatureDetail::names);
 

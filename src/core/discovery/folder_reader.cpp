@@ -2,10 +2,14 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <system_error>
 
 namespace corvane {
 namespace {
@@ -13,10 +17,54 @@ namespace {
 // Larger than nearly every fragment and property list, so that one read takes the whole.
 constexpr std::size_t kFirstRead = 32U << 10U;
 
+// Never waits for the other end of a pipe, and takes no terminal.
+constexpr int kReadFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+
+// A rename anywhere on the machine can spoil a lookup of "..", and the kernel wants to be asked again. Nobody renames
+// for ever by chance.
+constexpr int kLookups = 8;
+
 std::expected<Descriptor, int> opened(int descriptor) {
   if (descriptor < 0) return std::unexpected(errno);
   return Descriptor(descriptor);
 }
+
+std::expected<Descriptor, int> regular(std::expected<Descriptor, int> file) {
+  struct stat state {};
+  if (!file) return file;
+  if (::fstat(file->get(), &state) != 0) return std::unexpected(errno);
+  if (S_ISREG(state.st_mode)) return file;
+  return std::unexpected(S_ISDIR(state.st_mode) ? EISDIR : ENOTSUP);
+}
+
+std::expected<Descriptor, int> openBeneath(int folder, const char* name, int flags) {
+  open_how how{};
+  how.flags = static_cast<decltype(how.flags)>(flags);
+  how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
+  long descriptor = -1;
+  for (int tries = 0; tries < kLookups; ++tries) {
+    descriptor = ::syscall(SYS_openat2, folder, name, &how, sizeof how);
+    if (descriptor >= 0 || errno != EAGAIN) break;
+  }
+  return opened(static_cast<int>(descriptor));
+}
+
+std::string placeOf(int descriptor) {
+  std::error_code error;
+  return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor), error).native();
+}
+
+// Only names the file; even a device is not touched by that.
+std::expected<Descriptor, int> namedBeneath(int folder, const char* name) {
+  auto file = opened(::openat(folder, name, O_PATH | O_CLOEXEC));
+  if (!file) return file;
+  const auto inside = placeOf(folder);
+  if (inside.empty() || !placeOf(file->get()).starts_with(inside + "/")) return std::unexpected(EXDEV);
+  return file;
+}
+
+// What the call says where it does not exist or is not let through.
+bool kernelCannot(int problem) { return problem == ENOSYS || problem == EPERM; }
 
 EntryKind kindOf(int folder, const dirent& entry) {
   switch (entry.d_type) {
@@ -57,7 +105,25 @@ std::expected<Descriptor, int> Descriptor::openFolderAt(int folder, const char* 
 }
 
 std::expected<Descriptor, int> Descriptor::openFileAt(int folder, const char* name) {
-  return opened(::openat(folder, name, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  return regular(opened(::openat(folder, name, kReadFlags)));
+}
+
+std::expected<Descriptor, int> Descriptor::openFileBeneath(int folder, const char* name, BeneathBy means) {
+  if (means == BeneathBy::kernel) {
+    auto file = openBeneath(folder, name, kReadFlags);
+    if (file || !kernelCannot(file.error())) return regular(std::move(file));
+  }
+  const auto file = regular(namedBeneath(folder, name));
+  if (!file) return std::unexpected(file.error());
+  return opened(::open(("/proc/self/fd/" + std::to_string(file->get())).c_str(), kReadFlags));
+}
+
+bool existsBeneath(int folder, const char* name, BeneathBy means) {
+  if (means == BeneathBy::kernel) {
+    const auto found = openBeneath(folder, name, O_PATH | O_CLOEXEC);
+    if (found || !kernelCannot(found.error())) return found.has_value();
+  }
+  return namedBeneath(folder, name).has_value();
 }
 
 std::expected<std::vector<FolderEntry>, int> folderEntries(int folder) {
@@ -82,8 +148,10 @@ std::expected<std::vector<FolderEntry>, int> folderEntries(int folder) {
   return entries;
 }
 
-std::expected<std::string_view, int> readFileAt(int folder, const char* name, std::size_t limit, std::string& buffer) {
-  const auto file = Descriptor::openFileAt(folder, name);
+namespace {
+
+std::expected<std::string_view, int> readWhole(const std::expected<Descriptor, int>& file, std::size_t limit,
+                                               std::string& buffer) {
   if (!file) return std::unexpected(file.error());
   if (buffer.size() < kFirstRead) buffer.resize(kFirstRead);
   std::size_t filled = 0;
@@ -98,6 +166,17 @@ std::expected<std::string_view, int> readFileAt(int folder, const char* name, st
     // A file gives less than was asked for at its end only; asking once more would cost as much as the first time.
     if (static_cast<std::size_t>(count) < room) return std::string_view(buffer.data(), filled);
   }
+}
+
+}  // namespace
+
+std::expected<std::string_view, int> readFileAt(int folder, const char* name, std::size_t limit, std::string& buffer) {
+  return readWhole(Descriptor::openFileAt(folder, name), limit, buffer);
+}
+
+std::expected<std::string_view, int> readFileBeneath(int folder, const char* name, std::size_t limit,
+                                                     std::string& buffer) {
+  return readWhole(Descriptor::openFileBeneath(folder, name), limit, buffer);
 }
 
 }  // namespace corvane

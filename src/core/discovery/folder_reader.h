@@ -12,6 +12,10 @@
 
 namespace corvane {
 
+// Who keeps a name below its folder. Kernels before 5.6, and some sandboxes, cannot: then the place that the name led
+// to is compared, which takes more calls. Only tests ask for that.
+enum class BeneathBy { kernel, comparing };
+
 // An open file or folder; closes itself. Not copied.
 class Descriptor {
  public:
@@ -24,8 +28,12 @@ class Descriptor {
   // Failures are errno's values.
   [[nodiscard]] static std::expected<Descriptor, int> openFolder(const std::filesystem::path& folder);
   [[nodiscard]] static std::expected<Descriptor, int> openFolderAt(int folder, const char* name);
-  // For reading, without waiting for the other end of a pipe.
+  // A regular file for reading: EISDIR for a folder, ENOTSUP for what is neither.
   [[nodiscard]] static std::expected<Descriptor, int> openFileAt(int folder, const char* name);
+  // The same in a folder whose owner is trusted less than we are: a relative link may lead to another place below
+  // `folder`, but nothing leads out of it (EXDEV), and no device is ever opened.
+  [[nodiscard]] static std::expected<Descriptor, int> openFileBeneath(int folder, const char* name,
+                                                                      BeneathBy means = BeneathBy::kernel);
 
   [[nodiscard]] int get() const { return value_; }
 
@@ -43,9 +51,15 @@ struct FolderEntry {
 // All entries but "." and "..", in no order. Fails with errno.
 [[nodiscard]] std::expected<std::vector<FolderEntry>, int> folderEntries(int folder);
 
+// Whether anything is there, by the rule of openFileBeneath; opens nothing.
+[[nodiscard]] bool existsBeneath(int folder, const char* name, BeneathBy means = BeneathBy::kernel);
+
 // The whole file, in `buffer`, which keeps its memory from call to call; the view holds until the next one.
 // Fails with errno, and with EFBIG above `limit` bytes.
 [[nodiscard]] std::expected<std::string_view, int> readFileAt(int folder, const char* name, std::size_t limit,
                                                               std::string& buffer);
+// The same by the rule of openFileBeneath.
+[[nodiscard]] std::expected<std::string_view, int> readFileBeneath(int folder, const char* name, std::size_t limit,
+                                                                   std::string& buffer);
 
 }  // namespace corvane
