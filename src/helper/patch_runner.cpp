@@ -161,6 +161,8 @@ void PatchRunner::toolLine(const Label& label, std::string_view line) {
 void PatchRunner::toolEnded(const AppInfo& before, Result<ChildExit> exit) {
   if (!run_) return;
   run_->child.reset();
+  // What it left running on purpose is nobody's to end any more.
+  s_.record.working(before.label, run_->outcomes.size(), std::nullopt);
   if (run_->stopping) return stopped();
   if (!exit) {
     log_.error(fmt::format("{}: {}", before.label.text, exit.error().text));

@@ -21,9 +21,6 @@
 
 namespace corvane {
 
-// What a tool that is told to end has for tidying up before it is killed: a copy that is cut off leaves no application.
-inline constexpr Duration kToolStopGrace = 10s;
-
 // Whether the tool can be run safely: a regular file with leave to execute that, as each folder above it up to `root`,
 // belongs to root or us and that nobody else can exchange. Fails with HelperErrorCode::notReady and a text for the
 // user.

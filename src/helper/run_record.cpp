@@ -3,6 +3,9 @@
 #include <fmt/format.h>
 #include <signal.h>
 
+#include <thread>
+#include <vector>
+
 #include "base/json.h"
 #include "platform/posix/process_stamp.h"
 
@@ -10,6 +13,8 @@ namespace corvane {
 namespace {
 
 constexpr int kRecordVersion = 1;
+// Nothing tells of the end of a process that is not our child.
+constexpr Duration kLook = 20ms;
 
 std::string textOf(const JsonValue& record, std::string_view key) {
   const auto* value = record.find(key);
@@ -21,17 +26,14 @@ std::int64_t numberOf(const JsonValue& record, std::string_view key) {
   return value ? value->integer().value_or(0) : 0;
 }
 
-bool endLeftInstaller(const JsonValue& record) {
-  const auto pid = static_cast<pid_t>(numberOf(record, "childPid"));
-  const auto stamp = textOf(record, "childStamp");
-  if (pid <= 1 || stamp.empty() || processStamp(pid) != stamp) return false;
-  return kill(-pid, SIGKILL) == 0;
+void signalAll(const std::vector<pid_t>& processes, int signal) {
+  for (const auto pid : processes) kill(pid, signal);
 }
 
 }  // namespace
 
-RunRecord::RunRecord(std::filesystem::path file, Files& files, const Clock& clock, LogSink& log)
-    : file_(std::move(file)), files_(files), clock_(clock), log_(log, "RunRecord") {}
+RunRecord::RunRecord(std::filesystem::path file, Files& files, const Clock& clock, LogSink& log, Duration toolGrace)
+    : file_(std::move(file)), files_(files), clock_(clock), log_(log, "RunRecord"), toolGrace_(toolGrace) {}
 
 Status RunRecord::begin(const Labels& labels) {
   labels_ = labels;
@@ -71,6 +73,23 @@ void RunRecord::end() {
     log_.warning(fmt::format("The record of the run stays behind: {}", removed.error().text));
 }
 
+bool RunRecord::endLeftTool(pid_t leader, const std::string& stamp) const {
+  auto left = processesOfSession(leader, stamp);
+  if (left.empty()) return false;
+  signalAll(left, SIGTERM);
+  for (auto waited = Duration::zero(); waited < toolGrace_ && !left.empty(); waited += kLook) {
+    std::this_thread::sleep_for(kLook);
+    left = processesOfSession(leader, stamp);
+  }
+  // What a process started while the others were looked at is found the next time.
+  for (int round = 0; round < 3 && !left.empty(); ++round) {
+    signalAll(left, SIGKILL);
+    std::this_thread::sleep_for(kLook);
+    left = processesOfSession(leader, stamp);
+  }
+  return true;
+}
+
 void RunRecord::settle() {
   if (!files_.exists(file_)) return;
   const auto text = files_.read(file_);
@@ -85,7 +104,7 @@ void RunRecord::settle() {
         "The helper ended during a run of {} label(s), {} of them done{}. The next check tells what is installed.",
         count, numberOf(*record, "completedCount"),
         label.empty() ? std::string() : fmt::format(", while {} was being installed", label)));
-    if (endLeftInstaller(*record))
+    if (endLeftTool(static_cast<pid_t>(numberOf(*record, "childPid")), textOf(*record, "childStamp")))
       log_.warning(fmt::format("Ended the installer that was left running for {}.", label));
   }
   end();

@@ -16,28 +16,36 @@
 
 namespace corvane {
 
+// What a tool that is told to end has for tidying up before it is killed: a copy that is cut off leaves no application.
+inline constexpr Duration kToolStopGrace = 10s;
+
 // Main thread. The file lies beside the other state files and exists only while a run is under way.
 class RunRecord {
  public:
-  RunRecord(std::filesystem::path file, Files& files, const Clock& clock, LogSink& log);
+  // `toolGrace` is what a tool that was left running has for its end.
+  RunRecord(std::filesystem::path file, Files& files, const Clock& clock, LogSink& log,
+            Duration toolGrace = kToolStopGrace);
 
   // Fails when the file cannot be written; then nothing may be installed.
   [[nodiscard]] Status begin(const Labels& labels);
-  // The label in hand, how many are done, and the child that installs it once that runs.
+  // The label in hand, how many are done, and the child that installs it while that runs.
   void working(const Label& label, std::size_t done, std::optional<pid_t> child);
   void end();
 
-  // At start: tells the log of a run that a killed helper left, ends its installer if that still runs (two at
-  // once would disturb each other) and removes the record.
+  // At start: tells the log of a run that a killed helper left, ends what still runs of its installer's session (two at
+  // once would disturb each other), politely first, and removes the record. Waits for that end, at most the grace; no
+  // run may be taken before.
   void settle();
 
  private:
   [[nodiscard]] Status write() const;
+  [[nodiscard]] bool endLeftTool(pid_t leader, const std::string& stamp) const;
 
   std::filesystem::path file_;
   Files& files_;
   const Clock& clock_;
   Logger log_;
+  Duration toolGrace_;
   Labels labels_;
   Label current_;
   std::size_t done_ = 0;

@@ -41,8 +41,8 @@ class ChildHandle {
  public:
   virtual ~ChildHandle() = default;
   [[nodiscard]] virtual pid_t pid() const = 0;
-  virtual void terminate() = 0;  // politely: it may clean up, and may go on
-  virtual void kill() = 0;
+  virtual void terminate() = 0;  // politely: it may clean up, and may go on; `done` then waits for the whole group
+  virtual void kill() = 0;       // ends that wait too
 };
 
 // Main thread.

@@ -244,7 +244,8 @@ TEST_P(StoppedRun, EndsTheToolAndLeavesARecordButNoReceiptOfTheLabelInHand) {
   EXPECT_TRUE(isHelperError(answer->error(), HelperErrorCode::stopping));
   EXPECT_EQ(children.running(), 0U);
   EXPECT_TRUE(receipts.readAllReceipts().empty());
-  EXPECT_TRUE(files.exists(kRecord)) << "the next start tells of the label in hand";
+  ASSERT_TRUE(files.exists(kRecord)) << "the next start tells of the label in hand";
+  EXPECT_EQ(files.content(kRecord)->find("childPid"), std::string::npos) << "but has no tool to end";
 }
 INSTANTIATE_TEST_SUITE_P(PoliteAndStubbornTools, StoppedRun, ::testing::Bool());
 

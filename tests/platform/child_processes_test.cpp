@@ -116,6 +116,46 @@ TEST_F(UvChildProcessesTest, WhatAChildLeavesBehindEndsWithItWhereItIsToldTo) {
   ::kill(kept, SIGKILL);
 }
 
+TEST_F(UvChildProcessesTest, AChildThatWasToldToEndIsAnsweredForWhenItsGroupHasEnded) {
+  // The leader heeds the signal; what it started, and which holds no stream of ours, does not, or takes its time.
+  const auto leaderOf = [](const std::string& member) {
+    return RealWorld::shell("(" + member + ") >/dev/null 2>&1 & exec sleep 600");
+  };
+  std::optional<Result<ChildExit>> exit;
+  const auto start = [&](const std::string& member) {
+    exit.reset();
+    const auto ready = folder_.path() / "ready";
+    std::filesystem::remove(ready);
+    auto child =
+        world_.children().start(leaderOf(member), nullptr, [&](Result<ChildExit> ended) { exit = std::move(ended); });
+    EXPECT_TRUE(world_.wait([&] { return std::filesystem::exists(ready); }));
+    return child;
+  };
+  const auto path = folder_.path().string();
+  const auto leaderEnded = [&](const ChildHandle& child) {
+    return world_.wait([&] { return !processStamp(child.pid()); });
+  };
+
+  const auto stubborn = start("trap '' TERM; touch " + path + "/ready; exec sleep 600");
+  stubborn->terminate();
+  ASSERT_TRUE(leaderEnded(*stubborn));
+  EXPECT_EQ(::kill(-stubborn->pid(), 0), 0);
+  EXPECT_FALSE(exit);
+  stubborn->kill();
+  ASSERT_TRUE(world_.wait([&] { return exit.has_value(); }));
+  EXPECT_EQ((*exit)->code, 128 + SIGTERM);
+  EXPECT_TRUE(world_.wait([&] { return ::kill(-stubborn->pid(), 0) != 0; }));
+
+  const auto tidy = start("trap 'until [ -e " + path + "/go ]; do sleep 0.01; done; touch " + path +
+                          "/tidied; exit' TERM; touch " + path + "/ready; while :; do sleep 0.01; done");
+  tidy->terminate();
+  ASSERT_TRUE(leaderEnded(*tidy));
+  EXPECT_FALSE(exit);
+  folder_.write("go", "");
+  ASSERT_TRUE(world_.wait([&] { return exit.has_value(); }));
+  EXPECT_TRUE(std::filesystem::exists(folder_.path() / "tidied")) << "it had its time";
+}
+
 TEST_F(UvChildProcessesTest, StreamsCanBeReopenedByNameAndInputIsEmpty) {
   const auto exit = run(RealWorld::shell("cat; echo out > /dev/stdout; echo err > /dev/stderr"));
   EXPECT_EQ(exit->code, 0);

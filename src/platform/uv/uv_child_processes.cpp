@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <utility>
 
 #include "base/program_words.h"
@@ -40,6 +41,16 @@ class UvChildProcesses::Child : public std::enable_shared_from_this<Child> {
   void signalGroup(int signal) const {
     if (pid_ > 0 && !finished_) ::kill(-pid_, signal);
   }
+  void terminate() {
+    toldToEnd_ = true;
+    signalGroup(SIGTERM);
+  }
+  void kill() {
+    signalGroup(SIGKILL);
+    toldToEnd_ = false;
+    endGroupWatch();
+    finishWhenAllEnded();
+  }
   // The owner dies: nothing is told any more, the process goes on.
   void letGo();
   [[nodiscard]] pid_t pid() const { return pid_; }
@@ -64,6 +75,9 @@ class UvChildProcesses::Child : public std::enable_shared_from_this<Child> {
   void tell(std::vector<std::string> lines);
   void endStream(Stream& stream);
   void closeStreams();
+  [[nodiscard]] bool groupLives() const { return ::kill(-pid_, 0) == 0 || errno != ESRCH; }
+  void watchGroup();
+  void endGroupWatch();
   void finishWhenAllEnded();
   void deliver();
   void hold() {
@@ -97,6 +111,8 @@ class UvChildProcesses::Child : public std::enable_shared_from_this<Child> {
   bool processOpen_ = false;
   bool exited_ = false;
   bool finished_ = false;
+  bool toldToEnd_ = false;  // politely, and nobody was killed yet
+  Lease groupWatch_;
   Lease timeLimit_;
   Lease streamLimit_;
   int openHandles_ = 0;
@@ -199,11 +215,28 @@ void UvChildProcesses::Child::exited(std::int64_t code, int signal) {
   processOpen_ = false;
   if (spec_.endsGroup) signalGroup(SIGKILL);
   close(process_);
+  if (toldToEnd_ && groupLives()) watchGroup();
   streamLimit_ = main_.after(limits_.streamLimit, [this] {
     closeStreams();
     finishWhenAllEnded();
   });
   finishWhenAllEnded();
+}
+
+void UvChildProcesses::Child::watchGroup() {
+  hold();
+  groupWatch_ = main_.every(kChildGroupLook, [this] {
+    if (groupLives()) return;
+    const auto self = shared_from_this();
+    endGroupWatch();
+    finishWhenAllEnded();
+  });
+}
+
+void UvChildProcesses::Child::endGroupWatch() {
+  if (!groupWatch_.active()) return;
+  groupWatch_.release();
+  closed();
 }
 
 void UvChildProcesses::Child::received(Stream& stream, std::string_view bytes) {
@@ -236,7 +269,7 @@ void UvChildProcesses::Child::closeStreams() {
 }
 
 void UvChildProcesses::Child::finishWhenAllEnded() {
-  if (finished_ || !exited_ || streams_[0].open || streams_[1].open) return;
+  if (finished_ || !exited_ || groupWatch_.active() || streams_[0].open || streams_[1].open) return;
   // What the child left behind in its group has no more time than the child had.
   if (exit_.timedOut) signalGroup(SIGKILL);
   finished_ = true;
@@ -259,10 +292,12 @@ void UvChildProcesses::Child::deliver() {
 }
 
 void UvChildProcesses::Child::letGo() {
+  const auto self = shared_from_this();
   done_.abandon();
   onLine_ = nullptr;
   timeLimit_.release();
   streamLimit_.release();
+  endGroupWatch();
   finished_ = true;
   closeStreams();
   if (std::exchange(processOpen_, false)) close(process_);
@@ -281,10 +316,10 @@ std::shared_ptr<ChildHandle> UvChildProcesses::start(ChildSpec spec, std::functi
     explicit Handle(const std::shared_ptr<Child>& started) : number(started->pid()), child(started) {}
     [[nodiscard]] pid_t pid() const override { return number; }
     void terminate() override {
-      if (const auto live = child.lock()) live->signalGroup(SIGTERM);
+      if (const auto live = child.lock()) live->terminate();
     }
     void kill() override {
-      if (const auto live = child.lock()) live->signalGroup(SIGKILL);
+      if (const auto live = child.lock()) live->kill();
     }
     pid_t number;
     std::weak_ptr<Child> child;

@@ -11,9 +11,11 @@ struct uv_loop_s;
 
 namespace corvane {
 
-constexpr Duration kChildKillDelay = 5s;             // from the time limit's polite signal to the forced one
-constexpr Duration kChildStreamLimit = 2s;           // how long streams may stay open after the child ended: a process
-                                                     // that it left behind can hold them for ever
+constexpr Duration kChildKillDelay = 5s;    // from the time limit's polite signal to the forced one
+constexpr Duration kChildStreamLimit = 2s;  // how long streams may stay open after the child ended: a process
+                                            // that it left behind can hold them for ever
+constexpr Duration kChildGroupLook = 50ms;  // how often a group that was told to end is looked at: nothing tells
+                                            // of the end of a process that is not our child
 constexpr std::size_t kChildLineLimit = 64U << 10U;  // longer lines reach `onLine` in pieces of this size
 
 struct ChildLimits {
