@@ -8,6 +8,8 @@
 namespace corvane {
 namespace {
 
+constexpr const char* kSystemPath = "/usr/bin:/bin:/usr/sbin:/sbin";
+
 // $1 functions, $2 fragment, $3 label, $4 marker. INSTALL=force keeps labels from running a vendor's own update
 // tool, DEBUG=1 from touching the machine. The stand-ins replace what would log, install or end the tool, and,
 // where the machine lacks them, the Mac's own programs. Nothing here makes zsh read whole folders of PATH into its
@@ -50,11 +52,17 @@ std::optional<std::string_view> markedText(std::string_view output, std::string_
 
 VersionAnswer versionFailure(std::string_view reason) { return {.failureReason = std::string(reason)}; }
 
-std::vector<std::pair<std::string, std::string>> childEnvironment(const std::filesystem::path& home,
-                                                                  ProgramFolders programs) {
-  std::string path = "/usr/bin:/bin:/usr/sbin:/sbin";
-  if (programs == ProgramFolders::systemThenLocal) path += ":/usr/local/bin";
-  return {{"PATH", path}, {"HOME", home.string()}, {"LANG", "C.UTF-8"}};
+ChildEnvironment toolEnvironment(const std::filesystem::path& home) {
+  return {{"PATH", kSystemPath}, {"HOME", home.string()}, {"LANG", "C.UTF-8"}};
+}
+
+ChildEnvironment lookerEnvironment(const std::filesystem::path& scratchHome) {
+  // zsh itself has a prefix of its own for what it sets down in files.
+  return {{"PATH", std::string(kSystemPath) + ":/usr/local/bin"},
+          {"HOME", scratchHome.string()},
+          {"LANG", "C.UTF-8"},
+          {"TMPDIR", scratchHome.string()},
+          {"TMPPREFIX", (scratchHome / "zsh").string()}};
 }
 
 bool isNeverEvaluated(const Label& label) { return label.text == "adobereaderdc"; }
@@ -64,7 +72,7 @@ ChildSpec evaluationChild(const EvaluationSetting& setting, const Label& label, 
   return {.executable = setting.zsh,
           .arguments = {"-f", "-c", kWrapper, "corvane", setting.functions.string(), std::move(fragment), label.text,
                         marker},
-          .environment = childEnvironment(setting.home, ProgramFolders::systemThenLocal),
+          .environment = lookerEnvironment(setting.home),
           .folder = setting.home.string(),
           .runAs = setting.runAs,
           .timeLimit = kLabelTimeLimit,

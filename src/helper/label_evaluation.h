@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "core/records/app_info.h"
 #include "platform/child_processes.h"
@@ -47,12 +48,14 @@ struct EvaluationSetting {
 // its files is missing. They are not asked for a version.
 [[nodiscard]] bool isNeverEvaluated(const Label& label);
 
-// Where children find programs. The second is for children without rights only: /usr/local belongs to an ordinary
-// user on many machines.
-enum class ProgramFolders { system, systemThenLocal };
+using ChildEnvironment = std::vector<std::pair<std::string, std::string>>;
 
-// PATH, LANG and `home`: the whole environment of every child of the helper.
-[[nodiscard]] std::vector<std::pair<std::string, std::string>> childEnvironment(const std::filesystem::path& home,
-                                                                                ProgramFolders programs);
+// The whole environment of the tool that installs: PATH with the system's folders only, HOME and LANG.
+[[nodiscard]] ChildEnvironment toolEnvironment(const std::filesystem::path& home);
+
+// The same for a child without rights that only looks. Its temporary files lie in `scratchHome` too, where they go with
+// it: such a child is often killed before it could remove a download. It finds the programs of /usr/local, which
+// belongs to an ordinary user on many machines.
+[[nodiscard]] ChildEnvironment lookerEnvironment(const std::filesystem::path& scratchHome);
 
 }  // namespace corvane

@@ -137,7 +137,7 @@ void PatchRunner::runTool(const Label& label, const AppInfo& before) {
                         before.currentVersion.value_or("nothing")));
   ChildSpec spec{.executable = tool.string(),
                  .arguments = toolArguments(label, setting, log_),
-                 .environment = childEnvironment(s_.toolHome, ProgramFolders::system),
+                 .environment = toolEnvironment(s_.toolHome),
                  .timeLimit = toolTimeLimit(setting.config),
                  .outputLimit = 64U << 10U};
   s_.record.working(label, run_->outcomes.size(), std::nullopt);

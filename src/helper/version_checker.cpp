@@ -17,7 +17,7 @@ ChildSpec toolQuestionChild(const std::filesystem::path& tool, const Label& labe
                             std::optional<std::pair<uid_t, gid_t>> runAs) {
   return {.executable = tool.string(),
           .arguments = {label.text, "DEBUG=2", "BLOCKING_PROCESS_ACTION=ignore", "NOTIFY=silent", "updateTool=\"\""},
-          .environment = childEnvironment(home, ProgramFolders::systemThenLocal),
+          .environment = lookerEnvironment(home),
           .folder = home.string(),
           .runAs = runAs,
           .timeLimit = kToolQuestionLimit,

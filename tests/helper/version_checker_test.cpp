@@ -28,7 +28,17 @@ struct CheckerFixture : ::testing::Test {
   Result<std::optional<std::pair<uid_t, gid_t>>> account = std::nullopt;
   std::optional<VersionAnswers> answers;
 
+  // What each child leaves in the folder for temporary files that it is told of.
+  std::vector<std::filesystem::path> downloads;
+
+  static std::string valueIn(const ChildSpec& spec, std::string_view key) {
+    const auto found = std::ranges::find(spec.environment, key, [](const auto& entry) { return entry.first; });
+    return found == spec.environment.end() ? std::string() : found->second;
+  }
   ScriptedChild script(const ChildSpec& spec) {
+    const auto temporary = valueIn(spec, "TMPDIR");
+    downloads.push_back(std::filesystem::path(temporary) / ("download" + std::to_string(downloads.size())));
+    std::ofstream(downloads.back()) << "half of it";
     if (spec.executable != "/bin/zsh") return {.lines = toolLines, .takes = takes};
     const auto& label = spec.arguments.at(6);
     return {.exit = ChildExit{.output = spec.arguments.at(7) + printed[label] + "\n"}, .takes = takes};
@@ -58,7 +68,7 @@ TEST_F(CheckerFixture, LiteralsNeedNoChildAndGarbageIsNotBelieved) {
   EXPECT_EQ(answers->at(Label("gone")).failureReason, "The label's file cannot be read");
   EXPECT_EQ(children.started().size(), 2U);
   for (const auto& spec : children.started()) {
-    EXPECT_EQ(spec.environment.size(), 3U);
+    EXPECT_EQ(spec.environment.size(), 5U);
     EXPECT_EQ(spec.timeLimit, kLabelTimeLimit);
     EXPECT_TRUE(spec.endsGroup);
   }
@@ -100,6 +110,11 @@ TEST_F(CheckerFixture, AsksTheToolWhereTheMetadataIsSilentAndEndsItOnceItKnows) 
   ASSERT_TRUE(answers);
   EXPECT_EQ(answers->at(Label("none")).version, "5.5");
   EXPECT_EQ(answers->at(Label("silent")).version, "5.5");
+  ASSERT_EQ(downloads.size(), 3U);
+  for (std::size_t i = 0; i < downloads.size(); ++i) {
+    EXPECT_EQ(downloads[i].parent_path(), valueIn(children.started()[i], "HOME"));
+    EXPECT_FALSE(std::filesystem::exists(downloads[i])) << "a child that is killed removes nothing itself";
+  }
   EXPECT_EQ(children.started().front().arguments,
             (std::vector<std::string>{"none", "DEBUG=2", "BLOCKING_PROCESS_ACTION=ignore", "NOTIFY=silent",
                                       "updateTool=\"\""}));
