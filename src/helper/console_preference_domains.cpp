@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "base/atomic_file.h"
+#include "helper/root_trust.h"
 
 namespace corvane {
 namespace {
@@ -43,7 +44,7 @@ Result<PlistDict> parseDomain(const std::filesystem::path& path, const std::stri
 
 }  // namespace
 
-Result<std::optional<std::string>> readFileOfUser(const std::filesystem::path& path, uid_t owner) {
+Result<std::optional<std::string>> readFileOfUser(const std::filesystem::path& path, uid_t owner, mode_t untrusted) {
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
   if (file.get() < 0) {
     if (errno == ENOENT || errno == ENOTDIR) return std::nullopt;
@@ -53,6 +54,7 @@ Result<std::optional<std::string>> readFileOfUser(const std::filesystem::path& p
   if (fstat(file.get(), &state) != 0) return std::unexpected(fileError("reading", path, errno));
   if (!S_ISREG(state.st_mode)) return std::unexpected(unusable(path, "it is no regular file"));
   if (state.st_uid != owner && state.st_uid != 0) return std::unexpected(unusable(path, "it belongs to somebody else"));
+  if ((state.st_mode & untrusted) != 0) return std::unexpected(unusable(path, "others may write to it"));
   std::string bytes(kPreferenceFileLimit + 1, '\0');
   std::size_t filled = 0;
   while (filled < bytes.size()) {
@@ -72,22 +74,25 @@ ConsolePreferenceDomains::ConsolePreferenceDomains(Paths paths, std::function<vo
   user_.snapshot = managed_.snapshot = {.values = emptyDict(), .version = nextVersion_++};
 }
 
-DomainSnapshot ConsolePreferenceDomains::refresh(File& file, const std::filesystem::path& path, uid_t owner) const {
+DomainSnapshot ConsolePreferenceDomains::refresh(File& file, const std::filesystem::path& path, Status trusted,
+                                                 const std::function<Reading()>& read) const {
   const auto identity = path.empty() ? std::nullopt : FileIdentity::of(path);
-  if (path == file.path && identity == file.identity && (!identity || identity->settled())) return file.snapshot;
-  auto bytes = identity ? readFileOfUser(path, owner) : Result<std::optional<std::string>>(std::nullopt);
+  const auto refusal = identity && !trusted ? unusable(path, trusted.error().text).text : std::string();
+  const bool sameState = path == file.path && identity == file.identity && refusal == file.refusal;
+  if (sameState && (!identity || identity->settled())) return file.snapshot;
+  auto bytes = identity && trusted ? read() : Reading(std::nullopt);
   PlistDict values;
-  std::string trouble = bytes ? "" : bytes.error().text;
+  std::string trouble = bytes ? refusal : bytes.error().text;
   if (bytes && *bytes) {
     if (auto parsed = parseDomain(path, **bytes))
       values = std::move(*parsed);
     else
       trouble = parsed.error().text;
   }
-  const bool sameState = path == file.path && identity == file.identity;
   if (!trouble.empty() && !sameState) log_(trouble);
   file.path = path;
   file.identity = identity;
+  file.refusal = refusal;
   if (values != *file.snapshot.values)
     file.snapshot = {.values = std::make_shared<const PlistDict>(std::move(values)), .version = nextVersion_++};
   return file.snapshot;
@@ -96,12 +101,15 @@ DomainSnapshot ConsolePreferenceDomains::refresh(File& file, const std::filesyst
 DomainSnapshot ConsolePreferenceDomains::user() const {
   const auto user = paths_.consoleUser();
   const std::scoped_lock lock(mutex_);
-  return refresh(user_, user ? paths_.userFile(user->home) : std::filesystem::path(), user ? user->uid : 0);
+  const auto path = user ? paths_.userFile(user->home) : std::filesystem::path();
+  return refresh(user_, path, {}, [&] { return readFileOfUser(path, user ? user->uid : 0); });
 }
 
 DomainSnapshot ConsolePreferenceDomains::managed() const {
   const std::scoped_lock lock(mutex_);
-  return refresh(managed_, paths_.managed, geteuid());
+  const auto own = geteuid();
+  return refresh(managed_, paths_.managed, checkTrustedPath(paths_.managed, paths_.root, own),
+                 [&] { return readFileOfUser(paths_.managed, own, untrustedWriters(own)); });
 }
 
 Status ConsolePreferenceDomains::changeUser(const std::function<void(PlistDict&)>&) {

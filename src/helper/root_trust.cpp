@@ -7,7 +7,6 @@
 #include <cerrno>
 
 #include "base/atomic_file.h"
-#include "platform/posix/folder_ownership.h"
 
 namespace corvane {
 namespace {
@@ -20,8 +19,7 @@ Status checkOne(const std::filesystem::path& path, uid_t ownUid) {
   if (lstat(path.c_str(), &state) != 0) return std::unexpected(fileError("looking at", path, errno));
   if (state.st_uid != 0 && state.st_uid != ownUid)
     return failure(kDomain, EPERM, fmt::format("{} belongs to another user", path.string()));
-  const mode_t others = ownUid == 0 ? S_IWGRP | S_IWOTH : S_IWOTH;
-  if (!S_ISLNK(state.st_mode) && (state.st_mode & others) != 0)
+  if (!S_ISLNK(state.st_mode) && (state.st_mode & untrustedWriters(ownUid)) != 0)
     return failure(kDomain, EPERM, fmt::format("{} may be written to by others", path.string()));
   return {};
 }
@@ -47,6 +45,8 @@ Status makeEventsFolder(const std::filesystem::path& folder) {
 
 }  // namespace
 
+mode_t untrustedWriters(uid_t ownUid) { return ownUid == 0 ? S_IWGRP | S_IWOTH : S_IWOTH; }
+
 Status checkTrustedPath(const std::filesystem::path& path, const std::filesystem::path& root, uid_t ownUid) {
   if (auto named = checkUpTo(path, root, ownUid); !named) return named;
   std::error_code error;
@@ -62,7 +62,7 @@ Status prepareFolders(const CorvaneConstants& places) {
     std::filesystem::create_directories(folder, error);
     if (error) return std::unexpected(fileError("making", folder, error.value()));
     if (geteuid() != 0) continue;
-    if (auto own = checkOwnFolder(folder); !own) return own;
+    if (auto own = checkTrustedPath(folder, places.root, 0); !own) return own;
   }
   return makeEventsFolder(places.deferralEventsFolder());
 }

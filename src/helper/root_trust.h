@@ -11,14 +11,18 @@
 
 namespace corvane {
 
+// Whose leave to write spoils a file or folder for a helper of `ownUid`: the mode bits.
+[[nodiscard]] mode_t untrustedWriters(uid_t ownUid);
+
 // Success when `path` and each folder above it up to `root`, by name and behind every link, belongs to root or to
 // `ownUid` and can be written to by nobody else; where we are not root, a group of ours may. Fails in the domain
 // "CRVRootTrust" with a text that names what is wrong.
 [[nodiscard]] Status checkTrustedPath(const std::filesystem::path& path, const std::filesystem::path& root,
                                       uid_t ownUid);
 
-// Makes the folders of state, log, socket and deferral events where they are missing, and for root checks that they are
-// root's alone. That of the deferral events takes a file of each user, so all may write there, and it is sticky.
+// Makes the folders of state, log, socket and deferral events where they are missing, and for root checks that they and
+// the folders above them are root's alone. That of the deferral events takes a file of each user, so all may write
+// there, and it is sticky.
 [[nodiscard]] Status prepareFolders(const CorvaneConstants& places);
 
 }  // namespace corvane

@@ -88,6 +88,38 @@ TEST(ConsolePreferences, AreReadOnlyFromARegularFileOfThatUser) {
   }
 }
 
+TEST(ConsolePreferences, ManagedOnesAreReadOnlyWhereNobodyElseCanWriteThem) {
+  const testing::TemporaryFolder folder;
+  const CorvaneConstants places{.root = folder.path()};
+  const auto file = places.managedPreferencesPath();
+  folder.write(std::filesystem::relative(file, folder.path()),
+               writePlist(PlistDict{{"AppTitle", "Ours"}}, PlistFormat::xml).value());
+  chmod(folder.path().c_str(), 0755);
+  std::vector<std::string> told;
+  const ConsolePreferenceDomains domains({.managed = file, .consoleUser = [] { return std::nullopt; }, .userFile = {}},
+                                         [&](std::string_view text) { told.emplace_back(text); });
+  const auto read = [&] { return !domains.managed().values->empty(); };
+  EXPECT_TRUE(read());
+  const auto groups = file.parent_path().parent_path();
+  std::size_t states = 0;
+  for (const auto& spoiled : {file, file.parent_path(), groups, folder.path()}) {
+    const auto before = std::filesystem::status(spoiled).permissions();
+    chmod(spoiled.c_str(), 0757);
+    EXPECT_FALSE(read()) << spoiled;
+    EXPECT_FALSE(read()) << spoiled;
+    EXPECT_EQ(told.size(), ++states) << "told once";
+    EXPECT_NE(told.back().find(spoiled.string() + " may be written to by others"), std::string::npos) << told.back();
+    std::filesystem::permissions(spoiled, before);
+    EXPECT_TRUE(read()) << "mended, though the file itself is as it was";
+  }
+  chmod(groups.c_str(), 0775);
+  EXPECT_EQ(read(), geteuid() != 0) << "a group of ours may change only what runs as us";
+  if (geteuid() != 0) return;
+  chmod(groups.c_str(), 0755);
+  ASSERT_EQ(chown(file.parent_path().c_str(), 54321, 54321), 0);
+  EXPECT_FALSE(read());
+}
+
 TEST(CheckTool, RefusesWhatCannotBeRunOrCanBeReplaced) {
   const testing::TemporaryFolder folder;
   const auto script = folder.path() / "Installomator.sh";
@@ -129,6 +161,10 @@ TEST(PrepareFolders, MakesThemAndForRootTakesOnlyItsOwn) {
     }
     chmod(one.c_str(), 0755);
   }
+  const auto above = places.supportFolder().parent_path();
+  chmod(above.c_str(), 0777);
+  EXPECT_EQ(prepareFolders(places).has_value(), geteuid() != 0) << "who may write above may exchange what is below";
+  chmod(above.c_str(), 0755);
   std::filesystem::remove(places.deferralEventsFolder());
   std::filesystem::create_directory_symlink(places.logFolder(), places.deferralEventsFolder());
   EXPECT_FALSE(prepareFolders(places)) << "a link in its place";
