@@ -14,9 +14,10 @@ namespace corvane {
 // Whose leave to write spoils a file or folder for a helper of `ownUid`: the mode bits.
 [[nodiscard]] mode_t untrustedWriters(uid_t ownUid);
 
-// Success when `path` and each folder above it up to `root`, by name and behind every link, belongs to root or to
-// `ownUid` and can be written to by nobody else; where we are not root, a group of ours may. Fails in the domain
-// "CRVRootTrust" with a text that names what is wrong.
+// Success when `path`, which is named below `root`, and each link on the way to it, with all the folders up to `root`
+// that they lie in (up to the file system's own where a link leads out of `root`), belong to root or to `ownUid` and
+// can be written to by nobody else; where we are not root, a group of ours may. Fails in the domain "CRVRootTrust" with
+// a text that names what is wrong.
 [[nodiscard]] Status checkTrustedPath(const std::filesystem::path& path, const std::filesystem::path& root,
                                       uid_t ownUid);
 

@@ -145,6 +145,42 @@ TEST(CheckTool, RefusesWhatCannotBeRunOrCanBeReplaced) {
   EXPECT_FALSE(check(me)) << "a link";
 }
 
+TEST(TrustedPath, LooksAtTheFolderOfEachLinkOnTheWay) {
+  const testing::TemporaryFolder folder;
+  const testing::TemporaryFolder elsewhere;
+  const auto root = folder.path() / "root";
+  folder.write("root/real/inner/tool", "");
+  for (const char* name : {"named", "between"}) std::filesystem::create_directory(root / name);
+  std::filesystem::create_directory_symlink("../between/hop", root / "named/tools");
+  std::filesystem::create_directory_symlink(root / "real/inner", root / "between/hop");
+  const auto check = [&](const std::filesystem::path& path) { return checkTrustedPath(path, root, geteuid()); };
+  const auto tool = root / "named/tools/tool";
+  ASSERT_TRUE(check(tool)) << check(tool).error().text;
+  for (const char* spoiled : {"named", "between", "real", "real/inner", "real/inner/tool", ""}) {
+    const auto place = spoiled[0] == 0 ? root : root / spoiled;
+    chmod(place.c_str(), 0757);
+    const auto checked = check(tool);
+    ASSERT_FALSE(checked) << spoiled;
+    EXPECT_EQ(checked.error().text, place.string() + " may be written to by others");
+    chmod(place.c_str(), 0755);
+  }
+  chmod(folder.path().c_str(), 0777);
+  EXPECT_TRUE(check(tool)) << "what lies above the root was given to us";
+  folder.write("outer", "");
+  std::filesystem::create_symlink("../../outer", root / "named/outer");
+  EXPECT_FALSE(check(root / "named/outer")) << "but not for what a link finds there";
+  elsewhere.write("tool", "");
+  chmod(elsewhere.path().c_str(), 0777);
+  std::filesystem::create_symlink(elsewhere.path() / "tool", root / "named/elsewhere");
+  EXPECT_FALSE(check(root / "named/elsewhere")) << "anybody may write beside it";
+  std::filesystem::create_symlink("circle", root / "named/circle");
+  EXPECT_FALSE(check(root / "named/circle"));
+  EXPECT_FALSE(check(root / "named/nowhere"));
+  if (geteuid() != 0) return;
+  ASSERT_EQ(lchown((root / "between/hop").c_str(), 54321, 54321), 0);
+  EXPECT_FALSE(check(tool)) << "a link of somebody else";
+}
+
 TEST(PrepareFolders, MakesThemAndForRootTakesOnlyItsOwn) {
   const testing::TemporaryFolder folder;
   const CorvaneConstants places{.root = folder.path()};
