@@ -30,10 +30,18 @@ PatchOutcome keptVersion(PatchOutcome outcome, bool there) {
   return outcome;
 }
 
+PatchOutcome notVerified(PatchOutcome outcome) {
+  outcome.status = PatchingStatus::failure;
+  outcome.code = InstallomatorExitCode::kNotVerified;
+  outcome.text = "ended without error, but could not be verified";
+  return outcome;
+}
+
 PatchOutcome outcomeAfterZero(PatchOutcome outcome, const AppInfo& before, const std::optional<AppInfo>& after,
                               const ToolWords& words, const CorvaneConfiguration& config) {
   const auto method = config.versionComparisonMethod;
-  if (!after || !after->isInstalled()) return keptVersion(std::move(outcome), false);
+  if (!after) return notVerified(std::move(outcome));
+  if (!after->isInstalled()) return keptVersion(std::move(outcome), false);
   const bool changed = !sameVersion(before, *after);
   const bool reached =
       outcome.targetVersion ? satisfies(*after, outcome.targetVersion, method) : changed || words.saysCurrent;

@@ -62,9 +62,10 @@ struct PatchOutcome {
 // For labels that the tool was not run for; they leave no receipt, for nothing was installed.
 [[nodiscard]] PatchOutcome outcomeWithoutRun(PatchStep step, const Label& label, const std::optional<AppInfo>& app);
 
-// After the tool: an exit code of 0 proves nothing, so `after`, read again, decides. With no known target the version
-// that the tool itself told is the target. Without that too the application must be there in another version than
-// before, or the tool must have said that there is no newer one. A tool whose question nobody answered is skipped.
+// After the tool: an exit code of 0 proves nothing, so `after`, read again, decides; absent when that failed, and then
+// nothing is held against the label. `config` is the one that the label was begun with. With no known target the
+// version that the tool itself told is the target. Without that too the application must be there in another version
+// than before, or the tool must have said that there is no newer one. A tool whose question nobody answered is skipped.
 [[nodiscard]] PatchOutcome outcomeOfRun(const AppInfo& before, const std::optional<AppInfo>& after, const ToolEnd& end,
                                         const CorvaneConfiguration& config);
 

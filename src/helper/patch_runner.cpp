@@ -34,8 +34,9 @@ struct PatchRunner::Run {
   std::map<Label, AppInfo> apps;
   std::vector<PatchOutcome> outcomes;
   std::shared_ptr<ChildHandle> child;
-  ToolWords words;      // of the label in hand
-  bool inHand = false;  // the tool was run for a label that has no outcome yet
+  CorvaneConfiguration config;  // that the label in hand was begun with: what it is judged by
+  ToolWords words;              // of the label in hand
+  bool inHand = false;          // the tool was run for a label that has no outcome yet
   bool stopping = false;
   Lease stopGrace;
   Completion<Result<PatchRunAnswer>> done;
@@ -141,6 +142,7 @@ void PatchRunner::runTool(const Label& label, const AppInfo& before) {
                  .timeLimit = toolTimeLimit(setting.config),
                  .outputLimit = 64U << 10U};
   s_.record.working(label, run_->outcomes.size(), std::nullopt);
+  run_->config = setting.config;
   run_->words = {};
   run_->inHand = true;
   run_->child = s_.children.start(
@@ -167,18 +169,21 @@ void PatchRunner::toolEnded(const AppInfo& before, Result<ChildExit> exit) {
   if (!exit) {
     log_.error(fmt::format("{}: {}", before.label.text, exit.error().text));
     constexpr int cannotRun = 126;  // what a shell says of a program that it cannot execute
-    return settle(outcomeOfRun(before, before, {.code = cannotRun}, s_.setting().config));
+    return settle(outcomeOfRun(before, before, {.code = cannotRun}, run_->config));
   }
   verify(before, {.code = exit->code, .timedOut = exit->timedOut, .words = run_->words});
 }
 
 void PatchRunner::verify(const AppInfo& before, ToolEnd end) {
-  s_.discoverer.discover(
-      {.labels = std::set{before.label}}, lifeline_.guard([this, before, end = std::move(end)](Result<Apps> apps) {
-        if (!run_) return;
-        const bool found = apps && !apps->empty();
-        settle(outcomeOfRun(before, found ? std::optional(apps->front()) : std::nullopt, end, s_.setting().config));
-      }));
+  s_.discoverer.discover({.labels = std::set{before.label}}, lifeline_.guard([this, before,
+                                                                              end = std::move(end)](Result<Apps> apps) {
+    if (!run_) return;
+    const bool found = apps && !apps->empty();
+    if (!found)
+      log_.error(fmt::format("{}: what is installed now could not be read: {}", before.label.text,
+                             apps ? "the catalogue or the settings leave the label out by now" : apps.error().text));
+    settle(outcomeOfRun(before, found ? std::optional(apps->front()) : std::nullopt, end, run_->config));
+  }));
 }
 
 void PatchRunner::settle(PatchOutcome outcome) {

@@ -8,6 +8,7 @@
 #include <cerrno>
 
 #include "core/client/helper_messages.h"
+#include "core/policies/label_history.h"
 #include "platform/scripted/scripted_child_processes.h"
 #include "platform/scripted/scripted_entropy.h"
 #include "platform/scripted/scripted_files.h"
@@ -150,6 +151,56 @@ TEST_F(PatchRunnerFixture, EachEndOfTheToolLeavesItsReceiptAndItsAnswer) {
     EXPECT_EQ(receipt.version, row.installs.empty() ? "1.0" : row.installs) << row.what;
     EXPECT_FALSE(files.exists(kRecord)) << row.what;
   }
+}
+
+TEST_F(PatchRunnerFixture, WhatCannotBeReadAgainIsNotTakenForMissingAndHoldsNothing) {
+  const auto labels = setting.constants.labelsFolder();
+  const struct {
+    const char* what;
+    std::function<void()> meanwhile;
+    const char* reason;
+  } rows[] = {
+      {"the catalogue cannot be read",
+       [&] {
+         std::filesystem::remove_all(labels);
+         folder.write(std::filesystem::relative(labels, folder.path()), "no folder");
+       },
+       "Not a directory"},
+      {"the label has left the catalogue", [&] { std::filesystem::remove(labels / "app.sh"); }, "leave the label out"},
+      {"the settings leave it out by now", [&] { setting.config.ignoredLabels = {"app"}; }, "leave the label out"},
+  };
+  for (const auto& row : rows) {
+    if (!std::filesystem::is_directory(labels)) std::filesystem::remove(labels);
+    setting.config.ignoredLabels = {};
+    label("app", "1.0", "2.0");
+    plays["app"] = {"2.0", {.takes = 10s}};
+    log.clear();
+    run({"app"});
+    machine.advance(5s);
+    row.meanwhile();
+    machine.advance(1min);
+    ASSERT_TRUE(answer) << row.what;
+    EXPECT_EQ(answer->value(), (PatchRunAnswer{false, "Updated 0 of 1. Failed: app.", 0})) << row.what;
+    const auto receipt = receipts.readAllReceipts().front();
+    EXPECT_EQ(receipt.installomatorExitCode, -2) << row.what;
+    EXPECT_FALSE(receipt.version) << row.what;
+    EXPECT_TRUE(log.holds("app: what is installed now could not be read")) << row.what;
+    EXPECT_TRUE(log.holds(row.reason)) << row.what;
+  }
+  const auto all = receipts.readAllReceipts();
+  ASSERT_EQ(all.size(), 3U);
+  EXPECT_TRUE(LabelFailureHistory::failureRecords(all).empty()) << "three in a row put no label aside";
+}
+
+TEST_F(PatchRunnerFixture, ALabelIsJudgedByTheSettingsThatItWasBegunWith) {
+  label("app", "1.0", "2.0");
+  plays["app"] = {"2.1", {.takes = 10s}};
+  run({"app"});
+  machine.advance(5s);
+  setting.config.versionComparisonMethod = VersionComparisonMethod::equalTo;
+  machine.advance(1min);
+  ASSERT_TRUE(answer);
+  EXPECT_EQ(answer->value(), (PatchRunAnswer{true, "Updated 1 of 1.", 1}));
 }
 
 TEST_F(PatchRunnerFixture, TheToolIsAskedOnlyWhereItMustBe) {

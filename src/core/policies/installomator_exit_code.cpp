@@ -20,6 +20,10 @@ struct Row {
 };
 
 constexpr auto kRows = std::to_array<Row>({
+    {InstallomatorExitCode::kNotVerified, "Not verified",
+     "The installer ended without an error, but the installed version could not be read afterwards. The next check "
+     "tells "
+     "whether it is up to date; see the log for the reason."},
     {InstallomatorExitCode::kVersionUnchanged, "Version unchanged",
      "The installer ended without an error, but the old version is still installed. Quit the application and try "
      "again; if it stays, ask your administrator to install it by hand."},

@@ -10,6 +10,8 @@ namespace corvane {
 struct InstallomatorExitCode {
   // Our own: the tool ended without an error, but the old version is still installed.
   static constexpr std::int64_t kVersionUnchanged = -1;
+  // Our own too: the tool ended without an error, but what is installed now could not be read.
+  static constexpr std::int64_t kNotVerified = -2;
 
   struct Detail {
     std::string shortName;    // the badge of a receipt, two or three words
@@ -18,10 +20,11 @@ struct InstallomatorExitCode {
   };
 
   // False for what says nothing against the application or its label: success (0), a fault of the helper or
-  // the machine (6, 13), a choice or an absence of the user (10, 25), an application in use (11, 12), a copy
+  // the machine (-2, 6, 13), a choice or an absence of the user (10, 25), an application in use (11, 12), a copy
   // of the App Store (23), a display kept awake (24), another installer at work (75). True for all others.
   [[nodiscard]] static constexpr bool countsAsInstallFailure(std::int64_t code) {
     switch (code) {
+      case kNotVerified:
       case 0:
       case 6:
       case 10:
