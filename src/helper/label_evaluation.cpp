@@ -77,7 +77,8 @@ ChildSpec evaluationChild(const EvaluationSetting& setting, const Label& label, 
           .runAs = setting.runAs,
           .timeLimit = kLabelTimeLimit,
           .outputLimit = 256U << 10U,
-          .endsGroup = true};
+          .endsGroup = true,
+          .bounds = kLabelBounds};
 }
 
 VersionAnswer readEvaluation(const Result<ChildExit>& exit, std::string_view marker) {

@@ -16,6 +16,9 @@ namespace corvane {
 // One label may take this long: of the public catalogue all but eight, which never end without a network, take
 // well below a second beside their downloads.
 inline constexpr Duration kLabelTimeLimit = 20s;
+// A page that never ends must not take the machine's memory or disk in that time. A shell with the programs that read
+// pages takes well below a tenth of it.
+inline constexpr ChildBounds kLabelBounds{.memory = 1U << 30U, .fileSize = 256U << 20U};
 // The kernel takes 128 KiB an argument; no label comes near.
 inline constexpr std::size_t kEvaluatedFragmentLimit = 120U << 10U;
 

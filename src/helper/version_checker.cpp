@@ -22,7 +22,8 @@ ChildSpec toolQuestionChild(const std::filesystem::path& tool, const Label& labe
           .runAs = runAs,
           .timeLimit = kToolQuestionLimit,
           .outputLimit = 256U << 10U,
-          .endsGroup = true};
+          .endsGroup = true,
+          .bounds = kToolQuestionBounds};
 }
 
 }  // namespace

@@ -29,6 +29,8 @@ inline constexpr Duration kCheckTimeLimit = 80s;
 // The tool downloads before it tells a version, so it gets longer than a label. A label that is evaluated in vain first
 // and then asked of a tool that hangs is still over before the whole check.
 inline constexpr Duration kToolQuestionLimit = 45s;
+// It downloads whole installers; more than this does not come through a good line in its time.
+inline constexpr ChildBounds kToolQuestionBounds{.memory = kLabelBounds.memory, .fileSize = 4ULL << 30U};
 static_assert(kLabelTimeLimit + kToolQuestionLimit < kCheckTimeLimit);
 
 struct VersionQuestion {

@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -17,6 +18,14 @@
 
 namespace corvane {
 
+// In bytes, for the child and each process that it starts. Set right after the child's own start, below what the system
+// allows us ourselves; what it has started in that instant keeps none.
+struct ChildBounds {
+  std::uint64_t memory = 0;    // of one process, mapped files included
+  std::uint64_t fileSize = 0;  // of one file that is written
+  friend bool operator==(const ChildBounds&, const ChildBounds&) = default;
+};
+
 struct ChildSpec {
   std::string executable;                                        // absolute path; no search, no shell
   std::vector<std::string> arguments;                            // without argv[0]
@@ -27,6 +36,7 @@ struct ChildSpec {
   std::size_t outputLimit = 4U << 20U;           // bytes kept a stream; what is over is read and dropped
   bool detached = false;                         // a session of its own that outlives us; output goes nowhere
   bool endsGroup = false;                        // what the child left in its process group is killed when it has ended
+  std::optional<ChildBounds> bounds = {};        // for a child that takes in what strangers send
 };
 
 struct ChildExit {

@@ -71,6 +71,7 @@ TEST_F(CheckerFixture, LiteralsNeedNoChildAndGarbageIsNotBelieved) {
     EXPECT_EQ(spec.environment.size(), 5U);
     EXPECT_EQ(spec.timeLimit, kLabelTimeLimit);
     EXPECT_TRUE(spec.endsGroup);
+    EXPECT_EQ(spec.bounds, kLabelBounds);
   }
 }
 
@@ -110,6 +111,7 @@ TEST_F(CheckerFixture, AsksTheToolWhereTheMetadataIsSilentAndEndsItOnceItKnows) 
   ASSERT_TRUE(answers);
   EXPECT_EQ(answers->at(Label("none")).version, "5.5");
   EXPECT_EQ(answers->at(Label("silent")).version, "5.5");
+  EXPECT_EQ(children.started().front().bounds, kToolQuestionBounds);
   ASSERT_EQ(downloads.size(), 3U);
   for (std::size_t i = 0; i < downloads.size(); ++i) {
     EXPECT_EQ(downloads[i].parent_path(), valueIn(children.started()[i], "HOME"));

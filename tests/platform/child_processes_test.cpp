@@ -156,6 +156,31 @@ TEST_F(UvChildProcessesTest, AChildThatWasToldToEndIsAnsweredForWhenItsGroupHasE
   EXPECT_TRUE(std::filesystem::exists(folder_.path() / "tidied")) << "it had its time";
 }
 
+TEST_F(UvChildProcessesTest, BoundsHoldForTheChildAndWhatItStarts) {
+  // The bounds come right behind the start, so the script waits for the last of them.
+  const auto file = folder_.path() / "written";
+  auto spec = RealWorld::shell(
+      "until [ \"$(ulimit -f)\" = 8 ]; do :; done; ulimit -v; ulimit -Hv; "
+      "head -c 100000 /dev/zero > " +
+      file.string());
+  spec.bounds = {.memory = 512U << 20U, .fileSize = 4096};
+  spec.timeLimit = kPatience;
+  const auto exit = run(spec);
+  EXPECT_EQ(exit->output, "524288\n524288\n");
+  EXPECT_EQ(exit->code, 128 + SIGXFSZ);
+  EXPECT_EQ(std::filesystem::file_size(file), 4096U);
+
+  // A page without an end, as a label would take it in.
+  spec =
+      RealWorld::shell("until [ \"$(ulimit -v)\" = 49152 ]; do :; done; page=$(exec tr '\\0' x < /dev/zero); echo $?");
+  spec.bounds = {.memory = 48U << 20U, .fileSize = 4096};
+  spec.timeLimit = kPatience;
+  const auto flooded = run(spec);
+  EXPECT_NE(flooded->code, 0);
+  EXPECT_FALSE(flooded->timedOut);
+  EXPECT_EQ(flooded->output, "");
+}
+
 TEST_F(UvChildProcessesTest, StreamsCanBeReopenedByNameAndInputIsEmpty) {
   const auto exit = run(RealWorld::shell("cat; echo out > /dev/stdout; echo err > /dev/stderr"));
   EXPECT_EQ(exit->code, 0);

@@ -1,6 +1,7 @@
 #include "platform/uv/uv_child_processes.h"
 
 #include <signal.h>
+#include <sys/resource.h>
 #include <unistd.h>
 #include <uv.h>
 
@@ -20,6 +21,15 @@ Error startError(const std::string& executable, int uvCode) {
   return {.domain = UvChildProcesses::errorDomain,
           .code = -uvCode,
           .text = "starting " + executable + ": " + uv_strerror(uvCode)};
+}
+
+// Fails only for a child that has ended already: nobody may ask for more than the system allows, and we do not.
+void bound(pid_t child, decltype(RLIMIT_AS) resource, std::uint64_t limit) {
+  rlimit now{};
+  if (::prlimit(child, resource, nullptr, &now) != 0) return;
+  const auto most = std::min<rlim_t>(limit, now.rlim_max);
+  const rlimit wanted{.rlim_cur = most, .rlim_max = most};
+  ::prlimit(child, resource, &wanted, nullptr);
 }
 
 }  // namespace
@@ -188,6 +198,10 @@ int UvChildProcesses::Child::spawn(uv_loop_t* loop) {
     if (container.flags == UV_INHERIT_FD) ::close(container.data.fd);
   if (code != 0) return code;
   pid_ = process_.pid;
+  if (spec_.bounds) {
+    bound(pid_, RLIMIT_AS, spec_.bounds->memory);
+    bound(pid_, RLIMIT_FSIZE, spec_.bounds->fileSize);
+  }
   if (spec_.detached) uv_unref(reinterpret_cast<uv_handle_t*>(&process_));
   return 0;
 }
