@@ -137,14 +137,15 @@ TEST_F(UvChildProcessesTest, AChildThatWasToldToEndIsAnsweredForWhenItsGroupHasE
   };
 
   const auto stubborn = start("trap '' TERM; touch " + path + "/ready; exec sleep 600");
+  const auto stamp = processStamp(stubborn->pid()).value_or("");
   stubborn->terminate();
   ASSERT_TRUE(leaderEnded(*stubborn));
-  EXPECT_EQ(::kill(-stubborn->pid(), 0), 0);
+  EXPECT_EQ(processesOfSession(stubborn->pid(), stamp).size(), 1U);
   EXPECT_FALSE(exit);
   stubborn->kill();
   ASSERT_TRUE(world_.wait([&] { return exit.has_value(); }));
   EXPECT_EQ((*exit)->code, 128 + SIGTERM);
-  EXPECT_TRUE(world_.wait([&] { return ::kill(-stubborn->pid(), 0) != 0; }));
+  EXPECT_TRUE(world_.wait([&] { return processesOfSession(stubborn->pid(), stamp).empty(); }));
 
   const auto tidy = start("trap 'until [ -e " + path + "/go ]; do sleep 0.01; done; touch " + path +
                           "/tidied; exit' TERM; touch " + path + "/ready; while :; do sleep 0.01; done");

@@ -85,6 +85,7 @@ class UvChildProcesses::Child : public std::enable_shared_from_this<Child> {
   void tell(std::vector<std::string> lines);
   void endStream(Stream& stream);
   void closeStreams();
+  // The dead whom nobody reaped yet count too; an owner's kill() ends the wait for them.
   [[nodiscard]] bool groupLives() const { return ::kill(-pid_, 0) == 0 || errno != ESRCH; }
   void watchGroup();
   void endGroupWatch();
