@@ -11,6 +11,7 @@
 #include "core/client/helper_messages.h"
 #include "core/discovery/app_discovery_service.h"
 #include "core/preferences/options_codec.h"
+#include "helper/brief_labels.h"
 #include "helper/root_trust.h"
 #include "helper/tool_output.h"
 
@@ -24,7 +25,7 @@ Error noneOf(const Labels& labels, const CorvaneConfiguration& config) {
       labels, [&](const Label& label) { return AppDiscoveryService::isIgnoredLabel(label, std::nullopt, config); });
   const auto* why = ignored ? "The settings leave out, or the catalogue does not have, the labels {}"
                             : "The catalogue has none of the labels {}";
-  return helperError(HelperErrorCode::unknownLabel, fmt::format(fmt::runtime(why), joined(labels)));
+  return helperError(HelperErrorCode::unknownLabel, fmt::format(fmt::runtime(why), brief(labels)));
 }
 
 }  // namespace
@@ -87,7 +88,7 @@ void PatchRunner::run(const Labels& labels, Completion<Result<PatchRunAnswer>> d
   run_ = std::make_unique<Run>();
   run_->labels = labels;
   run_->done = std::move(done);
-  log_.info(fmt::format("Starting a run of {} label(s): {}.", labels.size(), joined(labels)));
+  log_.info(fmt::format("Starting a run of {} label(s): {}.", labels.size(), brief(labels)));
   const auto places = s_.setting().constants;
   if (auto ready = checkTool(places.installomatorScript(), places.root, s_.ownUid); !ready)
     return finish(std::unexpected(ready.error()));
