@@ -1,12 +1,7 @@
 #include "platform/linux/x11_window_order.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <xcb/xcb.h>
 
 #include <chrono>
@@ -16,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "support/started_program.h"
 #include "support/temporary_folder.h"
 
 namespace corvane::testing {
@@ -23,42 +19,6 @@ namespace corvane::testing {
 namespace {
 
 constexpr auto kPatience = std::chrono::seconds(30);  // a failing test's, never a passing one's
-
-bool isInstalled(const std::string& program) { return ::access(program.c_str(), X_OK) == 0; }
-
-// A program that ends with this object. Its output is dropped, descriptor `kept` excepted.
-class Started {
- public:
-  Started(std::vector<std::string> arguments, std::vector<std::string> environment, int kept = -1) {
-    const auto pointers = [](std::vector<std::string>& texts) {
-      std::vector<char*> result;
-      for (auto& text : texts) result.push_back(text.data());
-      result.push_back(nullptr);
-      return result;
-    };
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    for (const int stream : {0, 1, 2}) posix_spawn_file_actions_addopen(&actions, stream, "/dev/null", O_RDWR, 0);
-    if (kept >= 0) posix_spawn_file_actions_adddup2(&actions, kept, kept);  // keeps it open over exec
-    if (::posix_spawn(&pid_, arguments.front().c_str(), &actions, nullptr, pointers(arguments).data(),
-                      pointers(environment).data()) != 0)
-      pid_ = 0;
-    posix_spawn_file_actions_destroy(&actions);
-  }
-  ~Started() { end(); }
-  Started(const Started&) = delete;
-  Started& operator=(const Started&) = delete;
-
-  void end() {
-    if (pid_ <= 0) return;
-    ::kill(pid_, SIGTERM);
-    ::waitpid(pid_, nullptr, 0);
-    pid_ = 0;
-  }
-
- private:
-  pid_t pid_ = 0;
-};
 
 // A client with windows of its own, which claims to be whatever process it is told.
 class Client {
@@ -139,16 +99,11 @@ class X11WindowOrderTest : public ::testing::Test {
   void SetUp() override {
     if (const char* display = std::getenv("DISPLAY")) before_ = display;
     if (!isInstalled(kServer) || !isInstalled(kManager)) GTEST_SKIP() << "needs Xvfb and openbox";
-    int ends[2];
-    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
-    server_.emplace(std::vector<std::string>{kServer, "-displayfd", std::to_string(ends[1]), "-nolisten", "tcp",
-                                             "-screen", "0", "640x480x24"},
-                    std::vector<std::string>{"PATH=/usr/bin:/bin"}, ends[1]);
-    ::close(ends[1]);
-    std::string number;
-    char letter = 0;
-    while (::read(ends[0], &letter, 1) == 1 && letter != '\n') number += letter;
-    ::close(ends[0]);
+    const auto number = firstLineOf([&](int line) {
+      server_.emplace(std::vector<std::string>{kServer, "-displayfd", std::to_string(line), "-nolisten", "tcp",
+                                               "-screen", "0", "640x480x24"},
+                      std::vector<std::string>{"PATH=/usr/bin:/bin"}, line);
+    });
     if (number.empty()) GTEST_SKIP() << "the X server does not start here";
     ::setenv("DISPLAY", (":" + number).c_str(), 1);
   }
@@ -168,8 +123,8 @@ class X11WindowOrderTest : public ::testing::Test {
   static constexpr const char* kManager = "/usr/bin/openbox";
   TemporaryFolder home_;
   std::optional<std::string> before_;
-  std::optional<Started> server_;
-  std::optional<Started> manager_;
+  std::optional<StartedProgram> server_;
+  std::optional<StartedProgram> manager_;
 };
 
 TEST_F(X11WindowOrderTest, TheManagersOrderIsReadAndChanged) {
