@@ -1,0 +1,407 @@
+#include "platform/dbus/session_focus_state.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "platform/dbus/bus_connection.h"
+#include "support/private_bus.h"
+#include "support/started_program.h"
+
+namespace corvane::testing {
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Optional;
+
+constexpr const char* kNotifications = "org.freedesktop.Notifications";
+constexpr const char* kLogin = "org.freedesktop.login1";
+constexpr const char* kLoginManager = "org.freedesktop.login1.Manager";
+constexpr const char* kSession = "org.gnome.SessionManager";
+constexpr const char* kPortal = "org.freedesktop.portal.Desktop";
+constexpr const char* kXfconf = "org.xfce.Xfconf";
+
+// For what is answered in time: a busy machine may take what it takes.
+constexpr BusPatience kAmple{.call = std::chrono::seconds(20), .answer = std::chrono::seconds(20)};
+// For what is never answered.
+constexpr BusPatience kShort{.call = std::chrono::milliseconds(40), .answer = std::chrono::milliseconds(80)};
+// Far over what kShort allows, far under what the library waits by itself, which is 25 s and more.
+constexpr auto kFarTooLong = std::chrono::seconds(10);
+
+using Inhibitor = sdbus::Struct<std::string, std::string, std::string, std::string, std::uint32_t, std::uint32_t>;
+
+bool endsInTime(const std::function<void()>& question) {
+  const auto start = std::chrono::steady_clock::now();
+  question();
+  return std::chrono::steady_clock::now() - start < kFarTooLong;
+}
+
+// A socket that takes connections and never says a word.
+class DeafListener {
+ public:
+  explicit DeafListener(const std::filesystem::path& path) : descriptor_(::socket(AF_UNIX, SOCK_STREAM, 0)) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.native().copy(static_cast<char*>(address.sun_path), sizeof(address.sun_path) - 1);
+    listens_ = ::bind(descriptor_, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0 &&
+               ::listen(descriptor_, 8) == 0;
+  }
+  ~DeafListener() { ::close(descriptor_); }
+  DeafListener(const DeafListener&) = delete;
+  DeafListener& operator=(const DeafListener&) = delete;
+
+  [[nodiscard]] bool listens() const { return listens_; }
+
+ private:
+  int descriptor_;
+  bool listens_ = false;
+};
+
+}  // namespace
+
+class SessionFocusStateTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!isInstalled(PrivateBus::kDaemon)) GTEST_SKIP() << "needs dbus-daemon";
+    ASSERT_TRUE(session_.works() && system_.works());
+  }
+  [[nodiscard]] SessionFocusState state(BusPatience patience = kAmple) const {
+    return SessionFocusState({.session = session_.address(), .system = system_.address()}, patience);
+  }
+
+  PrivateBus session_;
+  PrivateBus system_;
+};
+
+TEST_F(SessionFocusStateTest, TheNotificationServiceSaysWhetherItIsInhibited) {
+  const auto state = this->state();
+  EXPECT_EQ(state.doNotDisturb(), std::nullopt) << "no service yet";
+  {
+    std::atomic<bool> inhibited = true;
+    BusService service(session_, kNotifications);
+    service.at("/org/freedesktop/Notifications")
+        .registerProperty("Inhibited")
+        .onInterface(kNotifications)
+        .withGetter([&] { return inhibited.load(); });
+    service.answer();
+    EXPECT_THAT(state.doNotDisturb(), Optional(true));
+    inhibited = false;
+    EXPECT_THAT(state.doNotDisturb(), Optional(false));
+  }
+  EXPECT_EQ(state.doNotDisturb(), std::nullopt) << "the service has gone";
+
+  BusService service(session_, kNotifications);
+  service.at("/org/freedesktop/Notifications").registerProperty("Inhibited").onInterface(kNotifications).withGetter([] {
+    return std::string("true");
+  });
+  service.answer();
+  EXPECT_EQ(state.doNotDisturb(), std::nullopt) << "a text is no answer";
+}
+
+// A service that does not say so itself, beside the settings of every desktop, each of which says "disturb not".
+TEST_F(SessionFocusStateTest, TheSettingCountsOfTheDesktopWhoseServiceRuns) {
+  const auto state = this->state();
+  std::atomic<bool> quiet = true;
+  std::atomic<bool> tells = false;
+  const auto service = [&](const std::string& name) {
+    auto made = std::make_unique<BusService>(session_, kNotifications);
+    auto& object = made->at("/org/freedesktop/Notifications");
+    object.registerMethod("GetServerInformation").onInterface(kNotifications).implementedAs([name] {
+      return std::make_tuple(name, std::string("Vendor"), std::string("1"), std::string("1.2"));
+    });
+    if (name == "dunst")
+      object.registerProperty("paused").onInterface("org.dunstproject.cmd0").withGetter([&] { return quiet.load(); });
+    made->answer();
+    return made;
+  };
+  {
+    const auto shell = service("gnome-shell");
+    EXPECT_EQ(state.doNotDisturb(), std::nullopt) << "nobody shows the settings";
+  }
+  BusService portal(session_, kPortal);
+  portal.at("/org/freedesktop/portal/desktop")
+      .registerMethod("org.freedesktop.portal.Settings", "Read", "ss", "v", [&](sdbus::MethodCall call) {
+        std::string space;
+        std::string key;
+        call >> space >> key;
+        if (!tells) return call.createReply().send();
+        if (space != "org.gnome.desktop.notifications" || key != "show-banners")
+          return call.createErrorReply(sdbus::Error("org.freedesktop.portal.Error.NotFound", "no such setting")).send();
+        auto reply = call.createReply();
+        reply.openVariant("v");
+        reply << sdbus::Variant(!quiet);
+        reply.closeVariant();
+        reply.send();
+      });
+  portal.answer();
+  BusService xfconf(session_, kXfconf);
+  xfconf.at("/org/xfce/Xfconf")
+      .registerMethod("GetProperty")
+      .onInterface(kXfconf)
+      .implementedAs([&](const std::string& channel, const std::string& property) {
+        if (channel != "xfce4-notifyd" || property != "/do-not-disturb")
+          throw sdbus::Error("org.xfce.Xfconf.Error.PropertyNotFound", "no such setting");
+        return sdbus::Variant(quiet.load());
+      });
+  xfconf.answer();
+
+  {
+    const auto shell = service("gnome-shell");
+    EXPECT_EQ(state.doNotDisturb(), std::nullopt) << "an answer without a value";
+    tells = true;
+  }
+  for (const auto* name : {"gnome-shell", "Xfce Notify Daemon", "dunst"}) {
+    const auto running = service(name);
+    quiet = true;
+    EXPECT_THAT(state.doNotDisturb(), Optional(true)) << name;
+    quiet = false;
+    EXPECT_THAT(state.doNotDisturb(), Optional(false)) << name;
+  }
+  quiet = true;
+  const auto other = service("some other service");
+  EXPECT_EQ(state.doNotDisturb(), std::nullopt) << "it obeys none of these settings";
+}
+
+TEST_F(SessionFocusStateTest, IdleInhibitorsOfThisUserAreNamedByTheirProcess) {
+  StartedProgram player({"/bin/sleep", "1000"}, {});
+  ASSERT_GT(player.pid(), 0);
+  const auto own = ::getuid();
+  const auto pid = static_cast<std::uint32_t>(player.pid());
+  const std::uint32_t nobody = 1U << 30U;  // over the kernel's largest number
+  std::vector<Inhibitor> inhibitors{
+      {"sleep:idle", "Player", "film", "block", own, pid},
+      {"idle", "Slides", "talk", "block", own, nobody},
+      {"idle", "Other user", "film", "block", own + 1, pid},
+      {"idle", "Delays", "film", "delay", own, nobody},
+      {"sleep:handle-lid-switch", "Idles not", "backup", "block", own, nobody},
+      {"idleness", "Likewise", "backup", "block", own, nobody},
+  };
+  BusService login(system_, kLogin);
+  login.at("/org/freedesktop/login1").registerMethod("ListInhibitors").onInterface(kLoginManager).implementedAs([&] {
+    return inhibitors;
+  });
+  login.answer();
+  const auto state = this->state();
+  EXPECT_THAT(state.displaySleepHolders(), Optional(ElementsAre("Slides", "sleep")));
+  player.end();
+  EXPECT_THAT(state.displaySleepHolders(), Optional(ElementsAre("Player", "Slides")));
+}
+
+TEST_F(SessionFocusStateTest, TheSessionManagersIdleInhibitorsJoinThem) {
+  const auto own = ::getuid();
+  BusService login(system_, kLogin);
+  login.at("/org/freedesktop/login1").registerMethod("ListInhibitors").onInterface(kLoginManager).implementedAs([own] {
+    return std::vector<Inhibitor>{{"idle", "video", "", "block", own, 1U << 30U}};
+  });
+  login.answer();
+  BusService manager(session_, kSession);
+  std::vector<sdbus::ObjectPath> paths;
+  const auto add = [&](const std::string& path, std::uint32_t flags, const std::string& application) {
+    auto& object = manager.at(path);
+    object.registerMethod("GetFlags").onInterface("org.gnome.SessionManager.Inhibitor").implementedAs([flags] {
+      return flags;
+    });
+    object.registerMethod("GetAppId").onInterface("org.gnome.SessionManager.Inhibitor").implementedAs([application] {
+      return application;
+    });
+    paths.emplace_back(path);
+  };
+  add("/org/gnome/SessionManager/Inhibitor1", 8, "video");
+  add("/org/gnome/SessionManager/Inhibitor2", 4 | 8, "org.example.Slides");
+  add("/org/gnome/SessionManager/Inhibitor3", 1 | 2 | 4, "org.example.Backup");
+  add("/org/gnome/SessionManager/Inhibitor4", 8, "");
+  paths.emplace_back("/org/gnome/SessionManager/GoneMeanwhile");
+  manager.at("/org/gnome/SessionManager").registerMethod("GetInhibitors").onInterface(kSession).implementedAs([&] {
+    return paths;
+  });
+  manager.answer();
+  EXPECT_THAT(state().displaySleepHolders(), Optional(ElementsAre("Inhibitor4", "org.example.Slides", "video")));
+}
+
+TEST_F(SessionFocusStateTest, WhereThereIsNothingToAskNothingIsHeld) {
+  EXPECT_THAT(state().displaySleepHolders(), Optional(IsEmpty())) << "buses without services";
+
+  const auto socket = session_.folder().path() / "nobody listens";
+  { const DeafListener left(socket); }
+  const std::vector<std::optional<std::string>> addresses{std::nullopt,
+                                                          "",
+                                                          "disabled:",
+                                                          "autolaunch:",
+                                                          "tcp:host=127.0.0.1,port=1",
+                                                          "unix:path=/nowhere/bus",
+                                                          "unix:path=" + std::string(200, 'x'),
+                                                          "unix:path=%2",
+                                                          "unix:path=%zz",
+                                                          "unix:tmpdir=/tmp",
+                                                          "unix:path=" + socket.string()};
+  for (const auto& address : addresses) {
+    const SessionFocusState lonely({.session = address, .system = address}, kAmple);
+    EXPECT_EQ(lonely.doNotDisturb(), std::nullopt) << address.value_or("none");
+    EXPECT_THAT(lonely.displaySleepHolders(), Optional(IsEmpty())) << address.value_or("none");
+  }
+}
+
+TEST_F(SessionFocusStateTest, AddressesAreReadAsTheBusWritesThem) {
+  BusService service(session_, kNotifications);
+  service.at("/org/freedesktop/Notifications").registerProperty("Inhibited").onInterface(kNotifications).withGetter([] {
+    return true;
+  });
+  service.answer();
+  auto escaped = session_.address();
+  escaped.replace(escaped.find("corvane"), 1, "%63");
+  for (const auto& address :
+       {session_.printedAddress(), escaped,
+        "disabled:;unix:path=/nowhere/bus;unix:abstract=/nowhere/bus;" + session_.address() + ";unix:path=/after"}) {
+    const SessionFocusState state({.session = address, .system = std::nullopt}, kAmple);
+    EXPECT_THAT(state.doNotDisturb(), Optional(true)) << address;
+  }
+}
+
+TEST_F(SessionFocusStateTest, NoServiceIsStartedByAsking) {
+  const auto mark = session_.folder().path() / "started";
+  for (const auto* bus : {&session_, &system_})
+    for (const auto* name : {kNotifications, kPortal, kXfconf, kSession, kLogin})
+      bus->makeStartable(name, "/usr/bin/touch " + mark.string());
+  for (auto* bus : {&session_, &system_}) {
+    bus->end();
+    bus->start();
+  }
+  EXPECT_EQ(state().doNotDisturb(), std::nullopt);
+  EXPECT_THAT(state().displaySleepHolders(), Optional(IsEmpty()));
+  EXPECT_FALSE(std::filesystem::exists(mark));
+}
+
+TEST_F(SessionFocusStateTest, WhatDoesNotAnswerIsUnreadableInTime) {
+  const auto unreadable = [&](const SessionFocusState& state) {
+    return endsInTime([&] {
+      EXPECT_EQ(state.doNotDisturb(), std::nullopt);
+      EXPECT_EQ(state.displaySleepHolders(), std::nullopt);
+    });
+  };
+  {
+    const BusService notifications(session_, kNotifications);
+    const BusService manager(session_, kSession);
+    EXPECT_TRUE(unreadable(state(kShort))) << "a service on the session bus";
+    EXPECT_TRUE(unreadable(state({.call = std::chrono::hours(1), .answer = kShort.answer}))) << "the bound of it all";
+    BusConnection connection(session_.address());
+    const auto owner = connection.ownerOf(kSession, BusDeadline(kAmple));
+    ASSERT_TRUE(owner);
+    EXPECT_TRUE(endsInTime([&] {
+      const auto late = connection.ask<std::uint32_t>({.owner = *owner, .path = "/", .interface = kSession}, "GetFlags",
+                                                      BusDeadline({.answer = std::chrono::milliseconds(0)}));
+      EXPECT_EQ(late, Heard<std::uint32_t>(std::unexpected(Silence::unreadable)));
+    })) << "no time left for a second call";
+  }
+  {
+    const BusService login(system_, kLogin);
+    EXPECT_TRUE(unreadable(state(kShort))) << "the login manager";
+  }
+  {
+    const auto socket = session_.folder().path() / "deaf";
+    const DeafListener deaf(socket);
+    ASSERT_TRUE(deaf.listens());
+    const auto address = "unix:path=" + socket.string();
+    EXPECT_TRUE(unreadable(SessionFocusState({.session = address, .system = std::nullopt}, kShort))) << "a new bus";
+  }
+  const auto state = this->state({.call = std::chrono::milliseconds(40), .answer = kAmple.answer});
+  // A busy machine may miss the short limit now and then.
+  EXPECT_TRUE(endsInTime([&] {
+    while (state.displaySleepHolders() == std::nullopt) continue;
+  }));
+  session_.hang();
+  EXPECT_TRUE(unreadable(state)) << "a bus that hangs after it had answered";
+  EXPECT_TRUE(unreadable(state)) << "and is asked anew";
+  session_.goOn();
+}
+
+TEST_F(SessionFocusStateTest, AnswersNotAgreedAreUnreadable) {
+  struct Row {
+    const char* what;
+    std::function<void(sdbus::IObject&)> manager;
+    bool readable;
+  };
+  const auto answering = [](auto answer) {
+    return [answer](sdbus::IObject& object) {
+      object.registerMethod("ListInhibitors").onInterface(kLoginManager).implementedAs(answer);
+    };
+  };
+  const std::vector<Row> rows{
+      {"a list of texts", answering([] { return std::vector<std::string>{"idle"}; }), false},
+      {"no value at all", answering([] {}), false},
+      {"a refusal", answering([]() -> std::vector<Inhibitor> {
+         throw sdbus::Error("org.freedesktop.DBus.Error.AccessDenied", "not for you");
+       }),
+       false},
+      {"no such operation", [](sdbus::IObject&) {}, true},
+  };
+  const auto state = this->state();
+  for (const auto& row : rows) {
+    BusService login(system_, kLogin);
+    row.manager(login.at("/org/freedesktop/login1"));
+    login.answer();
+    EXPECT_EQ(state.displaySleepHolders().has_value(), row.readable) << row.what;
+  }
+
+  BusService manager(session_, kSession);
+  manager.at("/org/gnome/SessionManager").registerMethod("GetInhibitors").onInterface(kSession).implementedAs([] {
+    return std::vector<sdbus::ObjectPath>{"/one"};
+  });
+  manager.at("/one").registerMethod("GetFlags").onInterface("org.gnome.SessionManager.Inhibitor").implementedAs([] {
+    return std::string("idle");
+  });
+  manager.answer();
+  EXPECT_EQ(state.displaySleepHolders(), std::nullopt) << "flags that are a text";
+}
+
+TEST_F(SessionFocusStateTest, ABusThatWentIsFoundAgain) {
+  const auto state = this->state();
+  const auto service = [&] {
+    auto made = std::make_unique<BusService>(session_, kNotifications);
+    made->at("/org/freedesktop/Notifications").registerProperty("Inhibited").onInterface(kNotifications).withGetter([] {
+      return true;
+    });
+    made->answer();
+    return made;
+  };
+  auto running = service();
+  EXPECT_THAT(state.doNotDisturb(), Optional(true));
+  running.reset();
+  session_.end();
+  system_.end();
+  EXPECT_EQ(state.doNotDisturb(), std::nullopt);
+  EXPECT_THAT(state.displaySleepHolders(), Optional(IsEmpty()));
+  session_.start();
+  running = service();
+  EXPECT_THAT(state.doNotDisturb(), Optional(true));
+  running.reset();
+  session_.end();
+  session_.start();
+  running = service();
+  EXPECT_THAT(state.doNotDisturb(), Optional(true)) << "gone and back between two questions";
+}
+
+TEST(BusAddressesTest, TheEnvironmentNamesTheBuses) {
+  const auto before = BusAddresses::ofEnvironment();
+  ::unsetenv("DBUS_SESSION_BUS_ADDRESS");
+  ::unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
+  EXPECT_EQ(BusAddresses::ofEnvironment().session, std::nullopt);
+  EXPECT_EQ(BusAddresses::ofEnvironment().system, "unix:path=/run/dbus/system_bus_socket");
+  ::setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/elsewhere", 1);
+  EXPECT_EQ(BusAddresses::ofEnvironment().system, "unix:path=/elsewhere");
+  ::unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
+  if (before.session) ::setenv("DBUS_SESSION_BUS_ADDRESS", before.session->c_str(), 1);
+}
+
+}  // namespace corvane::testing
