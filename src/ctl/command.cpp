@@ -50,6 +50,16 @@ const VerbFacts* findVerb(std::string_view name) {
 }
 
 constexpr std::string_view kFilters = "all, needsUpdate, alerts, upToDate";
+constexpr std::string_view kFilterOption = "--filter";
+
+bool isFilter(std::string_view argument) { return argument == kFilterOption || argument.starts_with("--filter="); }
+
+// Where the verb stands; what follows a bare --filter is its value.
+std::size_t firstThatIsNoOption(std::span<const std::string_view> arguments) {
+  std::size_t at = 0;
+  while (at < arguments.size() && arguments[at].starts_with("-")) at += arguments[at] == kFilterOption ? 2 : 1;
+  return std::min(at, arguments.size());
+}
 
 }  // namespace
 
@@ -63,44 +73,46 @@ bool wantsJson(std::span<const std::string_view> arguments) {
 
 Result<Command> parseCommand(std::span<const std::string_view> arguments) {
   Command command;
+  const auto unknownVerb = [](std::string_view name) {
+    return usage(fmt::format("There is no command \"{}\". See corvanectl --help.", name));
+  };
   const auto has = [&](std::string_view a, std::string_view b) {
     return std::ranges::any_of(arguments, [&](auto argument) { return argument == a || argument == b; });
   };
-  if (!arguments.empty()) {
-    if (const auto* facts = findVerb(arguments.front())) {
-      command.verb = facts->verb;
-      command.verbGiven = true;
-    }
+  const auto verb = firstThatIsNoOption(arguments);
+  const auto* named = verb < arguments.size() ? findVerb(arguments[verb]) : nullptr;
+  const bool asksForHelp = verb < arguments.size() && arguments[verb] == "help";
+  if (asksForHelp && verb + 1 < arguments.size()) {
+    named = findVerb(arguments[verb + 1]);
+    if (named == nullptr) return unknownVerb(arguments[verb + 1]);
   }
-  if (arguments.empty() || has("--help", "-h") || arguments.front() == "help") {
+  if (named != nullptr) {
+    command.verb = named->verb;
+    command.verbGiven = true;
+  }
+  if (arguments.empty() || has("--help", "-h") || asksForHelp) {
     command.kind = Command::Kind::help;
-    if (arguments.size() > 1 && arguments.front() == "help") {
-      const auto* facts = findVerb(arguments[1]);
-      if (facts == nullptr)
-        return usage(fmt::format("There is no command \"{}\". See corvanectl --help.", arguments[1]));
-      command.verb = facts->verb;
-      command.verbGiven = true;
-    }
     return command;
   }
   if (arguments.front() == "--version") {
     command.kind = Command::Kind::version;
     return command;
   }
-  if (!command.verbGiven)
-    return usage(fmt::format("There is no command \"{}\". See corvanectl --help.", arguments.front()));
+  if (verb == arguments.size()) return usage("No command is named. See corvanectl --help.");
+  if (named == nullptr) return unknownVerb(arguments[verb]);
 
-  const auto& facts = factsOf(command.verb);
-  for (std::size_t i = 1; i < arguments.size(); ++i) {
+  const auto& facts = *named;
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
     std::string_view argument = arguments[i];
+    if (i == verb) continue;
     if (argument == "--json") {
       command.json = true;
-    } else if (command.verb == Verb::list && (argument == "--filter" || argument.starts_with("--filter="))) {
-      if (argument == "--filter") {
+    } else if (command.verb == Verb::list && isFilter(argument)) {
+      if (argument == kFilterOption) {
         if (++i == arguments.size()) return usage(fmt::format("--filter needs one of {}.", kFilters));
         argument = arguments[i];
       } else {
-        argument.remove_prefix(std::string_view("--filter=").size());
+        argument.remove_prefix(kFilterOption.size() + 1);
       }
       const auto mode = caseFromRaw<FilterMode>(argument);
       if (!mode) return usage(fmt::format("\"{}\" is no filter; it is one of {}.", argument, kFilters));
@@ -109,7 +121,10 @@ Result<Command> parseCommand(std::span<const std::string_view> arguments) {
       return usage(fmt::format("{} knows no option {}. See corvanectl {} --help.", facts.name, argument, facts.name));
     } else if (!facts.takesLabels) {
       return usage(fmt::format("{} takes no \"{}\". See corvanectl {} --help.", facts.name, argument, facts.name));
-    } else if (!argument.empty()) {
+    } else if (argument.empty()) {
+      // Left out, it would turn a script's empty variable into an order for every application.
+      return usage(fmt::format("{} takes no empty label. See corvanectl {} --help.", facts.name, facts.name));
+    } else {
       command.labels.emplace_back(std::string(argument));
     }
   }

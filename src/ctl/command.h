@@ -39,8 +39,8 @@ struct Command {
   Labels labels;
 };
 
-// `arguments` without the program's name. Options may stand anywhere behind the verb. A usage error's text
-// says what is wrong and where help is.
+// `arguments` without the program's name. The verb is the first that is no option; options may stand anywhere. A
+// usage error's text says what is wrong and where help is.
 [[nodiscard]] Result<Command> parseCommand(std::span<const std::string_view> arguments);
 
 // Whether `--json` stands among them, so that usage errors are objects too.

@@ -82,6 +82,10 @@ class MainJob(sample_mac.SampleMacTest):
         self.assertIn("No application is known under nosuchlabel.", unknown.err)
         usage = self.ctl("lst", "--json", expect=2)
         self.assertEqual(usage.json["error"]["text"], 'There is no command "lst". See corvanectl --help.')
+        # A script whose variable is empty means one application, never all.
+        for verb in ("update", "check", "history"):
+            self.assertIn("takes no empty label", self.ctl(verb, "", expect=2).err)
+        self.assertEqual(self.ctl("--json", "list").json, {"apps": []})
         self.assertIsNone(self.helper_pid())
         # A check lets the helper judge, which knows the whole catalogue.
         self.assertIn("No application is known under nosuchlabel.", self.ctl("check", "nosuchlabel", expect=1).err)
