@@ -24,4 +24,14 @@ bool claimSingleInstance(SessionLock& lock, bool launchedByAgent, const Logger& 
   return true;
 }
 
+void claimState(SessionLock& lock, const Logger& log) {
+  auto attempt = lock.takeShared();
+  if (attempt.outcome == SessionLock::Outcome::heldByOther) {
+    log.info("A corvanectl is at work; this launch goes on when it has ended.");
+    attempt = lock.awaitShared();
+  }
+  if (attempt.outcome != SessionLock::Outcome::taken)
+    log.warning(fmt::format("Could not claim the state by {} ({}); continuing.", lock.path().string(), attempt.error));
+}
+
 }  // namespace corvane

@@ -1,4 +1,5 @@
-// The claim of the session: one instance of the application, so that there is one menu-bar item.
+// The claims of the application: one instance of it, so that there is one menu-bar item, and its part in the stored
+// state.
 #pragma once
 
 #include "core/logging/logging_service.h"
@@ -9,5 +10,10 @@ namespace corvane {
 // True: go on with the launch. False: another instance owns the session, exit 0 in silence. The lock is a
 // convenience: when it cannot be made or opened, the launch goes on with a warning.
 [[nodiscard]] bool claimSingleInstance(SessionLock& lock, bool launchedByAgent, const Logger& log);
+
+// Call it after the instance is claimed and before the model is built, which loads the state. Waits until a
+// corvanectl that writes has ended, with a line in the log; none begins while this process lives. Like the other
+// claim it never stops a launch.
+void claimState(SessionLock& lock, const Logger& log);
 
 }  // namespace corvane

@@ -144,8 +144,8 @@ std::string overviewHelp() {
          "  --json      one JSON object on stdout, errors included\n"
          "  --version   the program's version\n"
          "  --help      this page, or with a command its own\n\n"
-         "Exit codes: 0 done, 1 failed, 2 wrong usage, 3 the application runs and owns the\n"
-         "state, 4 the helper is out of reach.\n";
+         "Exit codes: 0 done, 1 failed, 2 wrong usage, 3 the application or another\n"
+         "corvanectl owns the state, 4 the helper is out of reach.\n";
 }
 
 }  // namespace corvane::ctl

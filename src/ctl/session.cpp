@@ -9,64 +9,73 @@
 #include "ctl/report.h"
 #include "workflow/app_predicates.h"
 #include "workflow/status_texts.h"
+#include "workflow/status_view_model.h"
 
 namespace corvane::ctl {
 namespace {
 
 constexpr Duration kNoLimit = std::chrono::hours(24 * 365);
 
+// What a command has in its hands once the model stands.
+struct Session {
+  const Command& command;
+  const World& world;
+  const WorkflowServices& services;
+  StatusViewModel& model;
+};
+
 Error ctlError(ExitCode code, std::string text) {
   return {.domain = "CRVCtl", .code = static_cast<int>(code), .text = std::move(text)};
 }
 
-void print(const Command& command, const World& world, const JsonValue& json, std::string_view text) {
-  world.out(command.json ? writeJson(json) + "\n" : std::string(text));
+void print(const Session& session, const JsonValue& json, std::string_view text) {
+  session.world.out(session.command.json ? writeJson(json) + "\n" : std::string(text));
 }
 
 // Waits until the model rests, showing what it says meanwhile.
-void waitUntilIdle(const World& world) {
+void waitUntilIdle(const Session& session) {
   std::string shown;
   const auto show = [&] {
-    const auto& message = world.model.fields().messages.statusMessage;
-    if (!world.progress || !message || *message == shown) return;
+    const auto& message = session.model.fields().messages.statusMessage;
+    if (!session.world.progress || !message || *message == shown) return;
     shown = *message;
-    world.progress(shown);
+    session.world.progress(shown);
   };
   show();
-  world.pump(
+  session.world.pump(
       [&] {
         show();
-        return world.model.isIdle();
+        return session.model.isIdle();
       },
       kNoLimit);
-  if (world.progress) world.progress("");
+  if (session.world.progress) session.world.progress("");
 }
 
 // Starts the helper when it does not run, and asks it once: a heartbeat outlives the helper by a minute, an
 // answer does not.
-Status reachHelper(const World& world) {
+Status reachHelper(const Session& session) {
   std::optional<Status> answer;
-  world.helperStart.ensureRunning([&](Status status) { answer = std::move(status); });
-  world.pump([&] { return answer.has_value(); }, kNoLimit);
+  session.world.helperStart.ensureRunning([&](Status status) { answer = std::move(status); });
+  session.world.pump([&] { return answer.has_value(); }, kNoLimit);
   if (!*answer) return *answer;
   answer.reset();
-  world.helper.getStatus(
+  session.services.helper.getStatus(
       [&](const Result<StatusInfo>& status) { answer = status ? Status() : Status(std::unexpected(status.error())); });
-  world.pump([&] { return answer.has_value(); }, kNoLimit);
+  session.world.pump([&] { return answer.has_value(); }, kNoLimit);
   return *answer;
 }
 
 std::optional<Error> claim(const World& world) {
-  const auto attempt = world.lock.take();
+  const auto attempt = world.stateLock.take();
   switch (attempt.outcome) {
     case SessionLock::Outcome::heldByOther:
       return ctlError(ExitCode::applicationRuns,
-                      AppDisplayTitle(world.preferences.loadConfiguration())
+                      AppDisplayTitle(world.services.preferences.loadConfiguration())
                           .userFacing("Corvane or another corvanectl is at work and owns the state. Do this in the "
                                       "window, or quit it and try again."));
     case SessionLock::Outcome::couldNotMakeFolder:
     case SessionLock::Outcome::couldNotOpen:
-      world.err(fmt::format("corvanectl: the session could not be claimed ({}); continuing\n", attempt.error));
+      world.err(fmt::format("corvanectl: the state could not be claimed ({}); continuing\n", attempt.error));
       break;
     case SessionLock::Outcome::taken:
       break;
@@ -74,38 +83,37 @@ std::optional<Error> claim(const World& world) {
   return std::nullopt;
 }
 
-std::optional<Error> modelError(const World& world) {
-  if (const auto& message = world.model.fields().messages.errorMessage) return ctlError(ExitCode::failed, *message);
+std::optional<Error> modelError(const Session& session) {
+  if (const auto& message = session.model.fields().messages.errorMessage) return ctlError(ExitCode::failed, *message);
   return std::nullopt;
 }
 
 // What the model says last, and the applications concerned; what went wrong stands beside them.
-ExitCode finish(const Command& command, const World& world, const Apps& apps, ExitCode whenFailed) {
-  const auto error = modelError(world);
-  if (error && apps.empty()) return tellError(*error, command.json, whenFailed, world);
-  const auto facts = world.model.facts();
+ExitCode finish(const Session& session, const Apps& apps, ExitCode whenFailed) {
+  const auto error = modelError(session);
+  if (error && apps.empty()) return tellError(*error, session.command.json, whenFailed, session.world);
+  const auto facts = session.model.facts();
   auto json = *appsJson(apps, facts).object();
-  const auto& message = world.model.fields().messages.statusMessage;
+  const auto& message = session.model.fields().messages.statusMessage;
   if (message) json.set("message", *message);
   if (error) {
     json.set("error", *errorJson(*error).find("error"));
-    if (!command.json) tellError(*error, false, whenFailed, world);
+    if (!session.command.json) tellError(*error, false, whenFailed, session.world);
   }
-  print(command, world, json,
-        (message ? *message + "\n\n" : std::string()) + (apps.empty() ? "" : appsText(apps, facts)));
+  print(session, json, (message ? *message + "\n\n" : std::string()) + (apps.empty() ? "" : appsText(apps, facts)));
   return error ? whenFailed : ExitCode::done;
 }
 
-Apps appsWithLabels(const World& world, const Labels& labels) {
+Apps appsWithLabels(const Session& session, const Labels& labels) {
   Apps apps;
-  for (const auto& app : world.model.fields().inventory.apps)
+  for (const auto& app : session.model.fields().inventory.apps)
     if (std::ranges::find(labels, app.label) != labels.end()) apps.push_back(app);
   return apps;
 }
 
-std::optional<Error> unknownLabels(const World& world, const Labels& labels) {
+std::optional<Error> unknownLabels(const Session& session, const Labels& labels) {
   Labels unknown;
-  const auto& apps = world.model.fields().inventory.apps;
+  const auto& apps = session.model.fields().inventory.apps;
   for (const auto& label : labels)
     if (std::ranges::find(apps, label, &AppInfo::label) == apps.end()) unknown.push_back(label);
   if (unknown.empty()) return std::nullopt;
@@ -115,73 +123,76 @@ std::optional<Error> unknownLabels(const World& world, const Labels& labels) {
                               joined(unknown)));
 }
 
-ExitCode runStatus(const Command& command, const World& world) {
+ExitCode runStatus(const Session& session) {
   // The state of the helper is looked at here and not through the model, which would note what it sees: this
   // verb writes nothing, since the application may be running.
-  const auto& model = world.model;
+  const auto& model = session.model;
   auto fields = model.fields();
-  fields.helper.helperOperational = world.installation.isOperational();
-  fields.helper.installomatorAvailable = world.files.exists(world.places.installomatorScript());
+  fields.helper.helperOperational = session.services.installation.isOperational();
+  fields.helper.installomatorAvailable = session.services.files.exists(session.services.places.installomatorScript());
   fields.inventory.cycleCompletionMessage = model.computeCycleCompletionMessage();
   const StatusReport report{.fields = fields,
-                            .statusLine = statusLine(fields, world.clock.now()),
-                            .helperStatus = world.installation.status(),
+                            .statusLine = statusLine(fields, session.services.clock.now()),
+                            .helperStatus = session.services.installation.status(),
                             .uncheckedAppCount = model.uncheckedAppCount(),
                             .updateCheckFailedCount = model.updateCheckFailedCount()};
-  print(command, world, command.json ? statusJson(report) : JsonValue(),
-        command.json ? "" : statusText(report, world.locale.calendar()));
+  print(session, session.command.json ? statusJson(report) : JsonValue(),
+        session.command.json ? "" : statusText(report, session.services.locale.calendar()));
   return ExitCode::done;
 }
 
-ExitCode runList(const Command& command, const World& world) {
-  world.model.setFilterMode(command.filter);
-  const auto apps = world.model.filteredApps();
-  const auto facts = world.model.facts();
-  if (command.json)
-    world.out(writeJson(appsJson(apps, facts)) + "\n");
-  else if (apps.empty() && command.filter != FilterMode::all)
-    world.out("No application in this filter.\n");
+ExitCode runList(const Session& session) {
+  session.model.setFilterMode(session.command.filter);
+  const auto apps = session.model.filteredApps();
+  const auto facts = session.model.facts();
+  if (session.command.json)
+    session.world.out(writeJson(appsJson(apps, facts)) + "\n");
+  else if (apps.empty() && session.command.filter != FilterMode::all)
+    session.world.out("No application in this filter.\n");
   else
-    world.out(appsText(apps, facts));
+    session.world.out(appsText(apps, facts));
   return ExitCode::done;
 }
 
-ExitCode runHistory(const Command& command, const World& world) {
-  auto receipts = world.receipts.readAllReceipts();
-  if (!command.labels.empty()) {
+ExitCode runHistory(const Session& session) {
+  auto receipts = session.services.receipts.readAllReceipts();
+  if (!session.command.labels.empty()) {
     std::erase_if(receipts, [&](const PatchingReceipt& receipt) {
-      return std::ranges::find(command.labels, receipt.label) == command.labels.end();
+      return std::ranges::find(session.command.labels, receipt.label) == session.command.labels.end();
     });
   }
-  world.out(command.json ? writeJson(receiptsJson(receipts)) + "\n" : receiptsText(receipts, world.locale.calendar()));
+  session.world.out(session.command.json ? writeJson(receiptsJson(receipts)) + "\n"
+                                         : receiptsText(receipts, session.services.locale.calendar()));
   return ExitCode::done;
 }
 
-ExitCode runDiscover(const Command& command, const World& world) {
-  const auto helper = reachHelper(world);
-  if (!helper) world.err("corvanectl: " + helper.error().text + "\n");
-  world.model.refreshHelperState(false);
-  world.model.discoverInstalledApps();
-  waitUntilIdle(world);
-  return finish(command, world, world.model.filteredApps(), helper ? ExitCode::failed : ExitCode::helperOutOfReach);
+ExitCode runDiscover(const Session& session) {
+  const auto helper = reachHelper(session);
+  if (!helper) session.world.err("corvanectl: " + helper.error().text + "\n");
+  session.model.refreshHelperState(false);
+  session.model.discoverInstalledApps();
+  waitUntilIdle(session);
+  return finish(session, session.model.filteredApps(), helper ? ExitCode::failed : ExitCode::helperOutOfReach);
 }
 
-ExitCode runCheck(const Command& command, const World& world) {
-  if (const auto helper = reachHelper(world); !helper)
-    return tellError(helper.error(), command.json, ExitCode::helperOutOfReach, world);
-  world.model.refreshHelperState(false);
-  if (command.labels.empty())
-    world.model.checkForUpdates();
+ExitCode runCheck(const Session& session) {
+  if (const auto helper = reachHelper(session); !helper)
+    return tellError(helper.error(), session.command.json, ExitCode::helperOutOfReach, session.world);
+  session.model.refreshHelperState(false);
+  if (session.command.labels.empty())
+    session.model.checkForUpdates();
   else
-    world.model.checkForUpdates(command.labels);
-  waitUntilIdle(world);
-  if (const auto error = modelError(world)) return tellError(*error, command.json, ExitCode::failed, world);
+    session.model.checkForUpdates(session.command.labels);
+  waitUntilIdle(session);
+  if (const auto error = modelError(session))
+    return tellError(*error, session.command.json, ExitCode::failed, session.world);
   // The helper knows the whole catalogue, so what it did not answer for is known nowhere.
-  if (const auto unknown = unknownLabels(world, command.labels))
-    return tellError(*unknown, command.json, ExitCode::failed, world);
-  return finish(command, world,
-                command.labels.empty() ? world.model.filteredApps() : appsWithLabels(world, command.labels),
-                ExitCode::failed);
+  if (const auto unknown = unknownLabels(session, session.command.labels))
+    return tellError(*unknown, session.command.json, ExitCode::failed, session.world);
+  return finish(
+      session,
+      session.command.labels.empty() ? session.model.filteredApps() : appsWithLabels(session, session.command.labels),
+      ExitCode::failed);
 }
 
 // What of the labels named can be updated, and a sentence on each that cannot.
@@ -202,15 +213,15 @@ std::string whyNotUpdated(const AppInfo& app, const AppFacts& facts) {
   return app.newVersion ? "" : "was not checked yet; `corvanectl check` does";
 }
 
-Wanted wantedUpdates(const World& world, const Labels& named) {
-  const auto facts = world.model.facts();
+Wanted wantedUpdates(const Session& session, const Labels& named) {
+  const auto facts = session.model.facts();
   Wanted wanted;
   if (named.empty()) {
-    for (auto& label : world.model.actionableUpdateLabels())
+    for (auto& label : session.model.actionableUpdateLabels())
       if (!isHeldBack(label, facts)) wanted.labels.push_back(std::move(label));
     return wanted;
   }
-  for (const auto& app : appsWithLabels(world, named)) {
+  for (const auto& app : appsWithLabels(session, named)) {
     if (isPending(app, facts)) {
       wanted.labels.push_back(app.label);
       continue;
@@ -224,35 +235,35 @@ Wanted wantedUpdates(const World& world, const Labels& named) {
   return wanted;
 }
 
-ExitCode runUpdate(const Command& command, const World& world) {
-  if (const auto unknown = unknownLabels(world, command.labels))
-    return tellError(*unknown, command.json, ExitCode::failed, world);
-  const auto wanted = wantedUpdates(world, command.labels);
+ExitCode runUpdate(const Session& session) {
+  if (const auto unknown = unknownLabels(session, session.command.labels))
+    return tellError(*unknown, session.command.json, ExitCode::failed, session.world);
+  const auto wanted = wantedUpdates(session, session.command.labels);
   if (!wanted.refused.empty())
     return tellError(ctlError(ExitCode::failed, fmt::format("Not updated: {}", fmt::join(wanted.refused, " "))),
-                     command.json, ExitCode::failed, world);
+                     session.command.json, ExitCode::failed, session.world);
   const auto remarks = wanted.upToDate.empty() ? "" : fmt::format("{}\n", fmt::join(wanted.upToDate, "\n"));
   if (wanted.labels.empty()) {
     const auto text = remarks.empty() ? "Nothing to update.\n" : remarks;
-    print(command, world, JsonObject{{"success", true}, {"message", ""}, {"installedCount", 0}, {"apps", JsonArray{}}},
-          text);
+    print(session, JsonObject{{"success", true}, {"message", ""}, {"installedCount", 0}, {"apps", JsonArray{}}}, text);
     return ExitCode::done;
   }
-  if (const auto helper = reachHelper(world); !helper)
-    return tellError(helper.error(), command.json, ExitCode::helperOutOfReach, world);
-  world.model.refreshHelperState(false);
+  if (const auto helper = reachHelper(session); !helper)
+    return tellError(helper.error(), session.command.json, ExitCode::helperOutOfReach, session.world);
+  session.model.refreshHelperState(false);
 
   std::optional<PatchRunAnswer> answer;
   // Labels that were named are no Update All: their failure arms no retry and closes no cycle.
-  const auto operation = command.labels.empty() ? DiscoveryOperation::patchAll : DiscoveryOperation::patchSingle;
-  world.model.startPatching(wanted.labels, operation, {},
-                            [&](bool success, const std::string& message, std::int64_t installedCount) {
-                              answer = {.success = success, .message = message, .installedCount = installedCount};
-                            });
-  waitUntilIdle(world);
+  const auto operation =
+      session.command.labels.empty() ? DiscoveryOperation::patchAll : DiscoveryOperation::patchSingle;
+  session.model.startPatching(wanted.labels, operation, {},
+                              [&](bool success, const std::string& message, std::int64_t installedCount) {
+                                answer = {.success = success, .message = message, .installedCount = installedCount};
+                              });
+  waitUntilIdle(session);
 
-  const auto apps = appsWithLabels(world, command.labels.empty() ? wanted.labels : command.labels);
-  const auto facts = world.model.facts();
+  const auto apps = appsWithLabels(session, session.command.labels.empty() ? wanted.labels : session.command.labels);
+  const auto facts = session.model.facts();
   const bool success = answer && answer->success;
   const auto message = answer ? answer->message : std::string();
   auto json = *appsJson(apps, facts).object();
@@ -262,10 +273,32 @@ ExitCode runUpdate(const Command& command, const World& world) {
   if (!success) {
     const auto error = ctlError(ExitCode::failed, message);
     json.set("error", *errorJson(error).find("error"));
-    if (!command.json) tellError(error, false, ExitCode::failed, world);
+    if (!session.command.json) tellError(error, false, ExitCode::failed, session.world);
   }
-  print(command, world, json, remarks + (success ? message + "\n\n" : "") + appsText(apps, facts));
+  print(session, json, remarks + (success ? message + "\n\n" : "") + appsText(apps, facts));
   return success ? ExitCode::done : ExitCode::failed;
+}
+
+ExitCode run(const Session& session) {
+  switch (session.command.verb) {
+    case Verb::status:
+      return runStatus(session);
+    case Verb::list:
+      return runList(session);
+    case Verb::discover:
+      return runDiscover(session);
+    case Verb::check:
+      return runCheck(session);
+    case Verb::update:
+      return runUpdate(session);
+    case Verb::history:
+      return runHistory(session);
+    case Verb::settings:
+      break;
+  }
+  const auto& preferences = session.services.preferences;
+  print(session, settingsJson(preferences), session.command.json ? "" : settingsText(preferences));
+  return ExitCode::done;
 }
 
 }  // namespace
@@ -279,29 +312,15 @@ ExitCode tellError(const Error& error, bool json, ExitCode code, const World& wo
 }
 
 ExitCode runCommand(const Command& command, const World& world) {
-  if (factsOf(command.verb).writes) {
+  const bool writes = factsOf(command.verb).writes;
+  if (writes)
     if (const auto taken = claim(world)) return tellError(*taken, command.json, ExitCode::applicationRuns, world);
-    world.model.begin();
-    world.model.refreshDeadlineDisplay();
+  StatusViewModel model(world.services);
+  if (writes) {
+    model.begin();
+    model.refreshDeadlineDisplay();
   }
-  switch (command.verb) {
-    case Verb::status:
-      return runStatus(command, world);
-    case Verb::list:
-      return runList(command, world);
-    case Verb::discover:
-      return runDiscover(command, world);
-    case Verb::check:
-      return runCheck(command, world);
-    case Verb::update:
-      return runUpdate(command, world);
-    case Verb::history:
-      return runHistory(command, world);
-    case Verb::settings:
-      break;
-  }
-  print(command, world, settingsJson(world.preferences), command.json ? "" : settingsText(world.preferences));
-  return ExitCode::done;
+  return run({.command = command, .world = world, .services = world.services, .model = model});
 }
 
 }  // namespace corvane::ctl

@@ -5,42 +5,27 @@
 #include <string_view>
 
 #include "app/helper_start.h"
-#include "core/client/helper_installation_service.h"
-#include "core/client/xpc_service_client.h"
-#include "core/history/receipt_manager.h"
-#include "core/places.h"
-#include "core/preferences/preference_manager.h"
 #include "ctl/command.h"
-#include "platform/clock.h"
-#include "platform/files.h"
-#include "platform/locale.h"
 #include "platform/session_lock.h"
-#include "workflow/status_view_model.h"
+#include "workflow/workflow_services.h"
 
 namespace corvane::ctl {
 
 // What a command has to do with; all outlive it. `pump` runs turns of the main queue until its argument
 // holds or the time is over, and gives whether it holds.
 struct World {
-  StatusViewModel& model;
-  PreferenceManager& preferences;
-  HelperInstallationService& installation;
+  WorkflowServices services;
   HelperStart& helperStart;
-  XPCServiceClient& helper;
-  ReceiptManager& receipts;
-  Locale& locale;
-  Clock& clock;
-  Files& files;
-  const CorvaneConstants& places;
-  SessionLock& lock;
+  SessionLock& stateLock;
   std::function<bool(const std::function<bool()>& done, Duration limit)> pump;
   std::function<void(std::string_view)> out;       // standard output
   std::function<void(std::string_view)> err;       // standard error
   std::function<void(std::string_view)> progress;  // one line that replaces itself; empty where none is shown
 };
 
-// Runs `command`, which is of the kind `run`. Prints one JSON object with `json`, errors included. Verbs that
-// write claim the session first, so that they never work beside the application.
+// Runs `command`, which is of the kind `run`, over a model of its own. Prints one JSON object with `json`, errors
+// included. Verbs that write claim the state before the model loads it, so that they never work beside the application
+// or one another, nor on what the other has replaced since.
 [[nodiscard]] ExitCode runCommand(const Command& command, const World& world);
 
 // Says an error where the caller of the program looks for it: as an object on standard output with `json`.

@@ -20,6 +20,10 @@ class SessionLock {
   // fails with couldNotOpen then. Both are taken at once when the lock is held already.
   [[nodiscard]] virtual Attempt take() = 0;
   [[nodiscard]] virtual Attempt takeExisting() = 0;
+  // As take(), but beside others that took it shared; whoever wants it alone is refused while one of them lives.
+  [[nodiscard]] virtual Attempt takeShared() = 0;
+  // The same, after whoever holds it alone has ended: it blocks, so nothing of this program may be waited for.
+  [[nodiscard]] virtual Attempt awaitShared() = 0;
   [[nodiscard]] virtual const std::filesystem::path& path() const = 0;
 };
 

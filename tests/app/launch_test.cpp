@@ -5,6 +5,7 @@
 #include "app/launch_log.h"
 #include "app/single_instance.h"
 #include "support/recording_log.h"
+#include "support/set_lock.h"
 
 namespace corvane {
 namespace {
@@ -48,14 +49,6 @@ TEST(LaunchLine, TellsWhatIsKnownAndSaysUnknownForTheRest) {
             "showDashboard=true; uid=0");
 }
 
-struct SetLock final : SessionLock {
-  Attempt answer;
-  std::filesystem::path file = "/Users/ada/Library/Application Support/Corvane/gui.instance.lock";
-  [[nodiscard]] Attempt take() override { return answer; }
-  [[nodiscard]] Attempt takeExisting() override { return answer; }
-  [[nodiscard]] const std::filesystem::path& path() const override { return file; }
-};
-
 TEST(SingleInstance, OnlyAHolderStopsTheLaunchAndEveryOutcomeIsLogged) {
   using Outcome = SessionLock::Outcome;
   const struct {
@@ -91,6 +84,36 @@ TEST(SingleInstance, OnlyAHolderStopsTheLaunchAndEveryOutcomeIsLogged) {
     EXPECT_EQ(claimSingleInstance(lock, row.byAgent, Logger(log, "Corvane")), row.goesOn) << row.line;
     const RecordingLog::Line expected{row.level, std::string("Corvane: ") + row.line};
     EXPECT_EQ(log.lines(), std::vector{expected});
+  }
+}
+
+TEST(StateClaim, ACorvanectlAtWorkIsWaitedForAndNothingStopsTheLaunch) {
+  using Outcome = SessionLock::Outcome;
+  const struct {
+    SessionLock::Attempt attempt;
+    SessionLock::Attempt afterWaiting;
+    int waits;
+    std::vector<std::string> lines;
+  } rows[] = {{{Outcome::taken, ""}, {}, 0, {}},
+              {{Outcome::heldByOther, ""},
+               {Outcome::taken, ""},
+               1,
+               {"Corvane: A corvanectl is at work; this launch goes on when it has ended."}},
+              {{Outcome::couldNotOpen, "Permission denied"},
+               {},
+               0,
+               {"Corvane: Could not claim the state by /state.lock (Permission denied); continuing."}}};
+  for (const auto& row : rows) {
+    RecordingLog log;
+    SetLock lock;
+    lock.file = "/state.lock";
+    lock.answer = row.attempt;
+    lock.answerAfterWaiting = row.afterWaiting;
+    claimState(lock, Logger(log, "Corvane"));
+    EXPECT_EQ(lock.waits, row.waits);
+    std::vector<std::string> lines;
+    for (const auto& line : log.lines()) lines.push_back(line.message);
+    EXPECT_EQ(lines, row.lines);
   }
 }
 

@@ -3,6 +3,7 @@
 
 #include <deque>
 
+#include "support/set_lock.h"
 #include "workflow/workflow_fixture.h"
 
 namespace corvane {
@@ -10,18 +11,6 @@ namespace {
 
 using ctl::ExitCode;
 using ctl::Verb;
-
-struct SetLock final : SessionLock {
-  Attempt answer;
-  int taken = 0;
-  std::filesystem::path file = "/lock";
-  [[nodiscard]] Attempt take() override {
-    ++taken;
-    return answer;
-  }
-  [[nodiscard]] Attempt takeExisting() override { return answer; }
-  [[nodiscard]] const std::filesystem::path& path() const override { return file; }
-};
 
 class CtlSession : public WorkflowTest {
  protected:
@@ -39,20 +28,11 @@ class CtlSession : public WorkflowTest {
   ExitCode run(ctl::Command command) {
     out.clear();
     err.clear();
-    model = std::make_unique<StatusViewModel>(services);
     HelperStart helperStart(installation, time.main());
     return ctl::runCommand(
-        command, {.model = *model,
-                  .preferences = preferences,
-                  .installation = installation,
+        command, {.services = services,
                   .helperStart = helperStart,
-                  .helper = helper,
-                  .receipts = receipts,
-                  .locale = locale,
-                  .clock = time.clock(),
-                  .files = files,
-                  .places = places,
-                  .lock = lock,
+                  .stateLock = lock,
                   .pump = [this](const std::function<bool()>& done, Duration limit) { return pump(done, limit); },
                   .out = [this](std::string_view text) { out += text; },
                   .err = [this](std::string_view text) { err += text; },
@@ -133,11 +113,19 @@ TEST_F(CtlSession, OnlyVerbsThatWriteClaimTheSessionAndYieldToTheApplication) {
   EXPECT_TRUE(err.empty());
 }
 
+TEST_F(CtlSession, WhatAnotherWriterLeftBeforeTheClaimIsKept) {
+  know({outdated("quill"), outdated("tern")});
+  lock.onTake = [&] { know({outdated("quill"), current("tern"), outdated("swift")}); };
+  answerDiscoveries({{current("quill")}});
+  EXPECT_EQ(runJson(Verb::check, {label("quill")}), ExitCode::done);
+  EXPECT_EQ(*preferences.readDiscoveredApps(), (Apps{current("quill"), current("tern"), outdated("swift")}));
+}
+
 TEST_F(CtlSession, ALockThatCannotBeMadeIsTheSessionsConvenienceAndHindersNothing) {
   know({current("quill")});
   lock.answer = {.outcome = SessionLock::Outcome::couldNotMakeFolder, .error = "Read-only file system"};
   EXPECT_EQ(run({.verb = Verb::update}), ExitCode::done);
-  EXPECT_EQ(err, "corvanectl: the session could not be claimed (Read-only file system); continuing\n");
+  EXPECT_EQ(err, "corvanectl: the state could not be claimed (Read-only file system); continuing\n");
   EXPECT_EQ(out, "Nothing to update.\n");
 }
 
@@ -237,7 +225,6 @@ TEST_F(CtlSession, AHelperThatDiesInARunIsToldAsTheModelWordsIt) {
   EXPECT_EQ(run({.verb = Verb::update, .labels = {label("quill")}}), ExitCode::failed);
   EXPECT_EQ(err, "corvanectl: Failed to start patching: the helper hung up\n");
   EXPECT_TRUE(out.starts_with("LABEL")) << out;
-  EXPECT_TRUE(model->isIdle());
 }
 
 TEST_F(CtlSession, ASuccessfulRunAsksForTheLabelsNamedOnly) {

@@ -32,6 +32,19 @@ class Application(sample_mac.SampleMacTest):
                                                               "the same work in a terminal.\n"))
         self.assertEqual(self.log(), "", "nothing was begun")
 
+    def test_a_login_while_an_administrator_works(self):
+        self.ctl("discover")
+        self.order("delay", "quill", "20\n")
+        run = self.ctl_start("update", "quill")
+        self.addCleanup(self.end, run)
+        self.assertTrue(sample_mac.eventually(lambda: self.run_record().get("childPid")))
+        application = self.start()
+        self.assertTrue(sample_mac.eventually(lambda: self.log_lines("A corvanectl is at work")), self.log())
+        self.assertIsNone(application.poll(), "the launch waits")
+        self.assertFalse(self.log_lines("Launched v"))
+        self.end(run)
+        self.assertTrue(sample_mac.eventually(lambda: self.log_lines("Launched v")), self.log())
+
     @unittest.skipUnless(WINDOWS, "built without windows")
     def test_one_runs_and_owns_the_state(self):
         first = self.start()

@@ -5,7 +5,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <memory>
 #include <set>
+#include <thread>
 
 #include "base/plist.h"
 #include "platform/posix/executable_bundle.h"
@@ -61,6 +63,21 @@ TEST(InstanceLockTest, OneHoldsAndTheNextGetsItWhenTheProcessEndsHowever) {
   ::waitpid(holder, nullptr, 0);
   EXPECT_EQ(lock.takeExisting().outcome, SessionLock::Outcome::taken);
   EXPECT_EQ(lock.take().outcome, SessionLock::Outcome::taken);
+  EXPECT_EQ(InstanceLock(path).take().outcome, SessionLock::Outcome::heldByOther);
+}
+
+TEST(InstanceLockTest, SharedHoldersKeepOutWhoWantsItAloneAndWaitForHim) {
+  TemporaryFolder folder;
+  const auto path = folder.path() / "Corvane/state.lock";
+  InstanceLock shared(path);
+  {
+    auto alone = std::make_unique<InstanceLock>(path);
+    ASSERT_EQ(alone->take().outcome, SessionLock::Outcome::taken);
+    EXPECT_EQ(shared.takeShared().outcome, SessionLock::Outcome::heldByOther);
+    const std::jthread waiting([&] { EXPECT_EQ(shared.awaitShared().outcome, SessionLock::Outcome::taken); });
+    alone.reset();
+  }
+  EXPECT_EQ(InstanceLock(path).takeShared().outcome, SessionLock::Outcome::taken);
   EXPECT_EQ(InstanceLock(path).take().outcome, SessionLock::Outcome::heldByOther);
 }
 

@@ -19,10 +19,13 @@ class InstanceLock final : public SessionLock {
 
   [[nodiscard]] Attempt take() override;
   [[nodiscard]] Attempt takeExisting() override;
+  [[nodiscard]] Attempt takeShared() override;
+  [[nodiscard]] Attempt awaitShared() override;
   [[nodiscard]] const std::filesystem::path& path() const override { return path_; }
 
  private:
-  [[nodiscard]] Attempt openAndLock(int flags);
+  [[nodiscard]] Attempt makeAndLock(int operation);
+  [[nodiscard]] Attempt openAndLock(int flags, int operation);
 
   std::filesystem::path path_;
   int descriptor_ = -1;

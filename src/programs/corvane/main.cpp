@@ -77,6 +77,7 @@ int launch(UserMachine& machine) {
   unsetenv(std::string(GUIInstancePolicy::agentVariable).c_str());
   const Logger log(machine.log, "Corvane");
   if (!claimSingleInstance(machine.lock, byAgent, log)) return 0;
+  claimState(machine.stateLock, log);
 
   Services services(machine.ports());
   const auto config = services.preferences.loadConfiguration();

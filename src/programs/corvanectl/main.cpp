@@ -41,21 +41,12 @@ int run(const ctl::Command& command) {
   Services services(machine.ports());
   const auto config = services.preferences.loadConfiguration();
   machine.log.refreshVerbosityFromPreferences(config.verboseMode, config.debugMode);
-  StatusViewModel model(services.workflow());
   HelperStart helperStart(services.installation, machine.loop.mainQueue());
 
   const ctl::World world{
-      .model = model,
-      .preferences = services.preferences,
-      .installation = services.installation,
+      .services = services.workflow(),
       .helperStart = helperStart,
-      .helper = services.helper,
-      .receipts = services.receipts,
-      .locale = machine.locale,
-      .clock = machine.clock,
-      .files = machine.files,
-      .places = machine.places,
-      .lock = machine.lock,
+      .stateLock = machine.stateLock,
       .pump = [&](const std::function<bool()>& done, Duration limit) { return machine.loop.pump(done, limit); },
       .out = [](std::string_view text) { write(stdout, text); },
       .err = [](std::string_view text) { write(stderr, text); },

@@ -67,7 +67,8 @@ UserMachine::UserMachine(CorvaneConstants itsPlaces, const std::filesystem::path
       registration(loop.mainQueue(), helperProgram(places, bundle),
                    {.record = places.userSupportFolder() / "helper-child.json", .socket = places.helperSocket()},
                    [this](std::string_view line) { Logger(log, "HelperRegistration").warning(line); }),
-      lock(places.instanceLock()) {}
+      lock(places.instanceLock()),
+      stateLock(places.stateLock()) {}
 
 Ports UserMachine::ports() {
   return {.main = loop.mainQueue(),

@@ -55,6 +55,7 @@ class UserMachine {
   UvHelperChannel channel;
   ChildHelperRegistration registration;
   InstanceLock lock;
+  InstanceLock stateLock;
   UvWorkQueue work;
 };
 
