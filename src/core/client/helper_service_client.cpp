@@ -1,6 +1,23 @@
 #include "core/client/helper_service_client.h"
 
 namespace corvane {
+namespace {
+
+// A completion that waits inside the call of another one: who gives that one up gives up both.
+template <class T>
+class Within {
+ public:
+  explicit Within(Completion<T> done) : done_(std::move(done)) {}
+  Within(Within&&) noexcept = default;
+  ~Within() { done_.abandon(); }
+
+  void operator()(T answer) { done_(std::move(answer)); }
+
+ private:
+  Completion<T> done_;
+};
+
+}  // namespace
 
 template <class T>
 void HelperServiceClient::send(HelperQuestion question, Result<T> (*read)(const JsonValue&),
@@ -8,7 +25,7 @@ void HelperServiceClient::send(HelperQuestion question, Result<T> (*read)(const 
   auto id = entropy_.uuid().text();
   auto body = composeRequest({.id = id, .question = std::move(question)});
   channel_.request(std::move(body),
-                   [id = std::move(id), read, done = std::move(done)](Result<std::string> answer) mutable {
+                   [id = std::move(id), read, done = Within(std::move(done))](Result<std::string> answer) mutable {
                      if (!answer) return done(std::unexpected(std::move(answer.error())));
                      auto result = parseAnswer(*answer, id);
                      if (!result) return done(std::unexpected(std::move(result.error())));
@@ -41,10 +58,11 @@ void HelperServiceClient::startPatching(const Labels& labels, const Labels& also
 }
 
 void HelperServiceClient::getPatchingProgress(Completion<PatchProgressInfo> done) {
-  send(ask::PatchingProgress{}, &patchProgressFromJson,
-       Completion<Result<PatchProgressInfo>>([done = std::move(done)](Result<PatchProgressInfo> answer) mutable {
-         done(answer.value_or(PatchProgressInfo{}));
-       }));
+  send(
+      ask::PatchingProgress{}, &patchProgressFromJson,
+      Completion<Result<PatchProgressInfo>>([done = Within(std::move(done))](Result<PatchProgressInfo> answer) mutable {
+        done(answer.value_or(PatchProgressInfo{}));
+      }));
 }
 
 }  // namespace corvane

@@ -65,6 +65,22 @@ TEST(HelperMessages, AnAnswerOfAnotherRequestOrVersionIsNoAnswer) {
   }
 }
 
+TEST(HelperServiceClient, AQuestionMayBeOpenWhenTheProgramEnds) {
+  VirtualMachine machine;
+  ScriptedEntropy entropy;
+  int answers = 0;
+  {
+    ScriptedHelperChannel channel(machine.main(), [](const std::string&) { return ScriptedAnswer{.body = {}}; });
+    HelperServiceClient client(channel, entropy);
+    client.getStatus([&](const auto&) { ++answers; });
+    client.getPatchingProgress([&](const auto&) { ++answers; });
+    machine.runUntilIdle();
+    EXPECT_EQ(channel.requests().size(), 2U);
+  }
+  machine.runUntilIdle();
+  EXPECT_EQ(answers, 0);
+}
+
 TEST(HelperServiceClient, DeliversAnswersErrorsAndIdleProgressWhenOutOfReach) {
   VirtualMachine machine;
   ScriptedEntropy entropy;
