@@ -22,15 +22,17 @@ constexpr auto kVerbs = std::to_array<VerbFacts>({
      "Usage: corvanectl discover [--json]\n\n"
      "Looks for installed applications that a label matches, then checks them for\n"
      "updates. Without the helper, applications are scanned directly and no latest\n"
-     "versions are known; it ends with 4 then.\n"},
+     "versions are known; it ends with 4 then, and with 1 without Installomator.\n"},
     {Verb::check, "check", true, true,
      "Usage: corvanectl check [LABEL...] [--json]\n\n"
-     "Asks for the latest versions of all known applications, or of those named.\n"
-     "Fails when the helper cannot be reached.\n"},
+     "Asks for the latest versions of all known applications, or of those named; the\n"
+     "first time of all it looks for applications. Fails when the helper cannot be\n"
+     "reached, and when a label named is not answered for.\n"},
     {Verb::update, "update", true, true,
      "Usage: corvanectl update [LABEL...] [--json]\n\n"
      "Updates the applications named, or all that have an update pending and are not\n"
-     "set aside until the next cycle. Fails when one of them fails.\n"},
+     "set aside until the next cycle. Fails when one of them fails, and when it cannot\n"
+     "tell because nothing is pending and applications were never checked.\n"},
     {Verb::history, "history", true, false,
      "Usage: corvanectl history [LABEL...] [--json]\n\n"
      "Lists finished patch runs, newest first, of all applications or of those named.\n"},

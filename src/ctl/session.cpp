@@ -3,18 +3,23 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 
+#include "base/localized.h"
 #include "core/preferences/display_title.h"
+#include "ctl/label_judgement.h"
 #include "ctl/report.h"
-#include "workflow/app_predicates.h"
 #include "workflow/status_texts.h"
 #include "workflow/status_view_model.h"
 
 namespace corvane::ctl {
 namespace {
 
+// Work that runs may take as long as it takes.
 constexpr Duration kNoLimit = std::chrono::hours(24 * 365);
+// A helper answers what it is in milliseconds, runs or none; one that takes longer than this is stopped or hangs.
+constexpr Duration kHelperAnswerLimit = 10s;
 
 // What a command has in its hands once the model stands.
 struct Session {
@@ -22,6 +27,12 @@ struct Session {
   const World& world;
   const WorkflowServices& services;
   StatusViewModel& model;
+};
+
+// What is told in the end, and what the process ends with.
+struct Failure {
+  Error error;
+  ExitCode code = ExitCode::failed;
 };
 
 Error ctlError(ExitCode code, std::string text) {
@@ -32,8 +43,8 @@ void print(const Session& session, const JsonValue& json, std::string_view text)
   session.world.out(session.command.json ? writeJson(json) + "\n" : std::string(text));
 }
 
-// Waits until the model rests, showing what it says meanwhile.
-void waitUntilIdle(const Session& session) {
+// Waits until the model rests or `enough` holds, showing what the model says meanwhile.
+void waitUntilIdle(const Session& session, const std::function<bool()>& enough = nullptr) {
   std::string shown;
   const auto show = [&] {
     const auto& message = session.model.fields().messages.statusMessage;
@@ -45,7 +56,7 @@ void waitUntilIdle(const Session& session) {
   session.world.pump(
       [&] {
         show();
-        return session.model.isIdle();
+        return session.model.isIdle() || (enough && enough());
       },
       kNoLimit);
   if (session.world.progress) session.world.progress("");
@@ -53,16 +64,21 @@ void waitUntilIdle(const Session& session) {
 
 // Starts the helper when it does not run, and asks it once: a heartbeat outlives the helper by a minute, an
 // answer does not.
-Status reachHelper(const Session& session) {
-  std::optional<Status> answer;
-  session.world.helperStart.ensureRunning([&](Status status) { answer = std::move(status); });
-  session.world.pump([&] { return answer.has_value(); }, kNoLimit);
-  if (!*answer) return *answer;
-  answer.reset();
-  session.services.helper.getStatus(
-      [&](const Result<StatusInfo>& status) { answer = status ? Status() : Status(std::unexpected(status.error())); });
-  session.world.pump([&] { return answer.has_value(); }, kNoLimit);
-  return *answer;
+std::optional<Failure> reachHelper(const Session& session) {
+  const auto outOfReach = [](Error error) { return Failure{std::move(error), ExitCode::helperOutOfReach}; };
+  std::optional<Status> started;
+  session.world.helperStart.ensureRunning([&](Status status) { started = std::move(status); });
+  session.world.pump([&] { return started.has_value(); }, kNoLimit);
+  if (!*started) return outOfReach(started->error());
+  // Shared, for the answer may come after nobody waits for it any more.
+  const auto answer = std::make_shared<std::optional<Result<StatusInfo>>>();
+  session.services.helper.getStatus([answer](Result<StatusInfo> status) { *answer = std::move(status); });
+  if (!session.world.pump([&] { return answer->has_value(); }, kHelperAnswerLimit))
+    return outOfReach(ctlError(ExitCode::helperOutOfReach,
+                               fmt::format("The root helper runs but did not answer within {} seconds.",
+                                           std::chrono::floor<std::chrono::seconds>(kHelperAnswerLimit).count())));
+  if (!**answer) return outOfReach((*answer)->error());
+  return std::nullopt;
 }
 
 std::optional<Error> claim(const World& world) {
@@ -83,25 +99,32 @@ std::optional<Error> claim(const World& world) {
   return std::nullopt;
 }
 
-std::optional<Error> modelError(const Session& session) {
-  if (const auto& message = session.model.fields().messages.errorMessage) return ctlError(ExitCode::failed, *message);
+Failure failed(std::string text) { return {.error = ctlError(ExitCode::failed, std::move(text))}; }
+
+std::optional<Failure> modelFailure(const Session& session) {
+  if (const auto& message = session.model.fields().messages.errorMessage) return failed(*message);
   return std::nullopt;
 }
 
-// What the model says last, and the applications concerned; what went wrong stands beside them.
-ExitCode finish(const Session& session, const Apps& apps, ExitCode whenFailed) {
-  const auto error = modelError(session);
-  if (error && apps.empty()) return tellError(*error, session.command.json, whenFailed, session.world);
+ExitCode tell(const Session& session, const Failure& failure) {
+  return tellError(failure.error, session.command.json, failure.code, session.world);
+}
+
+// The applications concerned, and beside them what the model says last or what went wrong.
+ExitCode finish(const Session& session, const Apps& apps, const std::optional<Failure>& failure) {
+  if (failure && apps.empty()) return tell(session, *failure);
   const auto facts = session.model.facts();
   auto json = *appsJson(apps, facts).object();
-  const auto& message = session.model.fields().messages.statusMessage;
-  if (message) json.set("message", *message);
-  if (error) {
-    json.set("error", *errorJson(*error).find("error"));
-    if (!session.command.json) tellError(*error, false, whenFailed, session.world);
+  std::string text;
+  if (failure) {
+    json.set("error", *errorJson(failure->error).find("error"));
+    if (!session.command.json) tell(session, *failure);
+  } else if (const auto& message = session.model.fields().messages.statusMessage) {
+    json.set("message", *message);
+    text = *message + "\n\n";
   }
-  print(session, json, (message ? *message + "\n\n" : std::string()) + (apps.empty() ? "" : appsText(apps, facts)));
-  return error ? whenFailed : ExitCode::done;
+  print(session, json, text + (apps.empty() ? "" : appsText(apps, facts)));
+  return failure ? failure->code : ExitCode::done;
 }
 
 Apps appsWithLabels(const Session& session, const Labels& labels) {
@@ -111,16 +134,18 @@ Apps appsWithLabels(const Session& session, const Labels& labels) {
   return apps;
 }
 
-std::optional<Error> unknownLabels(const Session& session, const Labels& labels) {
-  Labels unknown;
-  const auto& apps = session.model.fields().inventory.apps;
-  for (const auto& label : labels)
-    if (std::ranges::find(apps, label, &AppInfo::label) == apps.end()) unknown.push_back(label);
-  if (unknown.empty()) return std::nullopt;
-  return ctlError(ExitCode::failed,
-                  fmt::format("No application is known under {}. `corvanectl list` shows the labels, `corvanectl "
-                              "discover` looks for applications.",
-                              joined(unknown)));
+Labels knownLabels(const Session& session) {
+  Labels labels;
+  for (const auto& app : session.model.fields().inventory.apps) labels.push_back(app.label);
+  return labels;
+}
+
+// What is wrong with the labels of the command when only `found` was found.
+std::optional<Failure> labelFailure(const Session& session, const Labels& found) {
+  auto trouble = labelTrouble(session.command.labels, found, session.model.fields().inventory.apps,
+                              session.services.preferences.loadConfiguration());
+  if (trouble.empty()) return std::nullopt;
+  return failed(std::move(trouble));
 }
 
 ExitCode runStatus(const Session& session) {
@@ -147,7 +172,7 @@ ExitCode runList(const Session& session) {
   const auto facts = session.model.facts();
   if (session.command.json)
     session.world.out(writeJson(appsJson(apps, facts)) + "\n");
-  else if (apps.empty() && session.command.filter != FilterMode::all)
+  else if (apps.empty() && !session.model.fields().inventory.apps.empty())
     session.world.out("No application in this filter.\n");
   else
     session.world.out(appsText(apps, facts));
@@ -166,90 +191,63 @@ ExitCode runHistory(const Session& session) {
   return ExitCode::done;
 }
 
+// Why a discovery that came to its end did not do all that it is for.
+std::optional<Failure> discoveryFailure(const Session& session, std::optional<Failure> unreached) {
+  auto failure = modelFailure(session);
+  if (unreached) {
+    if (failure) unreached->error.text += " " + failure->error.text;
+    return unreached;
+  }
+  // No check followed, though applications were found.
+  if (!failure && !session.model.fields().helper.installomatorAvailable)
+    return failed(localized("Installomator not found — update detection and patching will not work."));
+  return failure;
+}
+
 ExitCode runDiscover(const Session& session) {
-  const auto helper = reachHelper(session);
-  if (!helper) session.world.err("corvanectl: " + helper.error().text + "\n");
+  auto unreached = reachHelper(session);
   session.model.refreshHelperState(false);
   session.model.discoverInstalledApps();
-  waitUntilIdle(session);
-  return finish(session, session.model.filteredApps(), helper ? ExitCode::failed : ExitCode::helperOutOfReach);
+  // Behind the direct scan the model may still believe in a helper that does not answer, and ask it for a check.
+  const auto& operation = session.model.fields().gate.currentOperation;
+  waitUntilIdle(session, [&] { return unreached && operation == DiscoveryOperation::checkUpdates; });
+  return finish(session, session.model.filteredApps(), discoveryFailure(session, std::move(unreached)));
 }
 
 ExitCode runCheck(const Session& session) {
-  if (const auto helper = reachHelper(session); !helper)
-    return tellError(helper.error(), session.command.json, ExitCode::helperOutOfReach, session.world);
+  if (const auto unreached = reachHelper(session)) return tell(session, *unreached);
+  const auto& labels = session.command.labels;
+  const auto& fields = session.model.fields();
   session.model.refreshHelperState(false);
-  if (session.command.labels.empty())
+  // Where nothing is known yet, a check of some would leave them as all there is on this Mac.
+  if (labels.empty() || fields.inventory.apps.empty())
     session.model.checkForUpdates();
   else
-    session.model.checkForUpdates(session.command.labels);
+    session.model.checkForUpdates(labels);
   waitUntilIdle(session);
-  if (const auto error = modelError(session))
-    return tellError(*error, session.command.json, ExitCode::failed, session.world);
-  // The helper knows the whole catalogue, so what it did not answer for is known nowhere.
-  if (const auto unknown = unknownLabels(session, session.command.labels))
-    return tellError(*unknown, session.command.json, ExitCode::failed, session.world);
-  return finish(
-      session,
-      session.command.labels.empty() ? session.model.filteredApps() : appsWithLabels(session, session.command.labels),
-      ExitCode::failed);
-}
-
-// What of the labels named can be updated, and a sentence on each that cannot.
-struct Wanted {
-  Labels labels;
-  std::vector<std::string> upToDate;
-  std::vector<std::string> refused;
-};
-
-// Why a named application that is not pending cannot be updated; empty when there is no need to.
-std::string whyNotUpdated(const AppInfo& app, const AppFacts& facts) {
-  if (app.teamIDMismatch) return "is signed by another vendor than its label expects";
-  if (isExcludedAppStoreApp(app, facts)) return "is updated by the App Store";
-  if (app.updateCheckFailed) {
-    const auto& reason = app.updateCheckFailureReason;
-    return "could not be checked" + (reason && !reason->empty() ? ": " + *reason : std::string());
-  }
-  return app.newVersion ? "" : "was not checked yet; `corvanectl check` does";
-}
-
-Wanted wantedUpdates(const Session& session, const Labels& named) {
-  const auto facts = session.model.facts();
-  Wanted wanted;
-  if (named.empty()) {
-    for (auto& label : session.model.actionableUpdateLabels())
-      if (!isHeldBack(label, facts)) wanted.labels.push_back(std::move(label));
-    return wanted;
-  }
-  for (const auto& app : appsWithLabels(session, named)) {
-    if (isPending(app, facts)) {
-      wanted.labels.push_back(app.label);
-      continue;
-    }
-    const auto why = whyNotUpdated(app, facts);
-    if (why.empty())
-      wanted.upToDate.push_back(app.label.text + " is up to date.");
-    else
-      wanted.refused.push_back(fmt::format("{} {}.", app.label.text, why));
-  }
-  return wanted;
+  if (const auto failure = modelFailure(session)) return tell(session, *failure);
+  if (labels.empty()) return finish(session, session.model.filteredApps(), std::nullopt);
+  // Records of before do not count: what the helper did not answer for was not checked.
+  const auto& answered = fields.discovery.answeredLabels;
+  Labels checked;
+  std::ranges::copy_if(labels, std::back_inserter(checked),
+                       [&](const Label& label) { return std::ranges::find(answered, label) != answered.end(); });
+  return finish(session, appsWithLabels(session, checked), labelFailure(session, answered));
 }
 
 ExitCode runUpdate(const Session& session) {
-  if (const auto unknown = unknownLabels(session, session.command.labels))
-    return tellError(*unknown, session.command.json, ExitCode::failed, session.world);
-  const auto wanted = wantedUpdates(session, session.command.labels);
+  if (const auto failure = labelFailure(session, knownLabels(session))) return tell(session, *failure);
+  const auto wanted =
+      wantedUpdates(session.command.labels, session.model.fields().inventory.apps, session.model.facts());
   if (!wanted.refused.empty())
-    return tellError(ctlError(ExitCode::failed, fmt::format("Not updated: {}", fmt::join(wanted.refused, " "))),
-                     session.command.json, ExitCode::failed, session.world);
+    return tell(session, failed(fmt::format("Not updated: {}", fmt::join(wanted.refused, " "))));
   const auto remarks = wanted.upToDate.empty() ? "" : fmt::format("{}\n", fmt::join(wanted.upToDate, "\n"));
   if (wanted.labels.empty()) {
     const auto text = remarks.empty() ? "Nothing to update.\n" : remarks;
     print(session, JsonObject{{"success", true}, {"message", ""}, {"installedCount", 0}, {"apps", JsonArray{}}}, text);
     return ExitCode::done;
   }
-  if (const auto helper = reachHelper(session); !helper)
-    return tellError(helper.error(), session.command.json, ExitCode::helperOutOfReach, session.world);
+  if (const auto unreached = reachHelper(session)) return tell(session, *unreached);
   session.model.refreshHelperState(false);
 
   std::optional<PatchRunAnswer> answer;
@@ -271,9 +269,9 @@ ExitCode runUpdate(const Session& session) {
   json.set("message", message);
   json.set("installedCount", answer ? answer->installedCount : 0);
   if (!success) {
-    const auto error = ctlError(ExitCode::failed, message);
-    json.set("error", *errorJson(error).find("error"));
-    if (!session.command.json) tellError(error, false, ExitCode::failed, session.world);
+    const auto failure = failed(message);
+    json.set("error", *errorJson(failure.error).find("error"));
+    if (!session.command.json) tell(session, failure);
   }
   print(session, json, remarks + (success ? message + "\n\n" : "") + appsText(apps, facts));
   return success ? ExitCode::done : ExitCode::failed;

@@ -101,6 +101,7 @@ void DiscoveryPipeline::succeeded(Pass pass, const Apps& records) {
   c_.log.info(fmt::format("Discovery successful via XPC, found {} apps", records.size()));
   c_.messages.error(std::nullopt);
   const bool latest = pass.request.includeLatestVersions;
+  if (latest) fields_.answeredLabels = labelsOf(records);
   const bool emptyDiscovery = records.empty() && !pass.isScoped();
   takeInventory(pass, records);
   if (!emptyDiscovery) c_.gate.setLoading(false);

@@ -104,6 +104,7 @@ struct InventoryFields {
 struct DiscoveryFields {
   std::int64_t discoveryGeneration = 0;   // an answer counts only when it carries the current value
   bool updateCheckCoversAllApps = false;  // a check over everything runs: counts show "—" while it does
+  Labels answeredLabels;                  // whose latest versions the last check answered for
 };
 
 // How far a run has come, for the status line's wording and the row's own. `done` counts finished labels.

@@ -21,8 +21,8 @@ class CtlSession : public WorkflowTest {
   }
 
   // What the helper answers to its next calls, in order.
-  void answerDiscoveries(std::initializer_list<Apps> answers) {
-    for (const auto& apps : answers) discoveryAnswers_.push_back(apps);
+  void answerDiscoveries(std::initializer_list<Result<Apps>> answers) {
+    for (const auto& answer : answers) discoveryAnswers_.push_back(answer);
   }
 
   ExitCode run(ctl::Command command) {
@@ -45,13 +45,14 @@ class CtlSession : public WorkflowTest {
   }
 
   bool pump(const std::function<bool()>& done, Duration limit) {
-    const auto end = time.steadyNow() + std::min<Duration>(limit, 1h);
+    const bool forEver = limit > 1h;
+    const auto end = time.steadyNow() + (forEver ? Duration(1h) : limit);
     while (time.steadyNow() < end) {
       time.runUntilIdle();
       if (!helper.discoveries.empty() && !discoveryAnswers_.empty()) {
         helper.answerDiscovery(discoveryAnswers_.front());
         discoveryAnswers_.pop_front();
-      } else if (!helper.statuses.empty()) {
+      } else if (!helper.statuses.empty() && helperAnswers) {
         auto asked = std::move(helper.statuses.front());
         helper.statuses.pop_front();
         asked(StatusInfo{});
@@ -62,7 +63,7 @@ class CtlSession : public WorkflowTest {
       if (done()) return true;
       time.advance(100ms);
     }
-    ADD_FAILURE() << "the command waits for ever";
+    EXPECT_FALSE(forEver) << "the command waits for ever";
     return false;
   }
 
@@ -84,7 +85,16 @@ class CtlSession : public WorkflowTest {
     return text == nullptr ? "<none>" : std::string(text->string().value_or("<no text>"));
   }
 
+  [[nodiscard]] std::vector<std::string> printedLabels() const {
+    std::vector<std::string> labels;
+    const auto apps = field("apps");
+    if (apps.array() == nullptr) return {"<no apps>"};
+    for (const auto& app : *apps.array()) labels.emplace_back(*app.find("label")->string());
+    return labels;
+  }
+
   SetLock lock;
+  bool helperAnswers = true;
   std::optional<Result<PatchRunAnswer>> runAnswer;
   bool onTerminal = false;
   std::string out;
@@ -92,7 +102,7 @@ class CtlSession : public WorkflowTest {
   std::vector<std::string> progress;
 
  private:
-  std::deque<Apps> discoveryAnswers_;
+  std::deque<Result<Apps>> discoveryAnswers_;
 };
 
 TEST_F(CtlSession, OnlyVerbsThatWriteClaimTheSessionAndYieldToTheApplication) {
@@ -116,7 +126,7 @@ TEST_F(CtlSession, OnlyVerbsThatWriteClaimTheSessionAndYieldToTheApplication) {
 TEST_F(CtlSession, WhatAnotherWriterLeftBeforeTheClaimIsKept) {
   know({outdated("quill"), outdated("tern")});
   lock.onTake = [&] { know({outdated("quill"), current("tern"), outdated("swift")}); };
-  answerDiscoveries({{current("quill")}});
+  answerDiscoveries({Apps{current("quill")}});
   EXPECT_EQ(runJson(Verb::check, {label("quill")}), ExitCode::done);
   EXPECT_EQ(*preferences.readDiscoveredApps(), (Apps{current("quill"), current("tern"), outdated("swift")}));
 }
@@ -153,6 +163,58 @@ TEST_F(CtlSession, AHelperOutOfReachFailsCheckAndUpdateWithFour) {
   EXPECT_EQ(helper.runsAsked, 0);
 }
 
+TEST_F(CtlSession, AStoppedHelperIsOutOfReachAfterItsLimit) {
+  know({outdated("quill")});
+  helperAnswers = false;
+  const auto begin = time.steadyNow();
+  EXPECT_EQ(runJson(Verb::check), ExitCode::helperOutOfReach);
+  EXPECT_EQ(errorText(), "The root helper runs but did not answer within 10 seconds.");
+  EXPECT_LT(time.steadyNow() - begin, 11s);
+  EXPECT_EQ(runJson(Verb::update), ExitCode::helperOutOfReach);
+  EXPECT_EQ(helper.discoveriesAsked + helper.runsAsked, 0);
+  // An answer that comes after all finds nobody who waits.
+  for (auto& asked : helper.statuses) asked(StatusInfo{});
+  helper.statuses.clear();
+
+  // What is installed is scanned directly; the check that follows a scan is not waited for.
+  writeLabel("tern");
+  writeBundle("tern", "1.0");
+  EXPECT_EQ(runJson(Verb::discover), ExitCode::helperOutOfReach);
+  EXPECT_EQ(errorText(), "The root helper runs but did not answer within 10 seconds.");
+  EXPECT_EQ(printedLabels(), std::vector<std::string>{"tern"});
+  EXPECT_TRUE(field("message").isNull());
+}
+
+TEST_F(CtlSession, ADiscoveryThatCannotCheckIsNoSuccess) {
+  writeLabel("tern");
+  writeBundle("tern", "1.0");
+  registration.current = HelperStatus::requiresApproval;
+  const std::string unreached = "Root helper requires approval in System Settings › Login Items.";
+  for (const bool json : {true, false}) {
+    answerDiscoveries({failure("CRVHelperChannel", 1, "no helper")});
+    EXPECT_EQ(run({.verb = Verb::discover, .json = json}), ExitCode::helperOutOfReach);
+    if (json) {
+      EXPECT_EQ(errorText(), unreached);
+      EXPECT_EQ(printedLabels(), std::vector<std::string>{"tern"});
+    }
+    EXPECT_EQ(err, json ? "" : "corvanectl: " + unreached + "\n");
+    EXPECT_EQ(out.find("Checking for updates"), std::string::npos) << out;
+  }
+
+  setHelperAlive(true);
+  setScript(false);
+  answerDiscoveries({Apps{unchecked("quill")}});
+  EXPECT_EQ(runJson(Verb::discover), ExitCode::failed);
+  EXPECT_EQ(errorText(), "Installomator not found — update detection and patching will not work.");
+  EXPECT_EQ(printedLabels(), std::vector<std::string>{"quill"});
+  EXPECT_TRUE(field("message").isNull());
+
+  setScript(true);
+  answerDiscoveries({Apps{unchecked("quill")}, Apps{current("quill")}});
+  EXPECT_EQ(runJson(Verb::discover), ExitCode::done);
+  EXPECT_EQ(field("message"), JsonValue("Check for Updates complete: 0 updates available, 1 up to date."));
+}
+
 TEST_F(CtlSession, LabelsThatNobodyKnowsFailAndACheckLetsTheHelperJudge) {
   know({outdated("quill")});
   const std::string text =
@@ -162,15 +224,50 @@ TEST_F(CtlSession, LabelsThatNobodyKnowsFailAndACheckLetsTheHelperJudge) {
   EXPECT_EQ(errorText(), text);
   EXPECT_EQ(helper.discoveriesAsked + helper.runsAsked, 0);
 
-  answerDiscoveries({{outdated("quill")}});
+  answerDiscoveries({Apps{outdated("quill")}});
   EXPECT_EQ(runJson(Verb::check, {label("quill"), label("nosuch"), label("other")}), ExitCode::failed);
   EXPECT_EQ(errorText(), text);
-  answerDiscoveries({{outdated("fresh")}});
+  EXPECT_EQ(printedLabels(), std::vector<std::string>{"quill"});
+  answerDiscoveries({Apps{outdated("fresh")}});
   EXPECT_EQ(runJson(Verb::check, {label("fresh")}), ExitCode::done);
 }
 
+TEST_F(CtlSession, AnOldAnswerIsNotPassedOffAsAFreshOne) {
+  know({outdated("quill"), outdated("tern")});
+  answerDiscoveries({Apps{current("tern")}});
+  EXPECT_EQ(runJson(Verb::check, {label("quill"), label("tern")}), ExitCode::failed);
+  EXPECT_EQ(errorText(),
+            "No answer for quill: the label or its application is gone, and what is listed is from before.");
+  EXPECT_EQ(printedLabels(), std::vector<std::string>{"tern"});
+}
+
+TEST_F(CtlSession, LabelsThatTheSettingsIgnoreAreToldAsSuch) {
+  domains.setUser({{"IgnoredLabels", PlistArray{"swift*"}}});
+  know({outdated("quill"), outdated("swiftnotes")});
+  const std::string text = "Ignored by the current settings: swiftnotes.";
+  EXPECT_EQ(runJson(Verb::update, {label("swiftnotes")}), ExitCode::failed);
+  EXPECT_EQ(errorText(), text);
+  for (const auto& answer : {Apps{outdated("swiftnotes")}, Apps{}}) {
+    answerDiscoveries({answer});
+    EXPECT_EQ(runJson(Verb::check, {label("swiftnotes")}), ExitCode::failed);
+    EXPECT_EQ(errorText(), text);
+  }
+}
+
+TEST_F(CtlSession, TheFirstCheckOfAllIsAFullOne) {
+  answerDiscoveries({Apps{current("quill"), outdated("tern")}});
+  EXPECT_EQ(runJson(Verb::check, {label("nosuch"), label("tern")}), ExitCode::failed);
+  EXPECT_EQ(printedLabels(), std::vector<std::string>{"tern"});
+  EXPECT_EQ(helper.discoveriesAsked, 1);
+  EXPECT_EQ(preferences.readDiscoveredApps()->size(), 2U);
+  EXPECT_EQ(run({.verb = Verb::status}), ExitCode::done);
+  EXPECT_TRUE(out.starts_with("1 update available")) << out;
+}
+
 TEST_F(CtlSession, NothingToDoIsDone) {
-  know({current("quill"), unchecked("tern")});
+  auto foreign = unchecked("foreign");
+  foreign.teamIDMismatch = true;
+  know({current("quill"), foreign});
   EXPECT_EQ(runJson(Verb::update), ExitCode::done);
   EXPECT_EQ(field("success"), JsonValue(true));
   EXPECT_EQ(field("installedCount"), JsonValue(0));
@@ -180,6 +277,27 @@ TEST_F(CtlSession, NothingToDoIsDone) {
   EXPECT_EQ(out, "No patch runs recorded.\n");
   EXPECT_EQ(run({.verb = Verb::list, .filter = FilterMode::alerts}), ExitCode::done);
   EXPECT_EQ(out, "No application in this filter.\n");
+}
+
+TEST_F(CtlSession, AnEmptyInventoryPointsToDiscoverInEveryFilter) {
+  for (const auto filter : {FilterMode::all, FilterMode::alerts}) {
+    EXPECT_EQ(run({.verb = Verb::list, .filter = filter}), ExitCode::done);
+    EXPECT_EQ(out, "No applications. `corvanectl discover` looks for them.\n");
+  }
+}
+
+TEST_F(CtlSession, ApplicationsThatWereNeverCheckedAreNotTakenForUpToDate) {
+  know({current("quill"), unchecked("tern")});
+  EXPECT_EQ(runJson(Verb::update), ExitCode::failed);
+  EXPECT_EQ(errorText(), "Not updated: 1 application was not checked yet; `corvanectl check` does.");
+  know({current("quill"), unchecked("tern"), unchecked("swift")});
+  EXPECT_EQ(runJson(Verb::update), ExitCode::failed);
+  EXPECT_EQ(errorText(), "Not updated: 2 applications were not checked yet; `corvanectl check` does.");
+  // What is pending is updated all the same.
+  know({outdated("quill"), unchecked("tern")});
+  runAnswer = PatchRunAnswer{.success = true, .message = "Updated 1 of 1.", .installedCount = 1};
+  answerDiscoveries({Apps{current("quill")}});
+  EXPECT_EQ(runJson(Verb::update), ExitCode::done);
 }
 
 TEST_F(CtlSession, ANamedApplicationThatCannotBeUpdatedIsAFailureThatSaysWhy) {
@@ -208,7 +326,7 @@ TEST_F(CtlSession, ANamedApplicationThatCannotBeUpdatedIsAFailureThatSaysWhy) {
 TEST_F(CtlSession, ARunThatFailsEndsWithOneAndPrintsWhatBecameOfIt) {
   know({outdated("quill"), outdated("tern")});
   runAnswer = PatchRunAnswer{.success = false, .message = "Updated 1 of 2. Failed: tern.", .installedCount = 1};
-  answerDiscoveries({{current("quill"), outdated("tern")}});
+  answerDiscoveries({Apps{current("quill"), outdated("tern")}});
   EXPECT_EQ(runJson(Verb::update), ExitCode::failed);
   EXPECT_EQ(field("success"), JsonValue(false));
   EXPECT_EQ(field("message"), JsonValue("Updated 1 of 2. Failed: tern."));
@@ -221,7 +339,7 @@ TEST_F(CtlSession, ARunThatFailsEndsWithOneAndPrintsWhatBecameOfIt) {
 TEST_F(CtlSession, AHelperThatDiesInARunIsToldAsTheModelWordsIt) {
   know({outdated("quill")});
   runAnswer = failure("CRVHelperChannel", 2, "the helper hung up");
-  answerDiscoveries({{outdated("quill")}});
+  answerDiscoveries({Apps{outdated("quill")}});
   EXPECT_EQ(run({.verb = Verb::update, .labels = {label("quill")}}), ExitCode::failed);
   EXPECT_EQ(err, "corvanectl: Failed to start patching: the helper hung up\n");
   EXPECT_TRUE(out.starts_with("LABEL")) << out;
@@ -230,7 +348,7 @@ TEST_F(CtlSession, AHelperThatDiesInARunIsToldAsTheModelWordsIt) {
 TEST_F(CtlSession, ASuccessfulRunAsksForTheLabelsNamedOnly) {
   know({outdated("quill"), outdated("tern")});
   runAnswer = PatchRunAnswer{.success = true, .message = "Updated 1 of 1.", .installedCount = 1};
-  answerDiscoveries({{current("quill")}});
+  answerDiscoveries({Apps{current("quill")}});
   EXPECT_EQ(runJson(Verb::update, {label("quill")}), ExitCode::done);
   EXPECT_EQ(field("success"), JsonValue(true));
   EXPECT_EQ(field("apps").array()->size(), 1U);
@@ -241,7 +359,7 @@ TEST_F(CtlSession, ProgressGoesToATerminalAndChangesNothingThatIsPrinted) {
   std::string piped;
   for (const bool terminal : {false, true}) {
     onTerminal = terminal;
-    answerDiscoveries({{outdated("quill")}});
+    answerDiscoveries({Apps{outdated("quill")}});
     ASSERT_EQ(runJson(Verb::check, {label("quill")}), ExitCode::done) << out;
     if (terminal)
       EXPECT_EQ(out, piped);

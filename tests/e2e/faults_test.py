@@ -1,6 +1,9 @@
 """What breaks is told, loses nothing, and leaves a state that the next command works with."""
 
+import os
 import shutil
+import signal
+import time
 
 import sample_mac
 
@@ -39,9 +42,14 @@ class Faults(sample_mac.SampleMacTest):
             shutil.copy2(sample_mac.BUNDLE / "Contents" / file, bundle / "Contents" / file)
         alone = {"bundle": bundle}
         # Without a helper the applications are scanned directly, and the person is told why nothing more is known.
-        discovered = self.ctl("discover", "--json", **alone)
-        self.assertIn("plist not in app bundle", discovered.err)
+        discovered = self.ctl("discover", "--json", expect=4, **alone)
         self.assertEqual(self.states(discovered)["quill"], "unchecked")
+        self.assertIn("plist not in app bundle", discovered.json["error"]["text"])
+        told = self.ctl("discover", expect=4, **alone)
+        self.assertIn("plist not in app bundle", told.err)
+        self.assertTrue(told.out.startswith("LABEL"), told)
+        self.assertIn("applications were not checked yet; `corvanectl check` does.",
+                      self.ctl("update", expect=1, **alone).err)
         error = self.ctl("check", "--json", expect=4, **alone).json["error"]
         self.assertEqual(error["domain"], "CRVHelperStart")
         self.assertIn("plist not in app bundle", error["text"])
@@ -50,6 +58,28 @@ class Faults(sample_mac.SampleMacTest):
         self.kill_helper()
         self.ctl("update", "quill", expect=4, **alone)
         self.assertEqual(self.installed("Quill"), "2.3.1")
+
+    def test_a_helper_that_does_not_answer(self):
+        self.ctl("discover")
+        os.kill(self.helper_pid(), signal.SIGSTOP)
+        began = time.monotonic()
+        error = self.ctl("check", "quill", "--json", expect=4).json["error"]
+        self.assertEqual(error["text"], "The root helper runs but did not answer within 10 seconds.")
+        self.assertLess(time.monotonic() - began, 15)
+        os.kill(self.helper_pid(), signal.SIGCONT)
+        self.ctl("check", "quill")
+
+    def test_a_label_that_is_gone_and_one_that_never_was(self):
+        # The first check of all, with a label mistyped, leaves no Mac of which all is said to be up to date.
+        self.assertIn("No application is known under qill.", self.ctl("check", "qill", expect=1).err)
+        self.assertEqual(self.states(self.ctl("list", "--json"))["quill"], "needsUpdate")
+        self.assertIn("updates available", self.ctl("status").out)
+        (self.support / "fragments/labels/quill.sh").unlink()
+        gone = self.ctl("check", "quill", "hazelstopwatch", "--json", expect=1)
+        self.assertTrue(gone.json["error"]["text"].startswith("No answer for quill: "), gone)
+        self.assertEqual(list(self.states(gone)), ["hazelstopwatch"])
+        self.change_user({"IgnoredLabels": ["ostrava*"]})
+        self.assertIn("Ignored by the current settings: ostravamaps.", self.ctl("check", "ostravamaps", expect=1).err)
 
     def test_damaged_preferences_are_set_aside(self):
         damaged = b"bplist00\xff\xff\xff torn"
@@ -111,6 +141,11 @@ class Faults(sample_mac.SampleMacTest):
                                              "and patching will not work.")
         self.assertEqual(self.receipts(), [])
         self.assertIn("not found", self.ctl("status").out)
+        discovered = self.ctl("discover", "--json", expect=1)
+        self.assertEqual(discovered.json["error"]["text"],
+                         "Installomator not found — update detection and patching will not work.")
+        self.assertIn("quill", self.states(discovered))
+        self.assertNotIn("message", discovered.json)
 
     def test_no_catalogue(self):
         shutil.rmtree(self.support / "fragments/labels")
