@@ -65,6 +65,24 @@ class FullDisk(sample_mac.SampleMacTest):
                          (1, "corvanectl: the output could not be written: No space left on device\n"))
 
 
+class ClosedDescriptors(sample_mac.SampleMacTest):
+    def test_programs_started_without_a_standard_descriptor(self):
+        self.ctl("discover")
+        contents = sample_mac.BUNDLE / "Contents"
+        for closed in ("<&-", ">&-", "2>&-", "<&- >&- 2>&-"):
+            for program, code in (("MacOS/corvanectl status", 0), ("MacOS/corvanectl check quill", 0),
+                                  ("MacOS/corvanectl lst", 2), ("MacOS/Corvane", 1),
+                                  ("Helpers/CorvaneRootHelper --nonsense", 2)):
+                ended = subprocess.run(["sh", "-c", f"exec '{contents}'/{program} {closed}"], stdin=subprocess.DEVNULL,
+                                       capture_output=True, text=True, env=self.environment(), check=False)
+                self.assertEqual(ended.returncode, code, f"{program} {closed}: {ended}")
+        # The helper itself is started without any of them.
+        self.kill_helper()
+        subprocess.run(["sh", "-c", f"exec '{contents}'/MacOS/corvanectl check quill <&- >&- 2>&-"],
+                       env=self.environment(), check=True)
+        self.assertEqual(self.states(self.ctl("list", "--json"))["quill"], "needsUpdate")
+
+
 class Shell(sample_mac.SampleMacTest):
     @unittest.skipUnless(may_mount(), "only root can hide the shell")
     def test_no_zsh(self):

@@ -16,6 +16,7 @@
 #include "app/windows_module.h"
 #include "core/policies/gui_instance_policy.h"
 #include "core/preferences/display_title.h"
+#include "platform/posix/standard_descriptors.h"
 #include "programs/user/user_machine.h"
 
 extern char** environ;  // NOLINT(readability-redundant-declaration)
@@ -116,6 +117,7 @@ int launch(UserMachine& machine) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  fillStandardDescriptors();
   const std::vector<std::string_view> list(argv + 1, argv + argc);
   const auto arguments = LaunchArguments::parse(list);
   const auto places = placesFromEnvironment();

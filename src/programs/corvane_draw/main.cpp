@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "app/windows_module.h"
+#include "platform/posix/standard_descriptors.h"
 #include "programs/user/user_machine.h"
 
 namespace {
@@ -42,6 +43,7 @@ int draw(const std::filesystem::path& bundle, const std::string& file) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  fillStandardDescriptors();
   if (argc != 3) {
     fmt::print(stderr, "usage: corvane_draw BUNDLE FILE.png\n");
     return 2;

@@ -33,6 +33,7 @@
 #include "helper/version_checker.h"
 #include "platform/posix/folder_ownership.h"
 #include "platform/posix/posix_files.h"
+#include "platform/posix/standard_descriptors.h"
 #include "platform/posix/system_clock.h"
 #include "platform/posix/system_entropy.h"
 #include "platform/uv/uv_child_processes.h"
@@ -272,4 +273,7 @@ int serve(int count, char** arguments) {
 }  // namespace
 }  // namespace corvane
 
-int main(int count, char** arguments) { return corvane::serve(count, arguments); }
+int main(int count, char** arguments) {
+  corvane::fillStandardDescriptors();
+  return corvane::serve(count, arguments);
+}

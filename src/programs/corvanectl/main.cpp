@@ -10,6 +10,7 @@
 #include "app/version.h"
 #include "ctl/report.h"
 #include "ctl/session.h"
+#include "platform/posix/standard_descriptors.h"
 #include "programs/user/user_machine.h"
 
 namespace {
@@ -74,6 +75,7 @@ int answer(const std::vector<std::string_view>& arguments) {
 
 // Whoever reads the output must not take half of it for the whole.
 int main(int argc, char** argv) {
+  fillStandardDescriptors();
   const int code = answer({argv + 1, argv + argc});
   const bool written = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
   if (written || errno == EPIPE) return code;
