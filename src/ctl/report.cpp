@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "core/policies/installomator_exit_code.h"
+#include "ctl/text_width.h"
 #include "workflow/app_predicates.h"
 
 namespace corvane::ctl {
@@ -59,8 +60,27 @@ std::string_view typeName(SettingType type) {
   return "data";
 }
 
-std::size_t characters(std::string_view text) {
-  return static_cast<std::size_t>(std::ranges::count_if(text, [](char c) { return (c & 0xC0) != 0x80; }));
+std::vector<std::size_t> columnWidths(const std::vector<std::vector<std::string>>& rows) {
+  std::vector<std::size_t> widths;
+  for (const auto& row : rows) {
+    widths.resize(std::max(widths.size(), row.size()));
+    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], displayWidth(row[i]));
+  }
+  return widths;
+}
+
+// A name gives way to the terminal's width, but stays one to know an application by.
+constexpr std::size_t kLeastName = 12;
+constexpr std::size_t kBetweenColumns = 2;
+
+// `rows` with the cells of `column` cut so that each line fits, where that is possible.
+void fitColumn(std::vector<std::vector<std::string>>& rows, std::size_t column, std::size_t columns) {
+  const auto widths = columnWidths(rows);
+  std::size_t others = 0;
+  for (std::size_t i = 0; i < widths.size(); ++i)
+    others += (i == column ? 0 : widths[i]) + (i + 1 < widths.size() ? kBetweenColumns : 0);
+  const auto room = std::max(columns > others ? columns - others : 0, kLeastName);
+  for (auto& row : rows) row[column] = elided(row[column], room);
 }
 
 // Every key, each with its value as it may be shown.
@@ -150,13 +170,14 @@ JsonValue appsJson(const Apps& apps, const AppFacts& facts) {
   return JsonObject{{"apps", std::move(list)}};
 }
 
-std::string appsText(const Apps& apps, const AppFacts& facts) {
+std::string appsText(const Apps& apps, const AppFacts& facts, std::optional<std::size_t> columns) {
   if (apps.empty()) return "No applications. `corvanectl discover` looks for them.\n";
   std::vector<std::vector<std::string>> rows{{"LABEL", "NAME", "INSTALLED", "LATEST", "STATE"}};
   for (const auto& app : apps) {
     rows.push_back({app.label.text, app.displayName(), app.displayCurrentVersion().value_or("-"),
                     app.displayNewVersion().value_or("-"), std::string(stateWord(app, facts))});
   }
+  if (columns) fitColumn(rows, 1, *columns);
   return table(rows);
 }
 
@@ -204,19 +225,14 @@ JsonValue errorJson(const Error& error) {
 }
 
 std::string table(const std::vector<std::vector<std::string>>& rows) {
-  std::vector<std::size_t> widths;
-  for (const auto& row : rows) {
-    widths.resize(std::max(widths.size(), row.size()));
-    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], characters(row[i]));
-  }
+  const auto widths = columnWidths(rows);
   std::string text;
   for (const auto& row : rows) {
-    std::string line;
     for (std::size_t i = 0; i < row.size(); ++i) {
-      line += row[i];
-      if (i + 1 < row.size()) line.append(widths[i] - characters(row[i]) + 2, ' ');
+      text += row[i];
+      if (i + 1 < row.size()) text.append(widths[i] - displayWidth(row[i]) + kBetweenColumns, ' ');
     }
-    text += line + "\n";
+    text += "\n";
   }
   return text;
 }

@@ -1,6 +1,8 @@
 // What corvanectl prints, as text for people and as JSON for machines. Pure functions of values.
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,7 +33,9 @@ struct StatusReport {
 
 // {"apps":[…]}: the record's own fields, and displayName and state.
 [[nodiscard]] JsonValue appsJson(const Apps& apps, const AppFacts& facts);
-[[nodiscard]] std::string appsText(const Apps& apps, const AppFacts& facts);
+// Names are cut so that a line takes at most `columns` cells, where the other columns leave them room.
+[[nodiscard]] std::string appsText(const Apps& apps, const AppFacts& facts,
+                                   std::optional<std::size_t> columns = std::nullopt);
 
 // {"receipts":[…]}
 [[nodiscard]] JsonValue receiptsJson(const Receipts& receipts);
@@ -44,7 +48,7 @@ struct StatusReport {
 // {"error":{"domain","code","text"}}
 [[nodiscard]] JsonValue errorJson(const Error& error);
 
-// Columns under their heads, two blanks apart; widths count characters, not bytes.
+// Columns under their heads, two blanks apart; widths are those on a terminal.
 [[nodiscard]] std::string table(const std::vector<std::vector<std::string>>& rows);
 
 }  // namespace corvane::ctl

@@ -123,7 +123,7 @@ ExitCode finish(const Session& session, const Apps& apps, const std::optional<Fa
     json.set("message", *message);
     text = *message + "\n\n";
   }
-  print(session, json, text + (apps.empty() ? "" : appsText(apps, facts)));
+  print(session, json, text + (apps.empty() ? "" : appsText(apps, facts, session.world.columns)));
   return failure ? failure->code : ExitCode::done;
 }
 
@@ -175,7 +175,7 @@ ExitCode runList(const Session& session) {
   else if (apps.empty() && !session.model.fields().inventory.apps.empty())
     session.world.out("No application in this filter.\n");
   else
-    session.world.out(appsText(apps, facts));
+    session.world.out(appsText(apps, facts, session.world.columns));
   return ExitCode::done;
 }
 
@@ -273,7 +273,7 @@ ExitCode runUpdate(const Session& session) {
     json.set("error", *errorJson(failure.error).find("error"));
     if (!session.command.json) tell(session, failure);
   }
-  print(session, json, remarks + (success ? message + "\n\n" : "") + appsText(apps, facts));
+  print(session, json, remarks + (success ? message + "\n\n" : "") + appsText(apps, facts, session.world.columns));
   return success ? ExitCode::done : ExitCode::failed;
 }
 

@@ -1,7 +1,9 @@
 // A command carried out over the model: asks, waits, and says what came of it.
 #pragma once
 
+#include <cstddef>
 #include <functional>
+#include <optional>
 #include <string_view>
 
 #include "app/helper_start.h"
@@ -18,6 +20,7 @@ struct World {
   HelperStart& helperStart;
   SessionLock& stateLock;
   std::function<bool(const std::function<bool()>& done, Duration limit)> pump;
+  std::optional<std::size_t> columns;              // of the terminal that standard output is
   std::function<void(std::string_view)> out;       // standard output
   std::function<void(std::string_view)> err;       // standard error
   std::function<void(std::string_view)> progress;  // one line that replaces itself; empty where none is shown

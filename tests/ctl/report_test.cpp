@@ -1,5 +1,6 @@
 // What is printed, from values alone.
 #include "ctl/report.h"
+#include "ctl/text_width.h"
 
 #include <gtest/gtest.h>
 
@@ -17,9 +18,30 @@ TEST(Table, ColumnsStandUnderTheirHeadsWhateverTheScript) {
   EXPECT_EQ(table({{"LABEL", "NAME", "STATE"}, {"radio", "Übersee Radio", "ok"}, {"aoitori", "青い鳥ノート", "ok"}}),
             "LABEL    NAME           STATE\n"
             "radio    Übersee Radio  ok\n"
-            "aoitori  青い鳥ノート         ok\n");
+            "aoitori  青い鳥ノート   ok\n");
   EXPECT_EQ(table({}), "");
   EXPECT_EQ(table({{"A", "B"}, {"long", ""}}), "A     B\nlong  \n");
+}
+
+TEST(TextWidth, CountsTheCellsOfATerminal) {
+  const struct {
+    const char* text;
+    std::size_t width;
+  } rows[] = {{"", 0},   {"Quill", 5}, {"Übersee", 7},  {"U\u0308bersee", 7}, {"青い鳥ノート", 12}, {"ﾉｰﾄ", 3},
+              {"Ａ", 2}, {"📦 Box", 6}, {"a\u200db", 2}, {"한글", 4},          {"torn \xe9\x9d", 6}, {"\xff\xfe", 2}};
+  for (const auto& row : rows) EXPECT_EQ(ctl::displayWidth(row.text), row.width) << row.text;
+}
+
+TEST(TextWidth, CutsBetweenCharactersAndNeverPastTheWidth) {
+  using ctl::elided;
+  EXPECT_EQ(elided("Quill", 5), "Quill");
+  EXPECT_EQ(elided("Quill", 4), "Qui…");
+  EXPECT_EQ(elided("青い鳥", 6), "青い鳥");
+  EXPECT_EQ(elided("青い鳥", 5), "青い…");
+  EXPECT_EQ(elided("青い鳥", 4), "青…");
+  EXPECT_EQ(elided("U\u0308bersee", 2), "U\u0308…");
+  EXPECT_EQ(elided("Quill", 1), "…");
+  EXPECT_EQ(elided("Quill", 0), "");
 }
 
 class Report : public WorkflowTest {
@@ -64,6 +86,15 @@ TEST_F(Report, ApplicationsCarryTheirRecordTheirNameAndTheirState) {
             "LABEL  NAME      INSTALLED  LATEST  STATE\n"
             "quill  Quill     1.0        2.0     needsUpdate\n"
             "tern   The tern  1.0        -       unchecked\n");
+  quill.appName = "Quill, the Only Editor With a Name of This Length.app";
+  EXPECT_EQ(appsText({quill, unchecked("tern")}, known, 58),
+            "LABEL  NAME                 INSTALLED  LATEST  STATE\n"
+            "quill  Quill, the Only Ed…  1.0        2.0     needsUpdate\n"
+            "tern   The tern             1.0        -       unchecked\n");
+  EXPECT_EQ(appsText({quill}, known, 20),
+            "LABEL  NAME          INSTALLED  LATEST  STATE\n"
+            "quill  Quill, the …  1.0        2.0     needsUpdate\n");
+  EXPECT_EQ(appsText({quill}, known, 200), appsText({quill}, known));
   EXPECT_EQ(appsText({}, known), "No applications. `corvanectl discover` looks for them.\n");
 }
 

@@ -103,6 +103,22 @@ class MainJob(sample_mac.SampleMacTest):
         self.assertEqual(shown(), piped)
         self.assertEqual(process.returncode, 0)
 
+    def test_a_narrow_terminal(self):
+        self.ctl("discover")
+        # As wide as the other columns allow, with names cut short.
+        piped = self.ctl("list").out.splitlines()
+        narrow = max(map(len, piped)) - 2
+        process, shown = self.ctl_on_terminal("list", columns=narrow)
+        lines = shown().splitlines()
+        self.assertEqual(process.returncode, 0)
+        self.assertEqual(max(map(len, lines)), narrow, lines)
+        self.assertTrue(any("…" in line for line in lines), lines)
+        # The line that replaces itself must not wrap.
+        _, shown = self.ctl_on_terminal("check", "quill", columns=30)
+        progress = [part.split("\n")[0] for part in shown().split("\r\x1b[K")]
+        self.assertIn("Checking for updates for 1 a…", progress)
+        self.assertLess(max(len(part) for part in progress[:-1]), 30, progress)
+
     def tree(self):
         return {(str(path), path.lstat().st_mtime_ns)
                 for folder in ("Users", "Library") for path in (self.root / folder).rglob("*")}

@@ -1,5 +1,6 @@
 """A sample Mac of a test's own: real programs, real vendors' server, real helper; all of it ends with the test."""
 
+import fcntl
 import json
 import os
 import plistlib
@@ -8,7 +9,9 @@ import shutil
 import signal
 import socket
 import subprocess
+import struct
 import tempfile
+import termios
 import threading
 import time
 import unittest
@@ -125,9 +128,10 @@ class SampleMacTest(unittest.TestCase):
         self.assertEqual(outcome.code, expect, f"{arguments}: {outcome}\n{self.log()}")
         return outcome
 
-    def ctl_on_terminal(self, *arguments):
+    def ctl_on_terminal(self, *arguments, columns=0):
         """The process, and a call that waits for its end and gives what the terminal showed."""
         ours, theirs = pty.openpty()
+        fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
         process = subprocess.Popen([BUNDLE / "Contents/MacOS/corvanectl", *arguments], stdin=theirs, stdout=theirs,
                                    stderr=theirs, env=self.environment())
         self.addCleanup(self.end, process)

@@ -1,8 +1,10 @@
 // The administrator's command line: the model and the helper client without windows.
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
+#include <optional>
 #include <string_view>
 #include <system_error>
 #include <vector>
@@ -10,6 +12,7 @@
 #include "app/version.h"
 #include "ctl/report.h"
 #include "ctl/session.h"
+#include "ctl/text_width.h"
 #include "platform/posix/standard_descriptors.h"
 #include "programs/user/user_machine.h"
 
@@ -28,10 +31,18 @@ int fail(const Error& error, bool json, ExitCode code) {
   return static_cast<int>(code);
 }
 
-// One line on a terminal that replaces itself; an empty text takes it away.
+// Absent where it is no terminal, or one that does not know its size.
+std::optional<std::size_t> columnsOf(int descriptor) {
+  winsize size{};
+  if (isatty(descriptor) == 0 || ioctl(descriptor, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return std::nullopt;
+  return size.ws_col;
+}
+
+// One line on a terminal that replaces itself; an empty text takes it away. What wraps could not be taken away.
 void showProgress(std::string_view text) {
   write(stderr, "\r\033[K");
-  write(stderr, text);
+  const auto columns = columnsOf(STDERR_FILENO);
+  write(stderr, columns ? ctl::elided(text, *columns - 1) : std::string(text));
   std::fflush(stderr);
 }
 
@@ -49,6 +60,7 @@ int run(const ctl::Command& command) {
       .helperStart = helperStart,
       .stateLock = machine.stateLock,
       .pump = [&](const std::function<bool()>& done, Duration limit) { return machine.loop.pump(done, limit); },
+      .columns = columnsOf(STDOUT_FILENO),
       .out = [](std::string_view text) { write(stdout, text); },
       .err = [](std::string_view text) { write(stderr, text); },
       .progress = isatty(STDERR_FILENO) != 0 ? std::function<void(std::string_view)>(showProgress) : nullptr};
