@@ -51,15 +51,17 @@ std::vector<DeferralEventRecord> DeferralEventManager::readEvents(const Label& l
     file_.tellUnusable(kForeign);
     return events;
   }
+  DamagedLines damaged;
   const auto text = file_.newestLines();
   forEachLine(text, [&](std::string_view line, std::size_t number) {
     const auto json = parseJson(line);
     auto event = json ? deferralEventFromJson(*json) : std::unexpected(json.error());
     if (!event)
-      file_.tellDamaged(number, event.error().text);
+      damaged.add(number, event.error().text);
     else if (event->label == label)
       events.push_back(std::move(*event));
   });
+  file_.tellDamaged(damaged);
   std::ranges::reverse(events);
   std::ranges::stable_sort(events, std::greater{}, &DeferralEventRecord::timestamp);
   return events;

@@ -3,12 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace corvane {
 namespace {
-
-// Past so many damaged lines a file is damaged as a whole, and one more line in the log says so.
-constexpr std::size_t kMostToldLines = 100;
 
 // Without what is left of a line whose beginning is missing.
 void dropFirstLine(std::string& text) { text.erase(0, std::min(text.find('\n'), text.size() - 1) + 1); }
@@ -57,20 +55,18 @@ std::string JsonLinesFile::newestLines() const {
   return std::move(*text);
 }
 
-bool JsonLinesFile::isNews(std::size_t line) const {
-  const std::lock_guard lock(mutex_);
-  return toldLines_.size() <= kMostToldLines && toldLines_.insert(line).second;
-}
-
 void JsonLinesFile::tellUnusable(std::string_view reason) const {
-  if (isNews(kWholeFile)) log_.warning(fmt::format("Could not read {}: {}", path_.string(), reason));
+  const std::lock_guard lock(mutex_);
+  if (std::exchange(toldUnusable_, true)) return;
+  log_.warning(fmt::format("Could not read {}: {}", path_.string(), reason));
 }
 
-void JsonLinesFile::tellDamaged(std::size_t line, std::string_view reason) const {
-  if (!isNews(line)) return;
+void JsonLinesFile::tellDamaged(const DamagedLines& damaged) const {
   const std::lock_guard lock(mutex_);
-  if (toldLines_.size() > kMostToldLines) reason = "and further damaged lines are not told";
-  log_.warning(fmt::format("Left out line {} of {}: {}", line, path_.string(), reason));
+  if (damaged.count <= toldDamaged_) return;
+  toldDamaged_ = damaged.count;
+  log_.warning(fmt::format("Left out {} damaged line(s) of {}, the first of them line {}: {}", damaged.count,
+                           path_.string(), damaged.first, damaged.reason));
 }
 
 }  // namespace corvane

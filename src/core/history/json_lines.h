@@ -3,7 +3,6 @@
 
 #include <filesystem>
 #include <mutex>
-#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -26,6 +25,20 @@ void forEachLine(std::string_view text, Each each) {
   }
 }
 
+// The lines of one reading that were left out.
+struct DamagedLines {
+  std::size_t count = 0;
+  std::size_t first = 0;  // the lowest number, and what is wrong with that line
+  std::string reason;
+
+  // In any order.
+  void add(std::size_t line, std::string_view why) {
+    if (++count > 1 && line > first) return;
+    first = line;
+    reason = why;
+  }
+};
+
 // A file above this size is cut down before the next line: to so many of its newest lines, years of a busy Mac, and to
 // at most half the size, should lines be long.
 inline constexpr std::size_t kLineFileLimit = 16U << 20U;
@@ -37,7 +50,7 @@ inline constexpr std::size_t kReadLinesLimit = 4 * kLineFileLimit;
 // One such file. Any thread; among all processes one may append, all may read.
 class JsonLinesFile {
  public:
-  // `log` is told what is left out, each line of the file once a process.
+  // `log` is told what is left out.
   JsonLinesFile(std::filesystem::path path, mode_t mode, Files& files, Logger log)
       : path_(std::move(path)), mode_(mode), files_(files), log_(std::move(log)) {}
 
@@ -51,19 +64,19 @@ class JsonLinesFile {
   // The newest whole lines, all of them up to kReadLinesLimit; none where there is no file or it cannot be read.
   [[nodiscard]] std::string newestLines() const;
 
+  // Once a process.
   void tellUnusable(std::string_view reason) const;
-  void tellDamaged(std::size_t line, std::string_view reason) const;
+  // One line for all of them, and another only when a later reading finds more.
+  void tellDamaged(const DamagedLines& damaged) const;
 
  private:
-  static constexpr std::size_t kWholeFile = 0;
-  [[nodiscard]] bool isNews(std::size_t line) const;
-
   std::filesystem::path path_;
   mode_t mode_;
   Files& files_;
   Logger log_;
   mutable std::mutex mutex_;
-  mutable std::set<std::size_t> toldLines_;
+  mutable bool toldUnusable_ = false;
+  mutable std::size_t toldDamaged_ = 0;
   bool endsWhole_ = false;  // the file ends with a line break
 };
 

@@ -25,8 +25,10 @@ Status ReceiptManager::append(const PatchingReceipt& receipt) {
 }
 
 Receipts ReceiptManager::read(const Label* only) const {
+  DamagedLines damaged;
   auto receipts = parseReceipts(file_.newestLines(), only,
-                                [this](std::size_t line, std::string_view reason) { file_.tellDamaged(line, reason); });
+                                [&](std::size_t line, std::string_view reason) { damaged.add(line, reason); });
+  file_.tellDamaged(damaged);
   if (!std::ranges::is_sorted(receipts, std::greater{}, &PatchingReceipt::timestamp))
     std::ranges::stable_sort(receipts, std::greater{}, &PatchingReceipt::timestamp);
   return receipts;

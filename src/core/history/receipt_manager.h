@@ -14,8 +14,8 @@ namespace corvane {
 
 using Receipts = std::vector<PatchingReceipt>;
 
-// Any thread. A missing file holds no receipts. A torn or damaged line is left out and told to the log once
-// a process, with file and line.
+// Any thread. A missing file holds no receipts. Torn or damaged lines are left out and told to the log once
+// a process, in one line with the file, their count and the first of them.
 class ReceiptManager {
  public:
   ReceiptManager(std::filesystem::path file, Files& files, LogSink& log);

@@ -61,8 +61,16 @@ TEST_F(HistoryTest, DamagedLinesCostThemselvesOnlyAndAreToldOnce) {
   files.put(receiptsFile, text);
   EXPECT_EQ(receipts.readAllReceipts().size(), damaged.size());
   EXPECT_EQ(receipts.readAllReceipts().size(), damaged.size());
-  EXPECT_EQ(log.lines().size(), damaged.size());
-  EXPECT_EQ(log.count("ReceiptManager: Left out line 4 of /support/receipts.jsonl: "), 1U);
+  EXPECT_EQ(receipts.readReceipts(Label("a")).size(), damaged.size());
+  EXPECT_EQ(log.count("ReceiptManager: Left out 10 damaged line(s) of /support/receipts.jsonl, the first of them line "
+                      "1: "),
+            1U);
+  EXPECT_EQ(log.lines().size(), 1U);
+  // Only what is new is worth another line.
+  files.put(receiptsFile, "\n" + text + "torn");
+  EXPECT_EQ(receipts.readAllReceipts().size(), damaged.size());
+  EXPECT_EQ(log.count("Left out 11 damaged line(s) of /support/receipts.jsonl, the first of them line 2: "), 1U);
+  EXPECT_EQ(log.lines().size(), 2U);
 }
 
 TEST_F(HistoryTest, OddButWholeReceiptsAreRead) {
@@ -202,7 +210,7 @@ TEST_F(HistoryTest, EventsAreKeptByUserAndReadByLabel) {
   files.put("/events/ada.jsonl", "torn\n" + writeJson(toJson(event)) + "\n");
   EXPECT_THAT(mine.readEvents(Label("quill")), ElementsAre(event));
   (void)mine.readEvents(Label("quill"));
-  EXPECT_EQ(log.count("Left out line 1 of /events/ada.jsonl"), 1U);
+  EXPECT_EQ(log.count("Left out 1 damaged line(s) of /events/ada.jsonl, the first of them line 1: "), 1U);
   files.failPath("/events/ada.jsonl", EACCES);
   EXPECT_FALSE(mine.writeEvent(event));
 }
