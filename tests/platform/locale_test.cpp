@@ -55,6 +55,22 @@ class LocaleContract : public ::testing::Test {};
 using Locales = ::testing::Types<RealLocale, ScriptedWorld>;
 TYPED_TEST_SUITE(LocaleContract, Locales);
 
+TYPED_TEST(LocaleContract, NumbersAndDurationsAreWordedInFull) {
+  const TypeParam world("UTC");
+  EXPECT_EQ(world.locale.number(7), "7");
+  EXPECT_EQ(world.locale.number(1204), "1,204");
+  EXPECT_EQ(world.locale.number(-1204567), "-1,204,567");
+  EXPECT_EQ(world.locale.duration(1, DurationUnit::hour), "1 hour");
+  EXPECT_EQ(world.locale.duration(90, DurationUnit::minute), "90 minutes");
+  EXPECT_EQ(world.locale.duration(0, DurationUnit::day), "0 days");
+}
+
+TEST(LinuxLocale, DurationsFollowTheLanguage) {
+  const LinuxLocale german("de_DE", [] { return "Europe/Berlin"; });
+  EXPECT_EQ(german.duration(2, DurationUnit::day), "2 Tage");
+  EXPECT_EQ(german.number(1204), "1.204");
+}
+
 TYPED_TEST(LocaleContract, AmericanEnglishIsWordedTheSameInEveryZone) {
   TypeParam newYork("America/New_York");
   EXPECT_EQ(newYork.locale.calendar().zoneName(), "America/New_York");

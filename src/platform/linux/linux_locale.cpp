@@ -3,6 +3,8 @@
 #include <unicode/coll.h>
 #include <unicode/datefmt.h>
 #include <unicode/locid.h>
+#include <unicode/measunit.h>
+#include <unicode/numberformatter.h>
 #include <unicode/simpletz.h>
 #include <unicode/unistr.h>
 
@@ -21,6 +23,11 @@ constexpr std::string_view kZoneFolder = "/zoneinfo/";
 std::string environment(const char* name) {
   const char* value = std::getenv(name);
   return value == nullptr ? std::string() : std::string(value);
+}
+
+std::string utf8(const icu::UnicodeString& text) {
+  std::string bytes;
+  return text.toUTF8String(bytes);
 }
 
 // The zone's name in a path such as "/usr/share/zoneinfo/Europe/Berlin"; empty when there is none.
@@ -89,8 +96,7 @@ struct LinuxLocale::Wording {
     chosen->adoptTimeZone(new icu::SimpleTimeZone(static_cast<std::int32_t>(offset.count() * 1000), "local"));
     icu::UnicodeString text;
     chosen->format(secondsSince1970(date) * 1000, text);
-    std::string bytes;
-    return text.toUTF8String(bytes);
+    return utf8(text);
   }
 
   [[nodiscard]] const icu::Collator* order() {
@@ -127,6 +133,27 @@ std::string LinuxLocale::mediumDateShortTime(Date date) const {
 
 std::string LinuxLocale::shortTime(Date date) const {
   return wording_->word(Wording::shortTime, date, calendar().local(date).offset);
+}
+
+std::string LinuxLocale::number(std::int64_t value) const {
+  UErrorCode status = U_ZERO_ERROR;
+  const auto text =
+      icu::number::NumberFormatter::withLocale(wording_->locale).formatInt(value, status).toString(status);
+  return U_FAILURE(status) ? std::to_string(value) : utf8(text);
+}
+
+std::string LinuxLocale::duration(std::int64_t count, DurationUnit unit) const {
+  using Unit = icu::MeasureUnit;
+  const auto measured = unit == DurationUnit::minute ? Unit::getMinute()
+                        : unit == DurationUnit::hour ? Unit::getHour()
+                                                     : Unit::getDay();
+  UErrorCode status = U_ZERO_ERROR;
+  const auto text = icu::number::NumberFormatter::withLocale(wording_->locale)
+                        .unit(measured)
+                        .unitWidth(UNUM_UNIT_WIDTH_FULL_NAME)
+                        .formatInt(count, status)
+                        .toString(status);
+  return U_FAILURE(status) ? std::to_string(count) : utf8(text);
 }
 
 std::string LinuxLocale::sortKey(std::string_view name) const {

@@ -28,6 +28,8 @@ class LinuxLocale final : public Locale {
   [[nodiscard]] std::string longDate(Date date) const override;
   [[nodiscard]] std::string mediumDateShortTime(Date date) const override;
   [[nodiscard]] std::string shortTime(Date date) const override;
+  [[nodiscard]] std::string number(std::int64_t value) const override;
+  [[nodiscard]] std::string duration(std::int64_t count, DurationUnit unit) const override;
   [[nodiscard]] std::string sortKey(std::string_view name) const override;
 
  private:

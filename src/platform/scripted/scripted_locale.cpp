@@ -41,6 +41,18 @@ std::string ScriptedLocale::mediumDateShortTime(Date date) const {
 
 std::string ScriptedLocale::shortTime(Date date) const { return timeText(calendar_.local(date)); }
 
+std::string ScriptedLocale::number(std::int64_t value) const {
+  auto text = std::to_string(value);
+  for (auto at = static_cast<std::ptrdiff_t>(text.size()) - 3; at > (value < 0 ? 1 : 0); at -= 3)
+    text.insert(static_cast<std::size_t>(at), 1, ',');
+  return text;
+}
+
+std::string ScriptedLocale::duration(std::int64_t count, DurationUnit unit) const {
+  const auto* name = unit == DurationUnit::minute ? "minute" : unit == DurationUnit::hour ? "hour" : "day";
+  return fmt::format("{} {}{}", number(count), name, count == 1 ? "" : "s");
+}
+
 // A number becomes a digit's place, its length and its digits, so that longer ones come behind shorter ones.
 std::string ScriptedLocale::sortKey(std::string_view name) const {
   std::string key;
