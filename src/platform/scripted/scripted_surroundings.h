@@ -1,4 +1,4 @@
-// What surrounds a session, as a test sets it: focus, network, and who sits at the console.
+// What surrounds a session, as a test sets it: focus, power, network, and who sits at the console.
 #pragma once
 
 #include <list>
@@ -11,6 +11,7 @@
 #include "platform/console_session.h"
 #include "platform/focus_state.h"
 #include "platform/network_probe.h"
+#include "platform/power_source.h"
 
 namespace corvane {
 
@@ -22,6 +23,13 @@ class ScriptedFocusState final : public FocusState {
 
   [[nodiscard]] std::optional<bool> doNotDisturb() const override { return disturbed; }
   [[nodiscard]] std::optional<std::vector<std::string>> displaySleepHolders() const override { return holders; }
+};
+
+class ScriptedPowerSource final : public PowerSource {
+ public:
+  bool onACPower = true;
+
+  [[nodiscard]] bool isOnACPower() const override { return onACPower; }
 };
 
 class ScriptedConsoleSessions final : public ConsoleSessions {
