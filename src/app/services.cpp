@@ -22,6 +22,7 @@ Services::Services(Ports ports)
       receiptsSnapshot(receipts, ports.files),
       failures(receiptsSnapshot),
       installs(receiptsSnapshot),
+      installFacts(ports.places.labelsFolder(), ports.places.root, Logger(ports.log, "LabelCatalog")),
       ports_(std::move(ports)) {}
 
 WorkflowServices Services::workflow() {
@@ -35,6 +36,8 @@ WorkflowServices Services::workflow() {
           .files = ports_.files,
           .processes = ports_.processes,
           .application = ports_.application,
+          .focus = ports_.focus,
+          .power = ports_.power,
           .places = ports_.places,
           .preferences = preferences,
           .helper = helper,
@@ -44,12 +47,13 @@ WorkflowServices Services::workflow() {
           .deferralEvents = deferralEvents,
           .failures = failures,
           .installs = installs,
+          .installFacts = installFacts,
           .sideEffects = neutral.sideEffects,
-          .prompts = neutral.prompts,
+          .prompts = promptWindows,
+          .notices = neutral.notices,
           .signals = neutral.signals,
           .selfUpdateDisplay = neutral.selfUpdateDisplay,
-          .helperReset = neutral.helperReset,
-          .updateAll = neutral.updateAll};
+          .helperReset = neutral.helperReset};
 }
 
 }  // namespace corvane

@@ -5,10 +5,12 @@
 
 #include <string>
 
+#include "app/prompt_windows.h"
 #include "base/notification_center.h"
 #include "base/work_queue.h"
 #include "core/client/helper_installation_service.h"
 #include "core/client/helper_service_client.h"
+#include "core/discovery/label_install_facts.h"
 #include "core/history/deferral_event_manager.h"
 #include "core/history/helper_state_stores.h"
 #include "core/history/label_history_caches.h"
@@ -20,10 +22,12 @@
 #include "platform/clock.h"
 #include "platform/entropy.h"
 #include "platform/files.h"
+#include "platform/focus_state.h"
 #include "platform/helper_channel.h"
 #include "platform/helper_registration.h"
 #include "platform/locale.h"
 #include "platform/own_bundle.h"
+#include "platform/power_source.h"
 #include "platform/preference_domains.h"
 #include "platform/running_applications.h"
 #include "platform/session_lock.h"
@@ -43,6 +47,8 @@ struct Ports {
   PreferenceDomains& domains;
   RunningApplications& processes;
   Application& application;
+  FocusState& focus;
+  PowerSource& power;
   HelperChannel& channel;
   HelperRegistration& registration;
   OwnBundle& bundle;
@@ -70,7 +76,9 @@ class Services {
   ReceiptsSnapshot receiptsSnapshot;
   LabelFailureHistoryCache failures;
   LabelInstallHistoryCache installs;
-  // What a program without prompt, schedulers and signals has in their places.
+  LabelFileInstallFacts installFacts;
+  PromptWindows promptWindows;
+  // What a program without notifications, schedulers and signals has in their places.
   NeutralParts neutral;
 
  private:

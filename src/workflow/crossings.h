@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "base/task.h"
 #include "core/records/app_info.h"
 #include "core/records/enumerations.h"
 #include "workflow/app_facts.h"
@@ -39,6 +40,13 @@ class Crossings {
   // Into the pipeline.
   virtual void discoverInstalledApps() = 0;
   virtual void checkForUpdates(const Labels& labels) = 0;
+  virtual void recheck(const Labels& labels, Task completion) = 0;  // a check whose end its caller waits for
+
+  // Into the patch run.
+  virtual void patchAll(const Labels& labels) = 0;
+
+  // Into the flow of Update All.
+  virtual void installNow() = 0;
 
   // Into the cycle.
   virtual void patchErrorFollowUp(DiscoveryOperation operation, const Labels& labels, const std::string& message) = 0;
@@ -52,6 +60,8 @@ class Crossings {
   // Into the deferrals.
   virtual void recordDeferralEvents(const Labels& labels, DeferralEventType type, std::optional<std::int64_t> minutes,
                                     std::optional<DeferralEscalation> escalation) = 0;
+  virtual void setPromptHost(DeferralPromptHost host) = 0;
+  virtual void askUser(DeferralEscalation escalation) = 0;
   virtual void dismissDeferralPrompt() = 0;
   virtual void deadlineRead(std::optional<Date> hardDeadline) = 0;  // for display
   virtual void deadlineSettled() = 0;                               // the cycle was completed

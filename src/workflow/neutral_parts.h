@@ -1,13 +1,12 @@
-// The parts of a program that has no prompt, no scheduler and no signals: each is silent, and nothing that
-// the workflow promises depends on it.
+// The parts of a program that has no notifications, no scheduler and no signals: each is silent, and nothing
+// that the workflow promises depends on it.
 #pragma once
 
 #include "core/records/usage_signals.h"
+#include "workflow/deferral_notices.h"
 #include "workflow/helper_reset_decision.h"
 #include "workflow/pending_update_side_effects.h"
-#include "workflow/prompt_presenter.h"
 #include "workflow/self_update_display.h"
-#include "workflow/update_all_entry.h"
 
 namespace corvane {
 
@@ -16,11 +15,15 @@ struct NeutralParts {
     void runPendingUpdateSideEffects() override {}
     void deliverDeferral(bool, bool) override {}
   } sideEffects;
-  struct Prompts final : PromptPresenter {
-    void showStandaloneWindow() override {}
-    void hideStandaloneWindow() override {}
+  struct Notices final : DeferralNotices {
+    void dismissUpdateNotifications(Task done) override {
+      if (done) done();
+    }
+    void notifyDialogTimeoutDeferred(std::int64_t, std::int64_t, bool) override {}
+    void notifyDeferralEnded(std::int64_t) override {}
+    void scheduleReminders(Date, std::int64_t) override {}
     void cancelReminders() override {}
-  } prompts;
+  } notices;
   struct Signals final : UsageSignals {
     void send(const UsageSignal&) override {}
   } signals;
@@ -31,9 +34,6 @@ struct NeutralParts {
     void evaluateAutoReset() override {}
     void reconcileHelperAfterLogin() override {}
   } helperReset;
-  struct UpdateAll final : UpdateAllEntry {
-    void updateAll(DeferralPromptHost) override {}
-  } updateAll;
 };
 
 }  // namespace corvane

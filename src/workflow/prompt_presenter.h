@@ -1,4 +1,4 @@
-// Who shows the deferral prompt when it stands in a window of its own, and who reminds of a deadline.
+// Who shows the deferral prompt when it stands in a window of its own.
 #pragma once
 
 namespace corvane {
@@ -11,8 +11,6 @@ class PromptPresenter {
   virtual void showStandaloneWindow() = 0;
   // Nothing when it was never made.
   virtual void hideStandaloneWindow() = 0;
-  // All reminders of a hard deadline that wait to be shown.
-  virtual void cancelReminders() = 0;
 };
 
 }  // namespace corvane

@@ -135,10 +135,14 @@ struct DeferralFields {
   std::int64_t selectedDeferralMinutes = 60;
   std::optional<Date> currentHardDeadlineDate;
   DeferralEscalation currentDeferralEscalation = DeferralEscalation::normal;
-  Labels pendingPatchLabels;  // what the open prompt is about
+  bool focusRecheckSuppressedDialog = false;
+};
+
+// Written by UpdateAllFlow.
+struct UpdateAllFields {
+  Labels pendingPatchLabels;  // what the last decision was about: the open prompt, or the install that was asked for
   bool installNowQueued = false;
   bool userRecheckInFlight = false;
-  bool focusRecheckSuppressedDialog = false;
 };
 
 // Written by HelperLifecycle.
@@ -178,6 +182,7 @@ struct StatusFields {
   PatchFields patch;
   BlockingPromptFields blockingPrompt;
   DeferralFields deferral;
+  UpdateAllFields updateAll;
   HelperFields helper;
   SelfUpdateFields selfUpdate;
   SideEffectFields sideEffects;

@@ -8,6 +8,7 @@
 #include "core/records/notifications.h"
 #include "workflow/blocking_prompt_watch.h"
 #include "workflow/deferral_actions.h"
+#include "workflow/deferral_texts.h"
 #include "workflow/helper_lifecycle.h"
 #include "workflow/helper_pass_mirror.h"
 #include "workflow/inventory.h"
@@ -15,6 +16,7 @@
 #include "workflow/patch_run.h"
 #include "workflow/side_effect_sequence.h"
 #include "workflow/status_texts.h"
+#include "workflow/update_all_flow.h"
 #include "workflow/watchpoint.h"
 
 namespace corvane {
@@ -36,6 +38,17 @@ struct StatusViewModel::Rooms final : Crossings {
 
   void discoverInstalledApps() override { pipeline.discoverInstalledApps(); }
   void checkForUpdates(const Labels& labels) override { pipeline.checkForUpdates(labels); }
+  void recheck(const Labels& labels, Task completion) override {
+    pipeline.startDiscovery({.includeLatestVersions = true,
+                             .operation = DiscoveryOperation::checkUpdates,
+                             .labelsFilter = labels,
+                             .forceFullDiscovery = false,
+                             .completion = std::move(completion)});
+  }
+
+  void patchAll(const Labels& labels) override { run.startPatching(labels, DiscoveryOperation::patchAll, {}, {}); }
+
+  void installNow() override { updateAll.installNow(); }
 
   void patchErrorFollowUp(DiscoveryOperation operation, const Labels& labels, const std::string& message) override {
     cycle.applyPatchErrorFollowUp(operation, labels, message);
@@ -50,6 +63,8 @@ struct StatusViewModel::Rooms final : Crossings {
                             std::optional<DeferralEscalation> escalation) override {
     deferrals.recordDeferralEvents(labels, type, minutes, escalation);
   }
+  void setPromptHost(DeferralPromptHost host) override { deferrals.setPromptHost(host); }
+  void askUser(DeferralEscalation escalation) override { deferrals.ask(escalation); }
   void dismissDeferralPrompt() override { deferrals.dismissDeferralPrompt(); }
   void deadlineRead(std::optional<Date> hardDeadline) override { deferrals.setHardDeadlineDate(hardDeadline); }
   void deadlineSettled() override { deferrals.settleDeadline(); }
@@ -101,6 +116,7 @@ struct StatusViewModel::Rooms final : Crossings {
   HelperPassMirror mirror{context};
   HelperLifecycle lifecycle{context, fields.helper};
   DeferralActions deferrals{context, fields.deferral};
+  UpdateAllFlow updateAll{context, fields.updateAll};
   SideEffectSequence sequence{context, fields.sideEffects};
   std::vector<Lease> subscriptions;
   Lifeline lifeline;
@@ -121,7 +137,7 @@ void StatusViewModel::Rooms::subscribe() {
   on<CorvaneHelperPassProgress>([this](const CorvaneHelperPassProgress& pass) { mirror.progressed(pass); });
   on<ShowDeferralPromptFromNotification>([this](const auto&) {
     log.info("Received notification deep-link — invoking updateAll() to surface the deferral prompt.");
-    services.updateAll.updateAll(DeferralPromptHost::standalone);
+    updateAll.updateAll(DeferralPromptHost::standalone);
   });
   on<CorvaneSettingsDidChange>([this](const auto&) {
     inventory.refreshDeadlineDisplay();
@@ -189,6 +205,30 @@ std::optional<PendingWatchpoint> StatusViewModel::pendingWatchpoint() const {
                                     store.readAutomaticFocusDeferralArmed(), rooms_->services.clock.now());
 }
 
+std::optional<std::string> StatusViewModel::watchpointCountdownText(std::string_view remaining) const {
+  const auto armed = pendingWatchpoint();
+  if (!armed) return std::nullopt;
+  return watchpointText(*armed, remaining,
+                        rooms_->services.preferences.loadConfiguration().focusDeferralNotificationsEnabled);
+}
+
+std::vector<std::int64_t> StatusViewModel::availableDeferralOptions() const {
+  return rooms_->deferrals.availableDeferralOptions();
+}
+std::int64_t StatusViewModel::promptCountdownSeconds() const { return rooms_->deferrals.promptCountdownSeconds(); }
+std::optional<std::string> StatusViewModel::hardDeadlineExplanation() const {
+  return rooms_->deferrals.hardDeadlineExplanation();
+}
+std::optional<std::string> StatusViewModel::deferralsRemainingSummary() const {
+  return rooms_->deferrals.deferralsRemainingSummary();
+}
+std::vector<DeferralPromptApp> StatusViewModel::deferralPromptApps() const {
+  return rooms_->deferrals.deferralPromptApps();
+}
+OpenAppsSnapshot StatusViewModel::openAppsSnapshot() const {
+  return corvane::openAppsSnapshot(fields().inventory, facts(), rooms_->services, rooms_->log);
+}
+
 bool StatusViewModel::isIdle() const { return !rooms_->gate.busy(); }
 
 std::vector<PatchingReceipt> StatusViewModel::receipts(const Label& label, std::size_t limit) {
@@ -207,6 +247,8 @@ void StatusViewModel::setFilterMode(FilterMode mode) {
 void StatusViewModel::setSelectedDeferralMinutes(std::int64_t minutes) {
   rooms_->deferrals.setSelectedDeferralMinutes(minutes);
 }
+
+void StatusViewModel::setStatusMessage(std::optional<std::string> text) { rooms_->messages.status(std::move(text)); }
 
 void StatusViewModel::recomputeCounts() { rooms_->inventory.recomputeCounts(SideEffects::run); }
 void StatusViewModel::updateDockBadge() { rooms_->inventory.updateDockBadge(); }
@@ -243,6 +285,23 @@ bool StatusViewModel::completeSatisfiedDeferralCycleIfNeeded() {
   return rooms_->cycle.completeSatisfiedDeferralCycleIfNeeded();
 }
 
+void StatusViewModel::updateAll(DeferralPromptHost host) { rooms_->updateAll.updateAll(host); }
+void StatusViewModel::updateAllFromMenuBar() { rooms_->updateAll.updateAllFromMenuBar(); }
+void StatusViewModel::installNow() { rooms_->updateAll.installNow(); }
+
+void StatusViewModel::presentDeferralPrompt() { rooms_->deferrals.presentDeferralPrompt(); }
+void StatusViewModel::closeDeferralPrompt() {
+  if (fields().deferral.currentDeferralEscalation == DeferralEscalation::hard)
+    rooms_->deferrals.userClosedHardDeadlineDialog();
+  else
+    rooms_->deferrals.closeUnanswered();
+}
+void StatusViewModel::deferUpdates(bool fromDialogTimeout) { rooms_->deferrals.deferUpdates(fromDialogTimeout); }
+void StatusViewModel::dialogTimeoutElapsed() { rooms_->deferrals.dialogTimeoutElapsed(); }
+bool StatusViewModel::applyAutomaticFocusDeferralIfNeeded() {
+  return rooms_->deferrals.applyAutomaticFocusDeferralIfNeeded();
+}
+void StatusViewModel::userClosedHardDeadlineDialog() { rooms_->deferrals.userClosedHardDeadlineDialog(); }
 void StatusViewModel::dismissDeferralPrompt() { rooms_->deferrals.dismissDeferralPrompt(); }
 void StatusViewModel::recordDeferralEvents(const Labels& labels, DeferralEventType type,
                                            std::optional<std::int64_t> minutes,

@@ -11,7 +11,9 @@
 #include "workflow/app_facts.h"
 #include "workflow/app_predicates.h"
 #include "workflow/crossings.h"
+#include "workflow/deferral_prompt_app.h"
 #include "workflow/discovery_pipeline.h"
+#include "workflow/open_apps_snapshot.h"
 #include "workflow/status_fields.h"
 #include "workflow/workflow_services.h"
 
@@ -50,6 +52,15 @@ class StatusViewModel {
   [[nodiscard]] std::optional<std::string> computeCycleCompletionMessage() const;
   // What the armed moment stands for; absent while nothing is armed ahead.
   [[nodiscard]] std::optional<PendingWatchpoint> pendingWatchpoint() const;
+  // The line under the status while something is armed, with the remaining time as the caller has worded it.
+  [[nodiscard]] std::optional<std::string> watchpointCountdownText(std::string_view remaining) const;
+  // What the prompt says and offers at this moment. The applications are a walk of the process table away.
+  [[nodiscard]] std::vector<std::int64_t> availableDeferralOptions() const;  // minutes; may be empty
+  [[nodiscard]] std::int64_t promptCountdownSeconds() const;
+  [[nodiscard]] std::optional<std::string> hardDeadlineExplanation() const;
+  [[nodiscard]] std::optional<std::string> deferralsRemainingSummary() const;
+  [[nodiscard]] std::vector<DeferralPromptApp> deferralPromptApps() const;
+  [[nodiscard]] OpenAppsSnapshot openAppsSnapshot() const;
   // Neither flag is set and no run of this process is unanswered.
   [[nodiscard]] bool isIdle() const;
 
@@ -59,6 +70,7 @@ class StatusViewModel {
 
   void setFilterMode(FilterMode mode);
   void setSelectedDeferralMinutes(std::int64_t minutes);
+  void setStatusMessage(std::optional<std::string> text);  // the transient line, for who acts on the model's behalf
 
   // Inventory.
   void recomputeCounts();
@@ -91,8 +103,20 @@ class StatusViewModel {
   void recordSuccessfulPatchRun(Date completedAt);
   bool completeSatisfiedDeferralCycleIfNeeded();
 
-  // Deferrals.
+  // Update All: what a request means is decided after a check of what is pending.
+  void updateAll(DeferralPromptHost host);
+  void updateAllFromMenuBar();
+  void installNow();
+
+  // Deferrals. `deferUpdates` is refused once the hard deadline has passed: the prompt comes back in its hard form.
+  void presentDeferralPrompt();
   void dismissDeferralPrompt();
+  // At normal and focus: the prompt goes, nothing is recorded. At hard: only where the settings allow a close.
+  void closeDeferralPrompt();
+  void deferUpdates(bool fromDialogTimeout);
+  void dialogTimeoutElapsed();
+  bool applyAutomaticFocusDeferralIfNeeded();
+  void userClosedHardDeadlineDialog();
   void recordDeferralEvents(const Labels& labels, DeferralEventType type, std::optional<std::int64_t> minutes,
                             std::optional<DeferralEscalation> escalation);
 

@@ -13,19 +13,22 @@
 #include "core/history/receipt_manager.h"
 #include "core/logging/logging_service.h"
 #include "core/places.h"
+#include "core/policies/deferral_install_behavior_resolver.h"
 #include "core/preferences/preference_manager.h"
 #include "core/records/usage_signals.h"
 #include "platform/application.h"
 #include "platform/clock.h"
 #include "platform/entropy.h"
 #include "platform/files.h"
+#include "platform/focus_state.h"
 #include "platform/locale.h"
+#include "platform/power_source.h"
 #include "platform/running_applications.h"
+#include "workflow/deferral_notices.h"
 #include "workflow/helper_reset_decision.h"
 #include "workflow/pending_update_side_effects.h"
 #include "workflow/prompt_presenter.h"
 #include "workflow/self_update_display.h"
-#include "workflow/update_all_entry.h"
 
 namespace corvane {
 
@@ -40,6 +43,8 @@ struct WorkflowServices {
   Files& files;
   RunningApplications& processes;
   Application& application;
+  FocusState& focus;
+  PowerSource& power;
   const CorvaneConstants& places;
 
   PreferenceManager& preferences;
@@ -50,13 +55,14 @@ struct WorkflowServices {
   DeferralEventManager& deferralEvents;
   LabelFailureHistoryCache& failures;
   LabelInstallHistoryCache& installs;
+  LabelInstallFactsSource& installFacts;
 
   PendingUpdateSideEffects& sideEffects;
   PromptPresenter& prompts;
+  DeferralNotices& notices;
   UsageSignals& signals;
   SelfUpdateDisplay& selfUpdateDisplay;
   HelperResetDecision& helperReset;
-  UpdateAllEntry& updateAll;
 };
 
 }  // namespace corvane

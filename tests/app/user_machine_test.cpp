@@ -99,7 +99,8 @@ TEST(Services, StandOnAnEmptyMachineAndLeaveItAsItWas) {
   const testing::TemporaryFolder folder;
   {
     UserMachine machine({.root = folder.path(), .home = folder.path() / "Users/ada"});
-    Services services(machine.ports());
+    AskedFor focus;
+    Services services(machine.ports(focus));
     StatusViewModel model(services.workflow());
     EXPECT_TRUE(model.fields().inventory.apps.empty());
     EXPECT_TRUE(model.isIdle());
@@ -113,7 +114,8 @@ TEST(Services, StandOnAnEmptyMachineAndLeaveItAsItWas) {
 TEST(Services, AManagedPreferenceWrittenByAnotherProgramIsTaken) {
   const testing::TemporaryFolder folder;
   UserMachine machine({.root = folder.path(), .home = folder.path() / "Users/ada"});
-  Services services(machine.ports());
+  AskedFor focus;
+  Services services(machine.ports(focus));
   const auto watching = services.preferences.startWatching();
   int changes = 0;
   const auto observing =

@@ -41,6 +41,11 @@ class RecordingCrossings final : public Crossings {
                             std::optional<DeferralEscalation>) override {
     calls.push_back("recordDeferralEvents " + joined(labels));
   }
+  void recheck(const Labels& labels, Task) override { calls.push_back("recheck " + joined(labels)); }
+  void patchAll(const Labels& labels) override { calls.push_back("patchAll " + joined(labels)); }
+  void installNow() override { calls.emplace_back("installNow"); }
+  void setPromptHost(DeferralPromptHost) override { calls.emplace_back("setPromptHost"); }
+  void askUser(DeferralEscalation) override { calls.emplace_back("askUser"); }
   void dismissDeferralPrompt() override { calls.emplace_back("dismissDeferralPrompt"); }
   void deadlineRead(std::optional<Date>) override { calls.emplace_back("deadlineRead"); }
   void deadlineSettled() override { calls.emplace_back("deadlineSettled"); }

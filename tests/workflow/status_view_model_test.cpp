@@ -98,7 +98,8 @@ TEST_F(StatusViewModelTest, broadcastsReachTheirFlows) {
   notifications.post(CorvaneDidBecomeActive{});
   EXPECT_EQ(application.badges.size(), badges + 1);
   notifications.post(ShowDeferralPromptFromNotification{});
-  EXPECT_EQ(updateAll.hosts, std::vector<DeferralPromptHost>{DeferralPromptHost::standalone});
+  EXPECT_EQ(fields().deferral.deferralPromptHost, DeferralPromptHost::standalone);
+  EXPECT_TRUE(fields().updateAll.userRecheckInFlight);
   EXPECT_TRUE(
       log.holds("StatusViewModel: Received notification deep-link — invoking updateAll() to surface the "
                 "deferral prompt."));
@@ -211,7 +212,7 @@ TEST_F(StatusViewModelTest, dismissingThePromptHidesItAndItsReminders) {
   preferences.writeHardDeadlineDialogDismissedUntil(time.now() + 1h);
   model->dismissDeferralPrompt();
   EXPECT_EQ(preferences.readHardDeadlineDialogDismissedUntil(), std::nullopt);
-  EXPECT_EQ(prompts.remindersCancelled, 1);
+  EXPECT_EQ(notices.remindersCancelled, 1);
   EXPECT_EQ(prompts.hidden, 1);
   EXPECT_FALSE(fields().deferral.showDeferralPrompt);
 }

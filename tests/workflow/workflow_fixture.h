@@ -2,11 +2,13 @@
 // step it holds the two rules that no flow may break.
 #pragma once
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -21,6 +23,7 @@
 #include "platform/scripted/scripted_own_bundle.h"
 #include "platform/scripted/scripted_preference_domains.h"
 #include "platform/scripted/scripted_running_applications.h"
+#include "platform/scripted/scripted_surroundings.h"
 #include "platform/scripted/virtual_time.h"
 #include "support/recording_log.h"
 #include "support/scripted_service_client.h"
@@ -45,6 +48,11 @@ inline AppInfo makeApp(const AppSpec& spec) {
   return app;
 }
 inline AppInfo outdated(const char* name) { return makeApp({.label = name, .latest = "2.0"}); }
+inline AppInfo failedCheck(const char* name) {
+  auto app = outdated(name);
+  app.updateCheckFailed = true;
+  return app;
+}
 inline AppInfo current(const char* name) { return makeApp({.label = name, .latest = "1.0"}); }
 inline AppInfo unchecked(const char* name) { return makeApp({.label = name}); }
 
@@ -71,11 +79,37 @@ struct ScriptedSideEffects final : PendingUpdateSideEffects {
 };
 
 struct CountingPresenter final : PromptPresenter {
+  int shown = 0;
   int hidden = 0;
-  int remindersCancelled = 0;
-  void showStandaloneWindow() override {}
+  void showStandaloneWindow() override { ++shown; }
   void hideStandaloneWindow() override { ++hidden; }
+};
+
+// Writes down what the user would hear.
+struct RecordingNotices final : DeferralNotices {
+  std::vector<std::string> told;
+  int remindersCancelled = 0;
+  void dismissUpdateNotifications(Task done) override {
+    told.emplace_back("dismissed");
+    if (done) done();
+  }
+  void notifyDialogTimeoutDeferred(std::int64_t open, std::int64_t total, bool elsewhere) override {
+    told.push_back(fmt::format("timed out, {} of {} open{}", open, total, elsewhere ? ", closed elsewhere" : ""));
+  }
+  void notifyDeferralEnded(std::int64_t pending) override { told.push_back(fmt::format("ended, {} pending", pending)); }
+  void scheduleReminders(Date, std::int64_t pending) override {
+    told.push_back(fmt::format("reminders of {}", pending));
+  }
   void cancelReminders() override { ++remindersCancelled; }
+};
+
+// Facts of labels, as a test sets them.
+struct ScriptedInstallFacts final : LabelInstallFactsSource {
+  std::map<Label, LabelInstallFacts> known;
+  [[nodiscard]] LabelInstallFacts installFacts(const Label& label) const override {
+    const auto facts = known.find(label);
+    return facts == known.end() ? LabelInstallFacts() : facts->second;
+  }
 };
 
 struct CountingReset final : HelperResetDecision {
@@ -83,11 +117,6 @@ struct CountingReset final : HelperResetDecision {
   int reconciled = 0;
   void evaluateAutoReset() override { ++evaluated; }
   void reconcileHelperAfterLogin() override { ++reconciled; }
-};
-
-struct CountingUpdateAll final : UpdateAllEntry {
-  std::vector<DeferralPromptHost> hosts;
-  void updateAll(DeferralPromptHost host) override { hosts.push_back(host); }
 };
 
 struct CountingDisplay final : SelfUpdateDisplay {
@@ -231,10 +260,13 @@ class WorkflowTest : public testing::Test {
   ScriptedServiceClient helper{time.main()};
   ScriptedSideEffects sideEffects;
   CountingPresenter prompts;
+  RecordingNotices notices;
+  ScriptedFocusState focus;
+  ScriptedPowerSource power;
+  ScriptedInstallFacts installFacts;
   RecordingSignals signals;
   CountingDisplay display;
   CountingReset reset;
-  CountingUpdateAll updateAll;
   WorkflowServices services{.main = time.main(),
                             .work = time.work(),
                             .clock = time.clock(),
@@ -245,6 +277,8 @@ class WorkflowTest : public testing::Test {
                             .files = files,
                             .processes = processes,
                             .application = application,
+                            .focus = focus,
+                            .power = power,
                             .places = places,
                             .preferences = preferences,
                             .helper = helper,
@@ -254,12 +288,13 @@ class WorkflowTest : public testing::Test {
                             .deferralEvents = deferralEvents,
                             .failures = failures,
                             .installs = installs,
+                            .installFacts = installFacts,
                             .sideEffects = sideEffects,
                             .prompts = prompts,
+                            .notices = notices,
                             .signals = signals,
                             .selfUpdateDisplay = display,
-                            .helperReset = reset,
-                            .updateAll = updateAll};
+                            .helperReset = reset};
   std::unique_ptr<StatusViewModel> model;
 };
 

@@ -50,7 +50,8 @@ int run(const ctl::Command& command) {
   const auto places = placesFromEnvironment();
   if (!places) return fail(places.error(), command.json, ExitCode::failed);
   UserMachine machine(*places);
-  Services services(machine.ports());
+  AskedFor focus;
+  Services services(machine.ports(focus));
   const auto config = services.preferences.loadConfiguration();
   machine.log.refreshVerbosityFromPreferences(config.verboseMode, config.debugMode);
   HelperStart helperStart(services.installation, machine.loop.mainQueue());

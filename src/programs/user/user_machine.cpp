@@ -70,7 +70,7 @@ UserMachine::UserMachine(CorvaneConstants itsPlaces, const std::filesystem::path
       lock(places.instanceLock()),
       stateLock(places.stateLock()) {}
 
-Ports UserMachine::ports() {
+Ports UserMachine::ports(FocusState& focus) {
   return {.main = loop.mainQueue(),
           .work = work,
           .clock = clock,
@@ -80,6 +80,8 @@ Ports UserMachine::ports() {
           .domains = domains,
           .processes = processes,
           .application = application,
+          .focus = focus,
+          .power = power,
           .channel = channel,
           .registration = registration,
           .bundle = bundle,

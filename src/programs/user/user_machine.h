@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "app/services.h"
 #include "base/error.h"
@@ -12,6 +13,7 @@
 #include "core/places.h"
 #include "platform/linux/linux_locale.h"
 #include "platform/linux/linux_running_applications.h"
+#include "platform/linux/sys_power_source.h"
 #include "platform/posix/child_helper_registration.h"
 #include "platform/posix/executable_bundle.h"
 #include "platform/posix/instance_lock.h"
@@ -38,7 +40,8 @@ class UserMachine {
   explicit UserMachine(CorvaneConstants places,
                        const std::filesystem::path& executable = ExecutableBundle::runningExecutable());
 
-  [[nodiscard]] Ports ports();
+  // `focus` is asked before a prompt opens by itself, so only the application brings the desktop's own.
+  [[nodiscard]] Ports ports(FocusState& focus);
 
   CorvaneConstants places;
   SystemClock clock;
@@ -52,11 +55,21 @@ class UserMachine {
   PosixPreferenceDomains domains;
   LinuxRunningApplications processes;
   ProcessApplication application;
+  SysPowerSource power;
   UvHelperChannel channel;
   ChildHelperRegistration registration;
   InstanceLock lock;
   InstanceLock stateLock;
   UvWorkQueue work;
+};
+
+// Of programs that open nothing by themselves: what they do was just asked for, and disturbs nobody.
+class AskedFor final : public FocusState {
+ public:
+  [[nodiscard]] std::optional<bool> doNotDisturb() const override { return false; }
+  [[nodiscard]] std::optional<std::vector<std::string>> displaySleepHolders() const override {
+    return std::vector<std::string>();
+  }
 };
 
 // The user's short name; the number of the user where the machine knows no name.
