@@ -54,8 +54,8 @@ DashboardPage makeDashboardPage(const DashboardInputs& inputs) {
                 .enabled = idle};
   page.updateAll = {.text = texts.text("Update All"),
                     .help = texts.text("Install all pending updates"),
-                    .visible = inputs.capabilities.updatesAll,
-                    .enabled = inputs.capabilities.updatesAll && idle && hasSomethingToUpdate(fields.inventory)};
+                    .visible = true,
+                    .enabled = idle && hasSomethingToUpdate(fields.inventory)};
   page.workLine = workLine(fields.gate, texts);
   page.statusLine = inputs.statusLine;
   page.statusSymbol = inputs.statusSymbol;

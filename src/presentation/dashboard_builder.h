@@ -27,7 +27,6 @@ inline constexpr std::size_t kExpandedHistoryLimit = 10;
 
 // Which actions have something behind them in this program. One without is not offered.
 struct DashboardCapabilities {
-  bool updatesAll = false;
   bool updatesItself = false;
 };
 

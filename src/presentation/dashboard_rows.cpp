@@ -129,15 +129,6 @@ std::string progressText(const AppInfo& app, const StatusFields& fields, const P
   return isDone ? std::string() : texts.text("Waiting…");
 }
 
-// The first letter, whatever its alphabet; empty when the name has none.
-std::string monogram(const std::string& name) {
-  std::size_t length = name.empty() ? 0 : 1;
-  while (length < name.size() && (static_cast<unsigned char>(name[length]) & 0xC0U) == 0x80U) ++length;
-  auto letter = name.substr(0, length);
-  if (letter.size() == 1 && letter[0] >= 'a' && letter[0] <= 'z') letter[0] = static_cast<char>(letter[0] - 'a' + 'A');
-  return letter;
-}
-
 std::string spokenText(const AppStatusRow& row) {
   std::string text = row.name;
   for (const auto* part : {&row.versionText, &row.statusText, &row.failureText, &row.progressText})
@@ -157,7 +148,7 @@ AppStatusRow makeAppStatusRow(const AppInfo& app, const DashboardInputs& inputs,
   AppStatusRow row;
   row.key = app.label.text;
   row.name = app.displayName();
-  row.monogram = monogram(row.name);
+  row.monogram = monogramOf(row.name);
   row.iconBundle = app.appPath.value_or("");
   row.versionText = versionText(app, texts);
   row.statusText = std::move(line.text);

@@ -51,9 +51,24 @@ std::string relative(Date moment, Date now, std::int64_t days) {
 
 }  // namespace
 
+std::string absoluteMomentText(Date moment, Date now, const Locale& locale) {
+  const auto days = calendarDaysBetween(now, moment, locale);
+  if (days == 0) return fmt::format(fmt::runtime(localized("at {}")), locale.shortTime(moment));
+  if (days == 1 || days == -1) return absolute(moment, days, locale);
+  return fmt::format(fmt::runtime(localized("on {}")), locale.mediumDateShortTime(moment));
+}
+
 std::string momentText(Date moment, Date now, const Locale& locale) {
   const auto days = calendarDaysBetween(now, moment, locale);
   return fmt::format(fmt::runtime(localized("{}, {}")), absolute(moment, days, locale), relative(moment, now, days));
+}
+
+std::string monogramOf(const std::string& name) {
+  std::size_t length = name.empty() ? 0 : 1;
+  while (length < name.size() && (static_cast<unsigned char>(name[length]) & 0xC0U) == 0x80U) ++length;
+  auto letter = name.substr(0, length);
+  if (letter.size() == 1 && letter[0] >= 'a' && letter[0] <= 'z') letter[0] = static_cast<char>(letter[0] - 'a' + 'A');
+  return letter;
 }
 
 }  // namespace corvane

@@ -17,6 +17,12 @@ namespace corvane {
 // 19 days ago". Whole units only: minutes below an hour, hours below two days, then calendar days. Main thread.
 [[nodiscard]] std::string momentText(Date moment, Date now, const Locale& locale);
 
+// The same moment inside a sentence: "at 3:40 PM", "tomorrow at 3:40 PM", "on Nov 3, 2026, 2:40 PM". Main thread.
+[[nodiscard]] std::string absoluteMomentText(Date moment, Date now, const Locale& locale);
+
+// What stands for an application without an icon: the first letter of its name, whatever its alphabet.
+[[nodiscard]] std::string monogramOf(const std::string& name);
+
 class PageTexts {
  public:
   explicit PageTexts(const AppDisplayTitle& title)

@@ -1,0 +1,134 @@
+#include "presentation/deferral_prompt_controller.h"
+
+#include <utility>
+
+#include "core/preferences/display_title.h"
+
+namespace corvane {
+
+DeferralPromptController::DeferralPromptController(StatusViewModel& model, const WorkflowServices& services)
+    : model_(model),
+      services_(services),
+      countdown_(
+          services_.main, services_.clock, [this] { tell(); }, [this] { timedOut(); }),
+      confirmation_(
+          services_.main, services_.clock, [this] { tell(); }, [this] { accept(); }) {
+  changes_ = model_.observe([this] { modelChanged(); });
+  modelChanged();
+}
+
+Lease DeferralPromptController::observe(std::function<void()> changed) {
+  auto observer = std::make_shared<std::function<void()>>(std::move(changed));
+  observers_.push_back(observer);
+  return Lease(lifeline_.guard([this, observer] {
+    *observer = nullptr;
+    observers_.remove(observer);
+  }));
+}
+
+std::optional<DeferralPromptController::Presentation> DeferralPromptController::current() const {
+  const auto& fields = model_.fields().deferral;
+  if (!fields.showDeferralPrompt) return std::nullopt;
+  return Presentation{.generation = fields.deferralPromptGeneration, .escalation = fields.currentDeferralEscalation};
+}
+
+void DeferralPromptController::modelChanged() {
+  const auto stands = current();
+  if (!stands && !shown_) return;
+  if (shown_ != stands) {
+    shown_ = stands;
+    endConfirmation();
+    if (stands)
+      countdown_.start(model_.promptCountdownSeconds());
+    else
+      countdown_.stop();
+  }
+  rebuild();
+}
+
+void DeferralPromptController::rebuild() {
+  const auto config = services_.preferences.loadConfiguration();
+  const PageTexts texts{AppDisplayTitle(config)};
+  timeoutAction_ = config.dialogTimeoutDeferralAction;
+  if (shown_) {
+    const auto apps = model_.deferralPromptApps();
+    page_ = makeDeferralPromptPage(
+        {.fields = model_.fields().deferral,
+         .apps = apps,
+         .inventory = model_.fields().inventory.apps,
+         .options = model_.availableDeferralOptions(),
+         .explanation = model_.hardDeadlineExplanation(),
+         .remaining = model_.deferralsRemainingSummary(),
+         .timeoutAction = timeoutAction_,
+         .deferButtonIsPrimary = services_.preferences.readDeferralDialogPrimaryButton() == "defer",
+         .hardMayClose = config.hardDeadlineDialogAllowClose},
+        services_.clock.now(), services_.locale, texts);
+  } else {
+    page_.visible = false;
+  }
+  tell();
+}
+
+// Each second: only what the clock changes is worded anew.
+void DeferralPromptController::tell() {
+  const PageTexts texts{AppDisplayTitle(services_.preferences.loadConfiguration())};
+  if (shown_)
+    tellTime(page_,
+             {.escalation = shown_->escalation,
+              .timeoutAction = timeoutAction_,
+              .secondsLeft = isConfirming() ? resumeSeconds_ : countdown_.remainingSeconds(),
+              .selectedMinutes = model_.fields().deferral.selectedDeferralMinutes},
+             services_.clock.now(), services_.locale, texts);
+  page_.confirmation = !isConfirming() ? ConfirmationPage()
+                       : accepted_     ? makeAcceptedPage(texts)
+                                       : makeConfirmationPage(confirmation_.remainingSeconds(), texts);
+  const auto round = observers_;
+  for (const auto& observer : round)
+    if (*observer) (*observer)();
+}
+
+void DeferralPromptController::timedOut() {
+  if (isCurrent()) model_.dialogTimeoutElapsed();
+}
+
+void DeferralPromptController::select(std::int64_t minutes) { model_.setSelectedDeferralMinutes(minutes); }
+
+void DeferralPromptController::defer() {
+  if (isCurrent() && !isConfirming()) model_.deferUpdates(false);
+}
+
+void DeferralPromptController::install() {
+  if (!isCurrent() || isConfirming()) return;
+  if (shown_->escalation == DeferralEscalation::hard) return model_.installNow();
+  resumeSeconds_ = countdown_.remainingSeconds();
+  countdown_.stop();
+  confirming_ = shown_;
+  confirmation_.start(kConfirmationSeconds);
+  tell();
+}
+
+// The answer stays given while the install waits for its turn: the prompt's countdown does not come back.
+void DeferralPromptController::accept() {
+  if (!isConfirming() || accepted_) return;
+  confirmation_.stop();
+  accepted_ = true;
+  model_.installNow();
+  tell();
+}
+
+void DeferralPromptController::decline() {
+  if (!isConfirming() || accepted_) return;
+  endConfirmation();
+  countdown_.start(resumeSeconds_);
+  tell();
+}
+
+void DeferralPromptController::endConfirmation() {
+  confirming_.reset();
+  accepted_ = false;
+  confirmation_.stop();
+}
+
+void DeferralPromptController::close() { model_.closeDeferralPrompt(); }
+
+}  // namespace corvane
