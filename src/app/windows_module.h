@@ -4,16 +4,17 @@
 #include <functional>
 #include <string>
 
+#include "app/prompt_windows.h"
 #include "workflow/status_view_model.h"
 #include "workflow/workflow_services.h"
 
 namespace corvane {
 
 class UvMainLoop;
+class DeferralPromptController;
 
 // What the windows can cause beyond the model's operations. One that is absent is not offered.
 struct WindowActions {
-  std::function<void()> updateAll;
   std::function<void()> updateItself;
 };
 
@@ -22,6 +23,8 @@ struct WindowsHost {
   StatusViewModel& model;
   const WorkflowServices& services;
   UvMainLoop& loop;
+  DeferralPromptController& prompt;
+  PromptWindows& promptWindows;
   WindowActions actions{};
 };
 

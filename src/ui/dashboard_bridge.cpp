@@ -6,28 +6,8 @@
 
 namespace corvane::ui {
 
-DashboardBridge::DashboardBridge(DashboardActions actions, QObject* parent)
-    : QObject(parent), actions_(std::move(actions)) {
-  setPage({});
-}
-
-void DashboardBridge::setPage(const DashboardPage& page) {
-  std::apply(
-      [&](const auto&... field) {
-        const auto hand = [&](const auto& f) {
-          using Value = std::remove_cvref_t<decltype(page.*(f.member))>;
-          if constexpr (std::is_same_v<Value, std::vector<AppStatusRow>>) {
-            rows_.setRows(page.*(f.member));
-          } else if (!everShown_ || !(page.*(f.member) == shown_.*(f.member))) {
-            map_.insert(toQString(f.name), toVariant(page.*(f.member)));
-          }
-        };
-        (hand(field), ...);
-      },
-      PageFields<DashboardPage>::all);
-  shown_ = page;
-  everShown_ = true;
-}
+DashboardBridge::DashboardBridge(DashboardActions actions, PromptBridge& prompt, QObject* parent)
+    : QObject(parent), actions_(std::move(actions)), prompt_(prompt) {}
 
 void DashboardBridge::setWindowTitle(const QString& title) {
   if (title == windowTitle_) return;

@@ -2,16 +2,16 @@
 #pragma once
 
 #include <QObject>
-#include <QQmlPropertyMap>
 #include <QString>
 #include <functional>
 
 #include "presentation/dashboard_page.h"
-#include "ui/row_list_model.h"
+#include "ui/page_map.h"
+#include "ui/prompt_bridge.h"
 
 namespace corvane::ui {
 
-// What the page can ask for. Labels by their text. Only updateAll and updateItself may be absent.
+// What the page can ask for. Labels by their text. Only updateItself may be absent.
 struct DashboardActions {
   std::function<void()> discoverInstalledApps;
   std::function<void()> checkForUpdates;
@@ -32,26 +32,27 @@ class DashboardBridge final : public QObject {
   Q_OBJECT
   Q_PROPERTY(QQmlPropertyMap* page READ page CONSTANT)
   Q_PROPERTY(QAbstractListModel* rows READ rows CONSTANT)
+  Q_PROPERTY(corvane::ui::PromptBridge* prompt READ prompt CONSTANT)
   Q_PROPERTY(QString windowTitle READ windowTitle WRITE setWindowTitle NOTIFY windowTitleChanged)
   Q_PROPERTY(QString statusSectionTitle READ statusSectionTitle CONSTANT)
 
  public:
-  explicit DashboardBridge(DashboardActions actions, QObject* parent = nullptr);
+  // `prompt` outlives it.
+  DashboardBridge(DashboardActions actions, PromptBridge& prompt, QObject* parent = nullptr);
 
   // Hands QML the fields that differ from the page before.
-  void setPage(const DashboardPage& page);
+  void setPage(const DashboardPage& page) { map_.set(page); }
   void setWindowTitle(const QString& title);
 
-  [[nodiscard]] QQmlPropertyMap* page() { return &map_; }
-  [[nodiscard]] QAbstractListModel* rows() { return &rows_; }
+  [[nodiscard]] QQmlPropertyMap* page() { return map_.fields(); }
+  [[nodiscard]] QAbstractListModel* rows() { return map_.rows(); }
+  [[nodiscard]] PromptBridge* prompt() const { return &prompt_; }
   [[nodiscard]] QString windowTitle() const { return windowTitle_; }
   [[nodiscard]] QString statusSectionTitle() const;
 
   Q_INVOKABLE void discoverInstalledApps() { actions_.discoverInstalledApps(); }
   Q_INVOKABLE void checkForUpdates() { actions_.checkForUpdates(); }
-  Q_INVOKABLE void updateAll() {
-    if (actions_.updateAll) actions_.updateAll();
-  }
+  Q_INVOKABLE void updateAll() { actions_.updateAll(); }
   Q_INVOKABLE void updateApp(const QString& label) { actions_.updateApp(label.toStdString()); }
   Q_INVOKABLE void recheck(const QString& label) { actions_.recheck(label.toStdString()); }
   Q_INVOKABLE void recheckAll() { actions_.recheckAll(); }
@@ -70,10 +71,8 @@ class DashboardBridge final : public QObject {
 
  private:
   DashboardActions actions_;
-  DashboardPage shown_;
-  bool everShown_ = false;
-  QQmlPropertyMap map_;
-  RowListModel<AppStatusRow> rows_;
+  PromptBridge& prompt_;
+  PageMap<DashboardPage, AppStatusRow> map_;
   QString windowTitle_;
 };
 

@@ -14,8 +14,9 @@ constexpr Duration kDateRefresh = 60s;
 
 }  // namespace
 
-DashboardController::DashboardController(StatusViewModel& model, const WorkflowServices& services, WindowActions host)
-    : model_(model), services_(services), host_(std::move(host)), bridge_(actions()) {
+DashboardController::DashboardController(StatusViewModel& model, const WorkflowServices& services, PromptBridge& prompt,
+                                         WindowActions host)
+    : model_(model), services_(services), host_(std::move(host)), bridge_(actions(), prompt) {
   changes_ = model_.observe([this] { refresh(); });
   minutes_ = services_.main.every(
       kDateRefresh, [this] { refresh(); }, kDateRefresh / 10);
@@ -41,8 +42,7 @@ void DashboardController::refresh() {
                                      .watchpoint = model_.pendingWatchpoint(),
                                      .expanded = expanded,
                                      .selfUpdateDismissed = selfUpdate && selfUpdate == dismissedSelfUpdate_,
-                                     .capabilities = {.updatesAll = static_cast<bool>(host_.updateAll),
-                                                      .updatesItself = static_cast<bool>(host_.updateItself)}}));
+                                     .capabilities = {.updatesItself = static_cast<bool>(host_.updateItself)}}));
 }
 
 std::map<Label, ExpandedHistory> DashboardController::expandedHistories() {
@@ -58,7 +58,7 @@ DashboardActions DashboardController::actions() {
   return {.discoverInstalledApps =
               [this] { whenIdle("discoverInstalledApps", [this] { model_.discoverInstalledApps(); }); },
           .checkForUpdates = [this] { whenIdle("checkForUpdates", [this] { model_.checkForUpdates(); }); },
-          .updateAll = host_.updateAll,
+          .updateAll = [this] { model_.updateAll(DeferralPromptHost::dashboard); },
           .updateApp = [this](const std::string& label) { updateApp(label); },
           .recheck = [this](const std::string& label) { model_.forceRecheck(Label(label)); },
           .recheckAll = [this] { model_.forceRecheckAllAlerts(); },

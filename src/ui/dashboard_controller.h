@@ -17,7 +17,8 @@ namespace corvane::ui {
 // Main thread. Holds the page's own state: which rows are expanded, and a dismissed banner.
 class DashboardController {
  public:
-  DashboardController(StatusViewModel& model, const WorkflowServices& services, WindowActions host);
+  DashboardController(StatusViewModel& model, const WorkflowServices& services, PromptBridge& prompt,
+                      WindowActions host);
 
   [[nodiscard]] DashboardBridge& bridge() { return bridge_; }
 

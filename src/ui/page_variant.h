@@ -3,6 +3,7 @@
 
 #include <QString>
 #include <QVariant>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,7 @@ inline QString toQString(std::string_view text) {
 }
 inline QVariant toVariant(const std::string& text) { return toQString(text); }
 inline QVariant toVariant(bool value) { return value; }
+inline QVariant toVariant(std::int64_t value) { return QVariant::fromValue<qlonglong>(value); }
 inline QVariant toVariant(ColorRole role) { return toQString(colorRoleName(role)); }
 
 template <PageStruct T>

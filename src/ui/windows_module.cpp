@@ -5,9 +5,11 @@
 
 #include "platform/qt/qt_main_loop.h"
 #include "platform/uv/uv_main_loop.h"
+#include "presentation/deferral_prompt_controller.h"
 #include "ui/dashboard_controller.h"
 #include "ui/dashboard_window.h"
 #include "ui/desktop_appearance.h"
+#include "ui/prompt_surface.h"
 #include "ui/windows_application.h"
 
 namespace corvane::ui {
@@ -25,10 +27,16 @@ int runWindows(WindowsHost& host) {
   QGuiApplication application(arguments.count, arguments.list);
   prepareApplication();
   QtMainLoop loop(host.loop);
-  DashboardController controller(host.model, host.services, host.actions);
+  PromptSurface prompt(host.prompt, host.services);
+  DashboardController controller(host.model, host.services, prompt.bridge(), host.actions);
   DashboardWindow window(controller.bridge());
   if (!window.ok()) return 1;
-  const DesktopAppearance appearance([&](const Appearance& wanted) { window.setAppearance(wanted); });
+  const DesktopAppearance appearance([&](const Appearance& wanted) {
+    window.setAppearance(wanted);
+    prompt.panel().setAppearance(wanted);
+  });
+  host.promptWindows.attach(&prompt);
+  const Lease detached([&] { host.promptWindows.attach(nullptr); });
   window.show();
   return loop.exec();
 }
@@ -38,7 +46,8 @@ int drawDashboard(WindowsHost& host, const std::string& file) {
   Arguments arguments;
   QGuiApplication application(arguments.count, arguments.list);
   prepareApplication();
-  DashboardController controller(host.model, host.services, host.actions);
+  PromptSurface prompt(host.prompt, host.services);
+  DashboardController controller(host.model, host.services, prompt.bridge(), host.actions);
   DashboardWindow window(controller.bridge());
   if (!window.ok()) return 1;
   window.show();

@@ -15,6 +15,7 @@
 #include "base/plist.h"
 #include "support/temporary_folder.h"
 #include "ui/page_states.h"
+#include "ui/prompt_states.h"
 
 namespace corvane::ui {
 namespace {
@@ -82,6 +83,12 @@ class DashboardWindowTest : public ::testing::Test {
   [[nodiscard]] std::string heard() { return std::exchange(heard_, {}); }
 
   std::string heard_;
+  PromptBridge prompt_{{.select = [this](std::int64_t minutes) { heard_ += "select:" + std::to_string(minutes) + " "; },
+                        .defer = [this] { heard_ += "defer "; },
+                        .install = [this] { heard_ += "install "; },
+                        .accept = [this] { heard_ += "accept "; },
+                        .decline = [this] { heard_ += "decline "; },
+                        .close = [this] { heard_ += "close "; }}};
   DashboardBridge bridge_{{.discoverInstalledApps = [this] { heard_ += "discover "; },
                            .checkForUpdates = [this] { heard_ += "check "; },
                            .updateAll = [this] { heard_ += "updateAll "; },
@@ -94,7 +101,8 @@ class DashboardWindowTest : public ::testing::Test {
                            .openHelperSettings = [this] { heard_ += "settings "; },
                            .resetHelper = [this] { heard_ += "reset "; },
                            .updateItself = [this] { heard_ += "itself "; },
-                           .dismissSelfUpdate = [this] { heard_ += "dismiss "; }}};
+                           .dismissSelfUpdate = [this] { heard_ += "dismiss "; }},
+                          prompt_};
   DashboardWindow window_{bridge_};
   PageState state_;
 };
@@ -253,8 +261,7 @@ TEST_F(DashboardWindowTest, aNewVersionOfTheProgramIsOfferedAndDismissed) {
   state.fields.selfUpdate.selfUpdateAvailable = SelfUpdateAvailability{.availableVersion = "4.1"};
   show(state);
   EXPECT_EQ(item("updateItself"), nullptr) << "nothing stands behind it";
-  EXPECT_EQ(item("updateAll"), nullptr);
-  state.capabilities = {.updatesAll = true, .updatesItself = true};
+  state.capabilities = {.updatesItself = true};
   show(state);
   click(item("updateItself"));
   click(item("dismissSelfUpdate"));
@@ -262,11 +269,41 @@ TEST_F(DashboardWindowTest, aNewVersionOfTheProgramIsOfferedAndDismissed) {
   EXPECT_EQ(heard(), "itself dismiss updateAll ");
 }
 
+TEST_F(DashboardWindowTest, thePromptStandsInTheWindowThatAskedAndTakesItsAnswers) {
+  prompt_.setPage(promptPage(4, DeferralEscalation::normal, DeferralPromptHost::standalone));
+  draw();
+  EXPECT_EQ(item("install"), nullptr) << "it has a window of its own";
+  prompt_.setPage(promptPage(4, DeferralEscalation::normal, DeferralPromptHost::dashboard));
+  draw();
+  ASSERT_NE(item("promptList"), nullptr);
+  EXPECT_FALSE(item("promptList")->property("interactive").toBool());
+  click(item("defer"));
+  click(item("install"));
+  press(Qt::Key_Escape);
+  EXPECT_EQ(heard(), "defer install close ");
+  click(item("check"));
+  EXPECT_EQ(heard(), "") << "the page behind is out of reach";
+  auto confirming = promptPage(5, DeferralEscalation::normal, DeferralPromptHost::dashboard);
+  EXPECT_TRUE(item("promptList") != nullptr);
+  confirming.confirmation = makeConfirmationPage(9, PageTexts{AppDisplayTitle("Corvane")});
+  prompt_.setPage(confirming);
+  draw();
+  EXPECT_EQ(item("install"), nullptr);
+  click(item("confirmationNo"));
+  press(Qt::Key_Tab);
+  click(item("confirmationYes"));
+  EXPECT_EQ(heard(), "decline accept ");
+  confirming.confirmation = {};
+  prompt_.setPage(confirming);
+  draw();
+  EXPECT_TRUE(item("promptList")->property("interactive").toBool()) << "more than four rows scroll";
+}
+
 TEST_F(DashboardWindowTest, everyButtonHasANameAndAPress) {
   auto state = ordinaryState();
   state.fields.helper.helperOperational = false;
   state.fields.selfUpdate.selfUpdateAvailable = SelfUpdateAvailability{.availableVersion = "4.1"};
-  state.capabilities = {.updatesAll = true, .updatesItself = true};
+  state.capabilities = {.updatesItself = true};
   show(state);
   QList<QQuickItem*> buttons;
   collectButtons(window_.window()->contentItem(), buttons);

@@ -151,7 +151,7 @@ PageState selfUpdate() {
   auto state = ordinary("self-update");
   state.fields.selfUpdate.selfUpdateAvailable =
       SelfUpdateAvailability{.label = Label("corvane4"), .availableVersion = "4.1", .runningVersion = "4.0"};
-  state.capabilities = {.updatesAll = true, .updatesItself = true};
+  state.capabilities = {.updatesItself = true};
   return state;
 }
 

@@ -14,9 +14,12 @@
 #include "app/launch_log.h"
 #include "app/single_instance.h"
 #include "app/windows_module.h"
+#include "background/deferral_watcher.h"
 #include "core/policies/gui_instance_policy.h"
 #include "core/preferences/display_title.h"
+#include "platform/dbus/session_focus_state.h"
 #include "platform/posix/standard_descriptors.h"
+#include "presentation/deferral_prompt_controller.h"
 #include "programs/user/user_machine.h"
 
 extern char** environ;  // NOLINT(readability-redundant-declaration)
@@ -49,7 +52,8 @@ Function* windowsFunction(const std::filesystem::path& bundle, const char* symbo
 // Of the usage text, which comes before anything else is built.
 std::string configuredTitle(const CorvaneConstants& places) {
   UserMachine machine(places);
-  return AppDisplayTitle(Services(machine.ports()).preferences.loadConfiguration()).current();
+  AskedFor focus;
+  return AppDisplayTitle(Services(machine.ports(focus)).preferences.loadConfiguration()).current();
 }
 
 // Whether a window could open. The toolkit would end the process where none can, without a word to act on.
@@ -80,7 +84,8 @@ int launch(UserMachine& machine) {
   if (!claimSingleInstance(machine.lock, byAgent, log)) return 0;
   claimState(machine.stateLock, log);
 
-  Services services(machine.ports());
+  SessionFocusState focus;
+  Services services(machine.ports(focus));
   const auto config = services.preferences.loadConfiguration();
   machine.log.refreshVerbosityFromPreferences(config.verboseMode, config.debugMode);
   log.info(launchLine({.shortVersion = machine.bundle.shortVersion(),
@@ -101,7 +106,13 @@ int launch(UserMachine& machine) {
   model.begin();
 
   const auto workflow = services.workflow();
-  WindowsHost host{.model = model, .services = workflow, .loop = machine.loop};
+  DeferralPromptController prompt(model, workflow);
+  DeferralWatcher watcher(model, workflow);
+  WindowsHost host{.model = model,
+                   .services = workflow,
+                   .loop = machine.loop,
+                   .prompt = prompt,
+                   .promptWindows = services.promptWindows};
   auto* runWindows = windowsFunction<int(WindowsHost&)>(machine.bundle.path(), kRunWindowsSymbol);
   if (runWindows == nullptr) return 1;
 
@@ -110,6 +121,7 @@ int launch(UserMachine& machine) {
   helperStart.ensureRunning([&](const Status& started) {
     if (!started) log.warning("The root helper is not running: " + started.error().text);
     model.loadStatus();
+    watcher.start();
   });
   return runWindows(host);
 }

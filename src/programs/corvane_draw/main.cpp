@@ -8,6 +8,7 @@
 
 #include "app/windows_module.h"
 #include "platform/posix/standard_descriptors.h"
+#include "presentation/deferral_prompt_controller.h"
 #include "programs/user/user_machine.h"
 
 namespace {
@@ -30,11 +31,17 @@ int draw(const std::filesystem::path& bundle, const std::string& file) {
     return 1;
   }
   UserMachine machine(*places, bundle / "Contents/MacOS/Corvane");
-  Services services(machine.ports());
+  AskedFor focus;
+  Services services(machine.ports(focus));
   StatusViewModel model(services.workflow());
   model.refreshHelperState(false);
   const auto workflow = services.workflow();
-  WindowsHost host{.model = model, .services = workflow, .loop = machine.loop};
+  DeferralPromptController prompt(model, workflow);
+  WindowsHost host{.model = model,
+                   .services = workflow,
+                   .loop = machine.loop,
+                   .prompt = prompt,
+                   .promptWindows = services.promptWindows};
   if (drawDashboard(host, file) == 0) return 0;
   fmt::print(stderr, "corvane_draw: {} cannot be written\n", file);
   return 1;

@@ -74,33 +74,9 @@ Item {
         height: Theme.rowHeight
         spacing: 1.5 * Theme.grid
 
-        Item {
-            Layout.preferredWidth: Theme.iconSize
-            Layout.preferredHeight: Theme.iconSize
-            Rectangle {
-                anchors.fill: parent
-                objectName: "monogram"
-                visible: !icon.found
-                radius: 8
-                color: Theme.monogram
-                Text {
-                    anchors.centerIn: parent
-                    text: root.monogram
-                    color: Theme.secondary
-                    font.pixelSize: Theme.headingSize
-                    font.weight: Font.DemiBold
-                }
-            }
-            Image {
-                id: icon
-                objectName: "icon"
-                readonly property bool found: status === Image.Ready && implicitWidth > 1
-                anchors.fill: parent
-                visible: found
-                source: root.iconBundle === "" ? "" : "image://application/" + encodeURIComponent(root.iconBundle)
-                sourceSize: Qt.size(width * Screen.devicePixelRatio, height * Screen.devicePixelRatio)
-                asynchronous: true
-            }
+        AppIcon {
+            bundle: root.iconBundle
+            monogram: root.monogram
         }
         ColumnLayout {
             Layout.fillWidth: true

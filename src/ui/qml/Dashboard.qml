@@ -32,6 +32,11 @@ ApplicationWindow {
 
     readonly property bool compact: width < 760
 
+    PromptOverlay {
+        objectName: "promptOverlay"
+        bridge: window.bridge.prompt
+    }
+
     RowLayout {
         anchors.fill: parent
         spacing: 0

@@ -1,4 +1,4 @@
-// Draws the dashboard in each of its states into a folder: corvane_screenshots FOLDER [NAME...]
+// Draws the dashboard and the prompt in each of its states into a folder: corvane_screenshots FOLDER [NAME...]
 #include <QGuiApplication>
 #include <QQuickWindow>
 #include <algorithm>
@@ -8,24 +8,49 @@
 #include <vector>
 
 #include "ui/dashboard_window.h"
+#include "ui/page_engine.h"
 #include "ui/page_states.h"
+#include "ui/prompt_panel.h"
+#include "ui/prompt_states.h"
 #include "ui/windows_application.h"
 
 namespace {
 
 using namespace corvane;
 
-bool draw(const PageState& state, const std::filesystem::path& folder) {
-  ui::DashboardBridge bridge({});
+bool save(const QImage& picture, const std::filesystem::path& folder, const std::string& name) {
+  return picture.save(ui::toQString((folder / (name + ".png")).string()));
+}
+
+bool draw(const PageState& state, const DeferralPromptPage& prompt, const std::filesystem::path& folder) {
+  ui::PromptBridge promptBridge({});
+  ui::DashboardBridge bridge({}, promptBridge);
   bridge.setWindowTitle(QStringLiteral("Corvane"));
   bridge.setPage(state.page());
   ui::DashboardWindow window(bridge);
   if (!window.ok()) return false;
   window.setAppearance({.dark = state.dark, .reducedMotion = true});
   window.resize(state.width, state.height);
+  promptBridge.setPage(prompt);
   window.show();
   QCoreApplication::processEvents();
-  return window.grab().save(ui::toQString((folder / (state.name + ".png")).string()));
+  return save(window.grab(), folder, state.name);
+}
+
+bool draw(const PromptState& state, const std::filesystem::path& folder) {
+  if (state.inDashboard) {
+    auto behind = ordinaryState();
+    behind.name = state.name;
+    behind.dark = state.dark;
+    return draw(behind, state.page, folder);
+  }
+  ui::PromptBridge bridge({});
+  bridge.setWindowTitle(QStringLiteral("Corvane"));
+  bridge.setPage(state.page);
+  ui::PromptPanel panel(bridge);
+  panel.setAppearance({.dark = state.dark, .reducedMotion = true});
+  if (!panel.show()) return false;
+  return save(ui::grabWhole(*panel.window()), folder, state.name);
 }
 
 }  // namespace
@@ -41,9 +66,12 @@ int main(int argc, char** argv) {
   ui::prepareApplication();
   std::filesystem::create_directories(arguments.front());
   bool fine = true;
-  for (const auto& state : allPageStates()) {
-    const bool wanted = arguments.size() == 1 || std::ranges::count(arguments.begin() + 1, arguments.end(), state.name);
-    if (wanted) fine = draw(state, arguments.front()) && fine;
-  }
+  const auto wanted = [&](const std::string& name) {
+    return arguments.size() == 1 || std::ranges::count(arguments.begin() + 1, arguments.end(), name) > 0;
+  };
+  for (const auto& state : allPageStates())
+    if (wanted(state.name)) fine = draw(state, {}, arguments.front()) && fine;
+  for (const auto& state : allPromptStates())
+    if (wanted(state.name)) fine = draw(state, arguments.front()) && fine;
   return fine ? 0 : 1;
 }

@@ -1,0 +1,26 @@
+// What every window of ours is made of: an engine with our pictures, the page's file, the appearance.
+#pragma once
+
+#include <QImage>
+#include <QObject>
+#include <QQmlApplicationEngine>
+#include <QString>
+
+#include "ui/desktop_appearance.h"
+
+class QQuickWindow;
+
+namespace corvane::ui {
+
+// Loads "<name>.qml" over its bridge. Null only by a fault of ours; the reason is on standard error.
+[[nodiscard]] QQuickWindow* loadPage(QQmlApplicationEngine& engine, const QString& name, QObject& bridge);
+
+void applyAppearance(QQuickWindow& window, const Appearance& appearance);
+
+// Raises the window and asks for the keyboard.
+void bringToFront(QQuickWindow& window);
+
+// What the window shows now, once its pictures have come.
+[[nodiscard]] QImage grabWhole(QQuickWindow& window);
+
+}  // namespace corvane::ui

@@ -1,0 +1,55 @@
+#include "ui/prompt_panel.h"
+
+#include <QGuiApplication>
+#include <QQuickWindow>
+#include <QScreen>
+#include <algorithm>
+
+#include "ui/page_engine.h"
+
+namespace corvane::ui {
+
+PromptPanel::~PromptPanel() = default;
+
+bool PromptPanel::make() {
+  engine_ = std::make_unique<QQmlApplicationEngine>();
+  window_ = loadPage(*engine_, QStringLiteral("PromptPanel"), bridge_);
+  if (window_ == nullptr) return false;
+  applyAppearance(*window_, appearance_);
+  connect(qGuiApp, &QGuiApplication::screenRemoved, this, [this] { comeBackToAScreen(); });
+  connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, [this] { comeBackToAScreen(); });
+  return true;
+}
+
+bool PromptPanel::show() {
+  if (window_ == nullptr && !make()) return false;
+  if (!window_->isVisible()) centre();
+  window_->show();
+  bringToFront(*window_);
+  return true;
+}
+
+void PromptPanel::hide() {
+  if (window_ != nullptr) window_->hide();
+}
+
+void PromptPanel::setAppearance(const Appearance& appearance) {
+  appearance_ = appearance;
+  if (window_ != nullptr) applyAppearance(*window_, appearance);
+}
+
+void PromptPanel::centre() {
+  const auto* screen = QGuiApplication::primaryScreen();
+  if (screen == nullptr) return;
+  window_->setPosition(screen->availableGeometry().center() - QPoint(window_->width() / 2, window_->height() / 2));
+}
+
+void PromptPanel::comeBackToAScreen() {
+  const auto screens = QGuiApplication::screens();
+  const bool seen = std::ranges::any_of(screens, [&](const QScreen* screen) {
+    return screen->availableGeometry().contains(window_->geometry().center());
+  });
+  if (!seen) centre();
+}
+
+}  // namespace corvane::ui
