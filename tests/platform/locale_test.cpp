@@ -65,7 +65,7 @@ TYPED_TEST(LocaleContract, NumbersAndDurationsAreWordedInFull) {
   EXPECT_EQ(world.locale.duration(0, DurationUnit::day), "0 days");
 }
 
-TEST(LinuxLocale, DurationsFollowTheLanguage) {
+TEST(LinuxLocaleTest, DurationsFollowTheLanguage) {
   const LinuxLocale german("de_DE", [] { return "Europe/Berlin"; });
   EXPECT_EQ(german.duration(2, DurationUnit::day), "2 Tage");
   EXPECT_EQ(german.number(1204), "1.204");

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -17,6 +18,7 @@
 #include "platform/dbus/bus_connection.h"
 #include "support/private_bus.h"
 #include "support/started_program.h"
+#include "support/temporary_folder.h"
 
 namespace corvane::testing {
 
@@ -177,6 +179,11 @@ TEST_F(SessionFocusStateTest, TheSettingCountsOfTheDesktopWhoseServiceRuns) {
 TEST_F(SessionFocusStateTest, IdleInhibitorsOfThisUserAreNamedByTheirProcess) {
   StartedProgram player({"/bin/sleep", "1000"}, {});
   ASSERT_GT(player.pid(), 0);
+  // The kernel lets the starter go on a moment before it has put the new program's arguments in place.
+  const auto arguments = "/proc/" + std::to_string(player.pid()) + "/cmdline";
+  ASSERT_TRUE(endsInTime([&] {
+    while (TemporaryFolder::read(arguments).empty() && ::kill(player.pid(), 0) == 0) continue;
+  }));
   const auto own = ::getuid();
   const auto pid = static_cast<std::uint32_t>(player.pid());
   const std::uint32_t nobody = 1U << 30U;  // over the kernel's largest number
