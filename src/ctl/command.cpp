@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <charconv>
+#include <optional>
 
 namespace corvane::ctl {
 namespace {
@@ -29,10 +31,20 @@ constexpr auto kVerbs = std::to_array<VerbFacts>({
      "first time of all it looks for applications. Fails when the helper cannot be\n"
      "reached, and when a label named is not answered for.\n"},
     {Verb::update, "update", true, true,
-     "Usage: corvanectl update [LABEL...] [--json]\n\n"
+     "Usage: corvanectl update [--all | LABEL...] [--json]\n\n"
      "Updates the applications named, or all that have an update pending and are not\n"
      "set aside until the next cycle. Fails when one of them fails, and when it cannot\n"
-     "tell because nothing is pending and applications were never checked.\n"},
+     "tell because nothing is pending and applications were never checked.\n\n"
+     "  --all   decide as the window's Update All does: check what is pending, then\n"
+     "          install it where no question is due, else say what would be asked\n"},
+    {Verb::defer, "defer", false, true,
+     "Usage: corvanectl defer MINUTES [--json]\n\n"
+     "Puts the pending updates off, as the prompt does: only for a length on offer and\n"
+     "within the limits. A refusal says which limit and until when.\n"},
+    {Verb::deadline, "deadline", false, false,
+     "Usage: corvanectl deadline [--json]\n\n"
+     "Shows the limits of deferrals, what is used of them, what is armed next and\n"
+     "which lengths are on offer. Reads what is stored.\n"},
     {Verb::history, "history", true, false,
      "Usage: corvanectl history [LABEL...] [--json]\n\n"
      "Lists finished patch runs, newest first, of all applications or of those named.\n"},
@@ -55,6 +67,14 @@ constexpr std::string_view kFilters = "all, needsUpdate, alerts, upToDate";
 constexpr std::string_view kFilterOption = "--filter";
 
 bool isFilter(std::string_view argument) { return argument == kFilterOption || argument.starts_with("--filter="); }
+
+// A whole number above 0.
+std::optional<std::int64_t> parsedMinutes(std::string_view text) {
+  std::int64_t minutes = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), minutes);
+  if (error != std::errc() || end != text.data() + text.size() || minutes < 1) return std::nullopt;
+  return minutes;
+}
 
 // Where the verb stands; what follows a bare --filter is its value.
 std::size_t firstThatIsNoOption(std::span<const std::string_view> arguments) {
@@ -119,6 +139,12 @@ Result<Command> parseCommand(std::span<const std::string_view> arguments) {
       const auto mode = caseFromRaw<FilterMode>(argument);
       if (!mode) return usage(fmt::format("\"{}\" is no filter; it is one of {}.", argument, kFilters));
       command.filter = *mode;
+    } else if (command.verb == Verb::update && argument == "--all") {
+      command.all = true;
+    } else if (command.verb == Verb::defer && !argument.starts_with("--") && command.minutes == 0) {
+      const auto minutes = parsedMinutes(argument);
+      if (!minutes) return usage(fmt::format("\"{}\" is no number of minutes above 0.", argument));
+      command.minutes = *minutes;
     } else if (argument.starts_with("-")) {
       return usage(fmt::format("{} knows no option {}. See corvanectl {} --help.", facts.name, argument, facts.name));
     } else if (!facts.takesLabels) {
@@ -130,6 +156,10 @@ Result<Command> parseCommand(std::span<const std::string_view> arguments) {
       command.labels.emplace_back(std::string(argument));
     }
   }
+  if (command.all && !command.labels.empty())
+    return usage("update takes either --all or labels. See corvanectl update --help.");
+  if (command.verb == Verb::defer && command.minutes == 0)
+    return usage("defer needs a number of minutes. See corvanectl defer --help.");
   command.labels = withoutDuplicates(command.labels);
   return command;
 }
@@ -141,6 +171,8 @@ std::string overviewHelp() {
          "  discover    look for installed applications\n"
          "  check       ask for latest versions\n"
          "  update      install updates\n"
+         "  defer       put pending updates off\n"
+         "  deadline    limits of deferrals, and what is armed next\n"
          "  history     finished patch runs\n"
          "  settings    every preference key, its value and where it comes from\n\n"
          "  --json      one JSON object on stdout, errors included\n"

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -12,7 +13,7 @@
 
 namespace corvane::ctl {
 
-enum class Verb { status, list, discover, check, update, history, settings };
+enum class Verb { status, list, discover, check, update, defer, deadline, history, settings };
 
 // What the process ends with.
 enum class ExitCode { done = 0, failed = 1, usage = 2, applicationRuns = 3, helperOutOfReach = 4 };
@@ -36,6 +37,8 @@ struct Command {
   bool verbGiven = false;  // of `--help`: a page for `verb`, else the overview
   bool json = false;
   FilterMode filter = FilterMode::all;
+  bool all = false;          // of `update`: the decision of Update All
+  std::int64_t minutes = 0;  // of `defer`
   Labels labels;
 };
 

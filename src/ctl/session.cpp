@@ -8,10 +8,11 @@
 
 #include "base/localized.h"
 #include "core/preferences/display_title.h"
+#include "ctl/deferral_commands.h"
 #include "ctl/label_judgement.h"
 #include "ctl/report.h"
+#include "ctl/running_command.h"
 #include "workflow/status_texts.h"
-#include "workflow/status_view_model.h"
 
 namespace corvane::ctl {
 namespace {
@@ -21,30 +22,28 @@ constexpr Duration kNoLimit = std::chrono::hours(24 * 365);
 // A helper answers what it is in milliseconds, runs or none; one that takes longer than this is stopped or hangs.
 constexpr Duration kHelperAnswerLimit = 10s;
 
-// What a command has in its hands once the model stands.
-struct Session {
-  const Command& command;
-  const World& world;
-  const WorkflowServices& services;
-  StatusViewModel& model;
-};
-
-// What is told in the end, and what the process ends with.
-struct Failure {
-  Error error;
-  ExitCode code = ExitCode::failed;
-};
-
 Error ctlError(ExitCode code, std::string text) {
   return {.domain = "CRVCtl", .code = static_cast<int>(code), .text = std::move(text)};
 }
+
+}  // namespace
+
+Failure failed(std::string text) { return {.error = ctlError(ExitCode::failed, std::move(text))}; }
 
 void print(const Session& session, const JsonValue& json, std::string_view text) {
   session.world.out(session.command.json ? writeJson(json) + "\n" : std::string(text));
 }
 
-// Waits until the model rests or `enough` holds, showing what the model says meanwhile.
-void waitUntilIdle(const Session& session, const std::function<bool()>& enough = nullptr) {
+ExitCode tell(const Session& session, const Failure& failure) {
+  return tellError(failure.error, session.command.json, failure.code, session.world);
+}
+
+std::optional<Failure> modelFailure(const Session& session) {
+  if (const auto& message = session.model.fields().messages.errorMessage) return failed(*message);
+  return std::nullopt;
+}
+
+void waitUntilIdle(const Session& session, const std::function<bool()>& enough) {
   std::string shown;
   const auto show = [&] {
     const auto& message = session.model.fields().messages.statusMessage;
@@ -62,8 +61,6 @@ void waitUntilIdle(const Session& session, const std::function<bool()>& enough =
   if (session.world.progress) session.world.progress("");
 }
 
-// Starts the helper when it does not run, and asks it once: a heartbeat outlives the helper by a minute, an
-// answer does not.
 std::optional<Failure> reachHelper(const Session& session) {
   const auto outOfReach = [](Error error) { return Failure{std::move(error), ExitCode::helperOutOfReach}; };
   std::optional<Status> started;
@@ -81,36 +78,6 @@ std::optional<Failure> reachHelper(const Session& session) {
   return std::nullopt;
 }
 
-std::optional<Error> claim(const World& world) {
-  const auto attempt = world.stateLock.take();
-  switch (attempt.outcome) {
-    case SessionLock::Outcome::heldByOther:
-      return ctlError(ExitCode::applicationRuns,
-                      AppDisplayTitle(world.services.preferences.loadConfiguration())
-                          .userFacing("Corvane or another corvanectl is at work and owns the state. Do this in the "
-                                      "window, or quit it and try again."));
-    case SessionLock::Outcome::couldNotMakeFolder:
-    case SessionLock::Outcome::couldNotOpen:
-      world.err(fmt::format("corvanectl: the state could not be claimed ({}); continuing\n", attempt.error));
-      break;
-    case SessionLock::Outcome::taken:
-      break;
-  }
-  return std::nullopt;
-}
-
-Failure failed(std::string text) { return {.error = ctlError(ExitCode::failed, std::move(text))}; }
-
-std::optional<Failure> modelFailure(const Session& session) {
-  if (const auto& message = session.model.fields().messages.errorMessage) return failed(*message);
-  return std::nullopt;
-}
-
-ExitCode tell(const Session& session, const Failure& failure) {
-  return tellError(failure.error, session.command.json, failure.code, session.world);
-}
-
-// The applications concerned, and beside them what the model says last or what went wrong.
 ExitCode finish(const Session& session, const Apps& apps, const std::optional<Failure>& failure) {
   if (failure && apps.empty()) return tell(session, *failure);
   const auto facts = session.model.facts();
@@ -132,6 +99,26 @@ Apps appsWithLabels(const Session& session, const Labels& labels) {
   for (const auto& app : session.model.fields().inventory.apps)
     if (std::ranges::find(labels, app.label) != labels.end()) apps.push_back(app);
   return apps;
+}
+
+namespace {
+
+std::optional<Error> claim(const World& world) {
+  const auto attempt = world.stateLock.take();
+  switch (attempt.outcome) {
+    case SessionLock::Outcome::heldByOther:
+      return ctlError(ExitCode::applicationRuns,
+                      AppDisplayTitle(world.services.preferences.loadConfiguration())
+                          .userFacing("Corvane or another corvanectl is at work and owns the state. Do this in the "
+                                      "window, or quit it and try again."));
+    case SessionLock::Outcome::couldNotMakeFolder:
+    case SessionLock::Outcome::couldNotOpen:
+      world.err(fmt::format("corvanectl: the state could not be claimed ({}); continuing\n", attempt.error));
+      break;
+    case SessionLock::Outcome::taken:
+      break;
+  }
+  return std::nullopt;
 }
 
 Labels knownLabels(const Session& session) {
@@ -288,9 +275,13 @@ ExitCode run(const Session& session) {
     case Verb::check:
       return runCheck(session);
     case Verb::update:
-      return runUpdate(session);
+      return session.command.all ? runUpdateAll(session) : runUpdate(session);
     case Verb::history:
       return runHistory(session);
+    case Verb::defer:
+      return runDefer(session);
+    case Verb::deadline:
+      return runDeadline(session);
     case Verb::settings:
       break;
   }

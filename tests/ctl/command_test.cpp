@@ -98,6 +98,11 @@ TEST(ParseCommand, SaysWhatIsWrongAndWhereHelpIs) {
       {"list --filter --json", "\"--json\" is no filter; it is one of all, needsUpdate, alerts, upToDate."},
       {"update --force", "update knows no option --force. See corvanectl update --help."},
       {"check --filter alerts", "check knows no option --filter. See corvanectl check --help."},
+      {"update --all quill", "update takes either --all or labels. See corvanectl update --help."},
+      {"defer", "defer needs a number of minutes. See corvanectl defer --help."},
+      {"defer -5", "\"-5\" is no number of minutes above 0."},
+      {"defer 1h", "\"1h\" is no number of minutes above 0."},
+      {"defer 60 120", "defer takes no \"120\". See corvanectl defer --help."},
       {"list -j", "list knows no option -j. See corvanectl list --help."},
   };
   for (const auto& row : rows) {
