@@ -5,6 +5,7 @@
 #include <QScreen>
 #include <algorithm>
 
+#include "ui/every_workspace.h"
 #include "ui/page_engine.h"
 
 namespace corvane::ui {
@@ -16,6 +17,7 @@ bool PromptPanel::make() {
   window_ = loadPage(*engine_, QStringLiteral("PromptPanel"), bridge_);
   if (window_ == nullptr) return false;
   applyAppearance(*window_, appearance_);
+  showOnEveryWorkspace(*window_);
   connect(qGuiApp, &QGuiApplication::screenRemoved, this, [this] { comeBackToAScreen(); });
   connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, [this] { comeBackToAScreen(); });
   return true;
