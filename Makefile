@@ -1,7 +1,8 @@
 # The front door. Each target first makes sure that what it needs is installed.
 #
 #   make              build the bundle at build/Corvane.app and the link build/corvanectl
-#   make run          a sample Mac, kept up to date in front of you
+#   make run          a sample Mac, kept up to date in front of you; SCENE=prompt, hard, confirmation or
+#                     completed-cycle starts it in that state
 #   make test         build, tests, format and layer checks
 #   make bench        every figure in one run
 #   make screenshots  every window in its states, drawn without a display
@@ -29,7 +30,7 @@ bundle: build/release/build.ninja
 	@ln -sfn Corvane.app/Contents/MacOS/corvanectl build/corvanectl
 
 run: bundle
-	@tools/run
+	@SCENE='$(SCENE)' tools/run
 
 test: build/debug/build.ninja
 	cmake --build --preset debug

@@ -1,4 +1,4 @@
-// corvane_sample: makes a sample Mac.
+// corvane_sample: makes a sample Mac, and writes scenes on one.
 #include <fmt/format.h>
 
 #include <charconv>
@@ -8,15 +8,24 @@
 #include <span>
 #include <string_view>
 
+#include "platform/linux/linux_locale.h"
+#include "platform/posix/system_clock.h"
 #include "sample/files.h"
 #include "sample/sample_mac.h"
+#include "sample/scenes.h"
 
 namespace {
 
 constexpr std::string_view kUsage =
     "Usage: corvane_sample create DIR --port N [--bundle Corvane.app] [--bundles N --labels N --seed S]\n"
     "Makes a folder that Corvane's programs take for a Mac; DIR/env is to be sourced.\n"
-    "With --bundles or --labels it makes large trees for benchmarks instead.\n";
+    "With --bundles or --labels it makes large trees for benchmarks instead.\n\n"
+    "Usage: corvane_sample scene NAME DIR\n"
+    "Writes preferences and receipts on the sample in DIR, from which the application starts in that state.\n"
+    "Ends with 3 when the sample's applications were not discovered yet.\n";
+
+constexpr int kUsageWrong = 2;
+constexpr int kNothingDiscovered = 3;
 
 template <class T>
 std::optional<T> number(std::string_view text) {
@@ -65,19 +74,39 @@ std::optional<corvane::sample::SampleSpec> parse(std::span<char*> arguments) {
   return spec.port > 0 ? std::optional(spec) : std::nullopt;
 }
 
+int writeScene(std::string_view name, const std::filesystem::path& sample) {
+  const auto* scene = corvane::sample::sceneNamed(name);
+  if (scene == nullptr) {
+    fmt::print(stderr, "corvane_sample: there is no scene \"{}\"; there are:\n", name);
+    for (const auto& each : corvane::sample::scenes()) fmt::print(stderr, "  {:<16} {}\n", each.name, each.shows);
+    return kUsageWrong;
+  }
+  corvane::sample::putScene(*scene, sample, corvane::SystemClock().now(), corvane::LinuxLocale().calendar());
+  fmt::print("Scene {}: {}\n{}\n", scene->name, scene->shows, scene->hint);
+  return 0;
+}
+
+int run(std::span<char*> arguments) {
+  if (arguments.size() == 4 && std::string_view(arguments[1]) == "scene") return writeScene(arguments[2], arguments[3]);
+  const auto spec = parse(arguments);
+  if (!spec) {
+    fmt::print(stderr, "{}", kUsage);
+    return kUsageWrong;
+  }
+  corvane::sample::createSample(*spec);
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  const auto spec = parse({argv, static_cast<std::size_t>(argc)});
-  if (!spec) {
-    fmt::print(stderr, "{}", kUsage);
-    return 2;
-  }
   try {
-    corvane::sample::createSample(*spec);
+    return run({argv, static_cast<std::size_t>(argc)});
+  } catch (const corvane::sample::NothingDiscovered& error) {
+    fmt::print(stderr, "corvane_sample: {}\n", error.what());
+    return kNothingDiscovered;
   } catch (const std::exception& error) {
     fmt::print(stderr, "corvane_sample: {}\n", error.what());
     return 1;
   }
-  return 0;
 }

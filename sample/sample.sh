@@ -7,6 +7,7 @@
 #   sample.sh status|env DIR        what runs; the file to source
 #   sample.sh open|close DIR NAME   open an application (--stubborn NAME: one that does not quit)
 #   sample.sh answer DIR quit|later answer the prompt that is up
+#   sample.sh scene NAME [DIR]      write the state in which the application is to start
 # DIR may be left out where CORVANE_ROOT names it. BUILD_DIR is where the programs were built.
 set -eu
 
@@ -16,7 +17,7 @@ fail() {
 }
 
 usage() {
-    sed -n '4,10p' "$0" | cut -c 3- >&2
+    sed -n '4,11p' "$0" | cut -c 3- >&2
     exit 2
 }
 
@@ -155,6 +156,32 @@ answer() {
     for pid in $pids; do kill -$signal "$pid"; done
 }
 
+# Of the bundle that belongs to the sample's programs, which lies in their build folder or beside it.
+commandLine() {
+    for folder in "$1" "$1/.."; do
+        if [ -x "$folder/Corvane.app/Contents/MacOS/corvanectl" ]; then
+            echo "$folder/Corvane.app/Contents/MacOS/corvanectl"
+            return
+        fi
+    done
+    fail "no Corvane.app at $1; build it first"
+}
+
+nothingDiscovered=3
+
+scene() {
+    build=$(noted "$1" build)
+    writer=$(programs "$build")/corvane_sample
+    code=0
+    "$writer" scene "$2" "$1" || code=$?
+    if [ $code -ne $nothingDiscovered ]; then return $code; fi
+    echo "Looking for the applications of the sample, once ..." >&2
+    ctl=$(commandLine "$build")
+    up "$1"
+    (. "$1/env" && "$ctl" discover >/dev/null) || fail "corvanectl discover failed"
+    "$writer" scene "$2" "$1"
+}
+
 status() {
     if pid=$(serverProcess "$1"); then
         echo "vendors: http://127.0.0.1:$(noted "$1" port) (process $pid)"
@@ -175,6 +202,10 @@ case "$verb" in
         exit
         ;;
     up | down | reset | status | env | open | close | answer) ;;
+    scene)
+        [ $# -eq 1 ] || [ $# -eq 2 ] || usage
+        if [ $# -eq 2 ]; then set -- "$2" "$1"; fi
+        ;;
     *) usage ;;
 esac
 
@@ -193,4 +224,5 @@ case "$verb" in
     open) [ $# -ge 1 ] || usage; openApp "$folder" "$@" ;;
     close) [ $# -eq 1 ] || usage; closeApp "$folder" "$1" ;;
     answer) [ $# -eq 1 ] || usage; answer "$folder" "$1" ;;
+    scene) [ $# -eq 1 ] || usage; scene "$folder" "$1" ;;
 esac

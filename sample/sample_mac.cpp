@@ -95,18 +95,9 @@ PlistArray texts(std::initializer_list<const char*> items) {
   return array;
 }
 
-// The user's choices, and what the organisation gives every Mac.
 void putPreferences(const Layout& at) {
-  const PlistDict user{{"RequiredLabels", texts({"heronvpn", "alderagent"})},
-                       {"IgnoredLabels", texts({"basalt*"})},
-                       {"OptionalLabels", texts({"basaltreports"})},
-                       {"VersionComparisonInstallomatorFallback", true}};
-  put(at.home / "Library/Preferences" / kDomainFile, writePlist(user, PlistFormat::binary).value());
-  const PlistDict managed{{"SupportTeamName", "Sample Service Desk"},
-                          {"SupportTeamPhone", "+1 555 0100"},
-                          {"SupportTeamEmail", "desk@example.org"},
-                          {"SupportTeamWebsite", "https://desk.example.org"}};
-  put(at.root / "Library/Managed Preferences" / kDomainFile, writePlist(managed, PlistFormat::xml).value());
+  put(at.home / "Library/Preferences" / kDomainFile, writePlist(userSettings(), PlistFormat::binary).value());
+  put(at.root / "Library/Managed Preferences" / kDomainFile, writePlist(managedSettings(), PlistFormat::xml).value());
 }
 
 void putApplications(const Layout& at, const std::string& program) {
@@ -142,6 +133,20 @@ void putEnvironment(const Layout& at, const SampleSpec& spec, const std::string&
 }
 
 }  // namespace
+
+PlistDict userSettings() {
+  return {{"RequiredLabels", texts({"heronvpn", "alderagent"})},
+          {"IgnoredLabels", texts({"basalt*"})},
+          {"OptionalLabels", texts({"basaltreports"})},
+          {"VersionComparisonInstallomatorFallback", true}};
+}
+
+PlistDict managedSettings() {
+  return {{"SupportTeamName", "Sample Service Desk"},
+          {"SupportTeamPhone", "+1 555 0100"},
+          {"SupportTeamEmail", "desk@example.org"},
+          {"SupportTeamWebsite", "https://desk.example.org"}};
+}
 
 void createSample(const SampleSpec& spec) {
   // Nobody but the owner may write below the root, or no program takes it for one.

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/plist.h"
 #include "sample/big_tree.h"
 
 namespace corvane::sample {
@@ -23,6 +24,10 @@ struct SampleSpec {
   std::optional<std::filesystem::path> bundle;  // Corvane.app, for the `env` file
   std::optional<BigTree> bigTree;               // instead of the catalogue of invented applications
 };
+
+// The choices of the sample's user, and what the organisation gives every Mac.
+[[nodiscard]] PlistDict userSettings();
+[[nodiscard]] PlistDict managedSettings();
 
 // Makes the sample. An old sample in the same place is replaced; a folder that holds anything else is
 // refused. Throws MakingFailed.
