@@ -139,10 +139,12 @@ constexpr Row kRows[] = {
       "The prompt opens by itself and counts two minutes down; at their end the updates are installed."},
      hard},
     {{"confirmation", "As prompt, with ten minutes to answer, and Return on the button that installs.",
-      "When the prompt is there, press Return or its button \"Update\": it asks whether you are sure."},
+      "When the prompt is there, press Return or its button \"Update\": it asks whether you are sure, and takes "
+      "silence for a yes after a few seconds."},
      confirmation},
     {{"completed-cycle", "Patching was completed two days ago, with one failure; what is new awaits the next cycle.",
-      "The dashboard says when that starts. \"Update All\" installs without asking."},
+      "The dashboard says that it is complete, `corvanectl status` when the next one starts. \"Update All\" does not "
+      "ask."},
      completedCycle},
 };
 

@@ -35,6 +35,7 @@ int draw(const std::filesystem::path& bundle, const std::string& file) {
   Services services(machine.ports(focus));
   StatusViewModel model(services.workflow());
   model.refreshHelperState(false);
+  model.refreshDeadlineDisplay();  // as the application's first load does, or a complete cycle shows as an idle one
   const auto workflow = services.workflow();
   DeferralPromptController prompt(model, workflow);
   WindowsHost host{.model = model,
