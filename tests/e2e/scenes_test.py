@@ -2,7 +2,7 @@
 
 import subprocess
 import unittest
-from datetime import datetime, timedelta
+from datetime import datetime, timedelta, timezone
 from pathlib import Path
 
 import sample_mac
@@ -66,7 +66,7 @@ class Scenes(sample_mac.SampleMacTest):
         self.reaches("StatusViewModel: Hard deadline reached outside business hours — presenting required-update "
                      "prompt with no further deferral and a 120-second enforcement countdown")
         armed = self.user()["NextAutoLaunch"]
-        left = armed - datetime.utcnow()
+        left = armed.replace(tzinfo=timezone.utc) - datetime.now(timezone.utc)
         self.assertTrue(timedelta(seconds=50) < left <= timedelta(seconds=120), left)
 
         # The scene belongs to the application while that runs.

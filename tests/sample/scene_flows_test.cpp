@@ -66,6 +66,7 @@ TEST_F(SceneFlowsTest, TheDeadlineInstallsWhenItsTwoMinutesAreOver) {
   advance(119s);
   EXPECT_TRUE(helper.discoveries.empty());
   advance(2s);
+  ASSERT_EQ(helper.discoveries.size(), 1U);
   answer(apps_);
   ASSERT_EQ(helper.runs.size(), 1U);
   EXPECT_EQ(helper.runs.front().labels, (Labels{Label("quill"), Label("rookeryserver")}));
