@@ -1,5 +1,6 @@
 #include "presentation/deferral_prompt_controller.h"
 
+#include <chrono>
 #include <utility>
 
 #include "core/preferences/display_title.h"
@@ -87,8 +88,17 @@ void DeferralPromptController::tell() {
     if (*observer) (*observer)();
 }
 
+// What is armed may have been put off while the countdown ran or the Mac slept, and the prompt does not begin before
+// it.
 void DeferralPromptController::timedOut() {
-  if (isCurrent()) model_.dialogTimeoutElapsed();
+  if (!isCurrent()) return;
+  const auto armed = services_.preferences.readNextAutoLaunch();
+  const auto now = services_.clock.now();
+  if (shown_->escalation == DeferralEscalation::hard && armed && *armed > now) {
+    countdown_.start(std::chrono::ceil<std::chrono::seconds>(*armed - now).count());
+    return tell();
+  }
+  model_.dialogTimeoutElapsed();
 }
 
 void DeferralPromptController::select(std::int64_t minutes) { model_.setSelectedDeferralMinutes(minutes); }
