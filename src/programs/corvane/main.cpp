@@ -104,6 +104,8 @@ int launch(UserMachine& machine) {
   });
   StatusViewModel model(services.workflow());
   model.begin();
+  // The first load waits for the helper; a cycle that is complete is shown as such before.
+  model.refreshDeadlineDisplay();
 
   const auto workflow = services.workflow();
   DeferralPromptController prompt(model, workflow);
