@@ -1,0 +1,105 @@
+// Settings, stored values and clocks that make no sense lead to the safe answer, told as diaries.
+#include "simulation/simulation_fixture.h"
+
+namespace corvane {
+namespace {
+
+class BadInputDiaryTest : public SimulationTest {
+ protected:
+  BadInputDiaryTest() { plan.settings["DeadlineCountHard"] = PlistValue(1); }
+};
+
+TEST_F(BadInputDiaryTest, aMenuWithoutAUsableMinuteOffersTheFallback) {
+  plan.settings["DeferralTimerMenu"] = PlistValue(PlistArray{PlistValue(0), PlistValue(-5)});
+  plan.habits = {.answer = Habits::Answer::defers, .minutes = 120};
+  start();
+  mac->runUntil("2026-10-26 12:00");
+  expectDiary(R"(Mon 26 Oct 09:00 asked: 3 applications
+Mon 26 Oct 09:00 deferred for 2 hours
+Mon 26 Oct 09:01 required: 3 applications by Mon 26 Oct 11:00
+Mon 26 Oct 11:00 forced: anvil, bellows, crucible
+Mon 26 Oct 11:03 installed anvil, bellows, crucible
+Mon 26 Oct 11:03 the cycle is complete
+)");
+}
+
+TEST_F(BadInputDiaryTest, aTimeThatIsNoTimeIsNoWindow) {
+  plan.settings["DeadlineCountHard"] = PlistValue(0);
+  plan.settings["BusinessHoursStartTime"] = PlistValue("09:00");
+  plan.settings["BusinessHoursEndTime"] = PlistValue("25:00");
+  start();
+  mac->runUntil("2026-10-26 12:00");
+  expectDiary(R"(Mon 26 Oct 09:00 required: 3 applications by Mon 26 Oct 09:05
+Mon 26 Oct 09:05 forced: anvil, bellows, crucible
+Mon 26 Oct 09:08 installed anvil, bellows, crucible
+Mon 26 Oct 09:08 the cycle is complete
+)");
+}
+
+TEST_F(BadInputDiaryTest, aDeadlineThatPassedBeforeTheStartIsToldBeforeItInstalls) {
+  plan.settings["DeadlineDaysHard"] = PlistValue(1);
+  plan.start = "2026-10-28 08:00";
+  plan.state["HardDeferralDate"] = PlistValue(Date{});
+  start();
+  mac->runUntil("2026-10-28 12:00");
+  expectDiary(R"(Wed 28 Oct 09:00 required: 3 applications by Wed 28 Oct 09:05
+Wed 28 Oct 09:05 forced: anvil, bellows, crucible
+Wed 28 Oct 09:08 installed anvil, bellows, crucible
+Wed 28 Oct 09:08 the cycle is complete
+)");
+}
+
+TEST_F(BadInputDiaryTest, aClockSetBackADayForcesNothingBeforeItsMoment) {
+  plan.settings["DeadlineCountHard"] = PlistValue(0);
+  plan.start = "2026-10-27 08:00";
+  start();
+  mac->runUntil("2026-10-27 09:02");
+  mac->time().setWallClock(mac->at("2026-10-26 09:02"));
+  mac->runUntil("2026-10-26 18:00");
+  EXPECT_EQ(mac->diary().lines().size(), 1U);
+  mac->runUntil("2026-10-27 12:00");
+  expectDiary(R"(Tue 27 Oct 09:00 required: 3 applications by Tue 27 Oct 09:05
+Tue 27 Oct 09:05 forced: anvil, bellows, crucible
+Tue 27 Oct 09:08 installed anvil, bellows, crucible
+Tue 27 Oct 09:08 the cycle is complete
+)");
+}
+
+TEST_F(BadInputDiaryTest, storedValuesOfTheWrongTypeCountAsAbsent) {
+  plan.state = {{"NextAutoLaunch", PlistValue("soon")},
+                {"HardDeferralCount", PlistValue("many")},
+                {"HardDeferralDate", PlistValue(7)},
+                {"CurrentPatchingStartDate", PlistValue("Monday")},
+                {"NextCycleStartDate", PlistValue(true)},
+                {"LastHardDeadlineFiredAt", PlistValue("never")},
+                {"HardDeadlineDialogDismissedUntil", PlistValue(PlistArray{})}};
+  plan.habits = {.answer = Habits::Answer::defers};
+  start();
+  mac->runUntil("2026-10-26 12:00");
+  expectDiary(R"(Mon 26 Oct 09:00 asked: 3 applications
+Mon 26 Oct 09:00 deferred for 1 hour
+Mon 26 Oct 09:01 required: 3 applications by Mon 26 Oct 10:00
+Mon 26 Oct 10:00 forced: anvil, bellows, crucible
+Mon 26 Oct 10:03 installed anvil, bellows, crucible
+Mon 26 Oct 10:03 the cycle is complete
+)");
+  EXPECT_EQ(mac->log().count("seeding cadence anchor at 2026-10-26T00:00:00+01:00"), 1U);
+}
+
+TEST_F(BadInputDiaryTest, anArmedMomentOfFarAwayHoldsNoHardDeadlineBack) {
+  plan.settings["DeadlineCountHard"] = PlistValue(0);
+  plan.settings["BusinessHoursStartTime"] = PlistValue("08:00");
+  plan.settings["BusinessHoursEndTime"] = PlistValue("17:00");
+  plan.state["NextAutoLaunch"] = PlistValue(Date{} + std::chrono::days(400'000));
+  plan.checkedBefore = true;
+  start();
+  mac->runUntil("2026-10-26 18:00");
+  expectDiary(R"(Mon 26 Oct 08:00 required: 3 applications by Mon 26 Oct 17:00
+Mon 26 Oct 17:00 forced: anvil, bellows, crucible
+Mon 26 Oct 17:03 installed anvil, bellows, crucible
+Mon 26 Oct 17:03 the cycle is complete
+)");
+}
+
+}  // namespace
+}  // namespace corvane

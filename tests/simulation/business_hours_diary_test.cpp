@@ -1,0 +1,163 @@
+// When a reached deadline installs, by business hours and the zone's clock changes, told as diaries.
+#include "simulation/simulation_fixture.h"
+
+namespace corvane {
+namespace {
+
+class BusinessHoursDiaryTest : public SimulationTest {
+ protected:
+  BusinessHoursDiaryTest() { plan.settings["DeadlineCountHard"] = PlistValue(0); }
+  void hours(const char* from, const char* to) {
+    plan.settings["BusinessHoursStartTime"] = PlistValue(from);
+    plan.settings["BusinessHoursEndTime"] = PlistValue(to);
+  }
+  // A Monday at noon with something armed for `armed`.
+  void startArmed(const char* armed) {
+    hours("09:00", "17:00");
+    plan.checkedBefore = true;
+    plan.start = "2026-10-26 12:00";
+    const auto calendar = *Calendar::named(plan.zone);
+    const auto minutes = *BusinessHoursGate::parseMinutesOfDay(armed);
+    plan.state["NextAutoLaunch"] =
+        PlistValue(calendar.at(std::chrono::year(2026) / 10 / 26, std::chrono::minutes(minutes)));
+    start();
+    mac->runUntil("2026-10-26 20:00");
+  }
+};
+
+TEST_F(BusinessHoursDiaryTest, insideTheWindowTheInstallWaitsForItsEnd) {
+  hours("09:00", "17:00");
+  start();
+  mac->runUntil("2026-10-27 08:00");
+  expectDiary(R"(Mon 26 Oct 09:00 required: 3 applications by Mon 26 Oct 17:00
+Mon 26 Oct 17:00 forced: anvil, bellows, crucible
+Mon 26 Oct 17:03 installed anvil, bellows, crucible
+Mon 26 Oct 17:03 the cycle is complete
+)");
+}
+
+TEST_F(BusinessHoursDiaryTest, whatIsArmedBeforeTheEndIsKept) {
+  startArmed("16:00");
+  expectDiary(R"(Mon 26 Oct 12:00 required: 3 applications by Mon 26 Oct 16:00
+Mon 26 Oct 16:00 forced: anvil, bellows, crucible
+Mon 26 Oct 16:03 installed anvil, bellows, crucible
+Mon 26 Oct 16:03 the cycle is complete
+)");
+}
+
+TEST_F(BusinessHoursDiaryTest, whatIsArmedForTheEndIsKept) {
+  startArmed("17:00");
+  expectDiary(R"(Mon 26 Oct 12:00 required: 3 applications by Mon 26 Oct 17:00
+Mon 26 Oct 17:00 forced: anvil, bellows, crucible
+Mon 26 Oct 17:03 installed anvil, bellows, crucible
+Mon 26 Oct 17:03 the cycle is complete
+)");
+}
+
+TEST_F(BusinessHoursDiaryTest, whatIsArmedAfterTheEndIsBroughtForward) {
+  startArmed("19:00");
+  expectDiary(R"(Mon 26 Oct 12:00 required: 3 applications by Mon 26 Oct 17:00
+Mon 26 Oct 17:00 forced: anvil, bellows, crucible
+Mon 26 Oct 17:03 installed anvil, bellows, crucible
+Mon 26 Oct 17:03 the cycle is complete
+)");
+}
+
+TEST_F(BusinessHoursDiaryTest, withoutAWindowTheShortCountdownHolds) {
+  plan.settings["DialogTimeoutDeferral"] = PlistValue(600);
+  start();
+  mac->runUntil("2026-10-26 12:00");
+  expectDiary(R"(Mon 26 Oct 09:00 required: 3 applications by Mon 26 Oct 09:10
+Mon 26 Oct 09:10 forced: anvil, bellows, crucible
+Mon 26 Oct 09:13 installed anvil, bellows, crucible
+Mon 26 Oct 09:13 the cycle is complete
+)");
+}
+
+TEST_F(BusinessHoursDiaryTest, aWindowOverMidnightEndsInTheMorning) {
+  hours("22:00", "06:00");
+  plan.dailyCheck = "23:30";
+  start();
+  mac->runUntil("2026-10-27 12:00");
+  expectDiary(R"(Mon 26 Oct 23:30 required: 3 applications by Tue 27 Oct 06:00
+Tue 27 Oct 06:00 forced: anvil, bellows, crucible
+Tue 27 Oct 06:03 installed anvil, bellows, crucible
+Tue 27 Oct 06:03 the cycle is complete
+)");
+}
+
+TEST_F(BusinessHoursDiaryTest, theNightThatHasAnHourMore) {
+  hours("22:00", "06:00");
+  plan.start = "2026-10-24 20:00";
+  plan.dailyCheck = "23:00";
+  start();
+  mac->runUntil("2026-10-25 12:00");
+  expectDiary(R"(Sat 24 Oct 23:00 required: 3 applications by Sun 25 Oct 06:00
+Sun 25 Oct 06:00 forced: anvil, bellows, crucible
+Sun 25 Oct 06:03 installed anvil, bellows, crucible
+Sun 25 Oct 06:03 the cycle is complete
+)");
+}
+
+TEST_F(BusinessHoursDiaryTest, theNightThatLacksAnHourAndTheTimeThatIsSkipped) {
+  hours("22:00", "02:30");
+  plan.start = "2026-03-28 20:00";
+  plan.dailyCheck = "23:00";
+  start();
+  mac->runUntil("2026-03-29 12:00");
+  expectDiary(R"(Sat 28 Mar 23:00 required: 3 applications by Sun 29 Mar 03:30
+Sun 29 Mar 03:30 forced: anvil, bellows, crucible
+Sun 29 Mar 03:33 installed anvil, bellows, crucible
+Sun 29 Mar 03:33 the cycle is complete
+)");
+}
+
+TEST_F(BusinessHoursDiaryTest, ofATimeThatComesTwiceTheFirstEndsTheWindow) {
+  plan.zone = "America/New_York";
+  hours("18:00", "01:30");
+  plan.start = "2026-10-31 20:00";
+  plan.dailyCheck = "23:00";
+  start();
+  mac->runUntil("2026-11-01 01:40");  // the first of the two
+  expectDiary(R"(Sat 31 Oct 23:00 required: 3 applications by Sun 01 Nov 01:30
+Sun 01 Nov 01:30 forced: anvil, bellows, crucible
+Sun 01 Nov 01:33 installed anvil, bellows, crucible
+Sun 01 Nov 01:33 the cycle is complete
+)");
+}
+
+TEST_F(BusinessHoursDiaryTest, anOpenHardPromptThatAMacSleptThroughCountsDownAnHour) {
+  hours("09:00", "17:00");
+  plan.dailyCheck = "20:00";
+  start();
+  mac->runUntil("2026-10-26 20:01");
+  mac->sleepUntil(mac->at("2026-10-27 09:30"));
+  mac->runUntil("2026-10-27 18:00");
+  expectDiary(R"(Mon 26 Oct 20:00 required: 3 applications by Mon 26 Oct 20:05
+Tue 27 Oct 10:30 forced: anvil, bellows, crucible
+Tue 27 Oct 10:33 installed anvil, bellows, crucible
+Tue 27 Oct 10:33 the cycle is complete
+)");
+}
+
+TEST_F(BusinessHoursDiaryTest, aPromptClosedInTheEveningAndMissedAsleepCountsDownAnHour) {
+  hours("09:00", "17:00");
+  plan.settings["HardDeadlineDialogAllowClose"] = PlistValue(true);
+  plan.dailyCheck = "20:00";
+  plan.habits = {.answer = Habits::Answer::closes};
+  start();
+  mac->runUntil("2026-10-26 20:01");
+  mac->person().habits.answer = Habits::Answer::ignores;
+  mac->sleepUntil(mac->at("2026-10-27 09:30"));
+  mac->runUntil("2026-10-27 18:00");
+  expectDiary(R"(Mon 26 Oct 20:00 required: 3 applications by Mon 26 Oct 20:05
+Mon 26 Oct 20:00 closed the panel
+Tue 27 Oct 09:30 required: 3 applications by Tue 27 Oct 10:30
+Tue 27 Oct 10:30 forced: anvil, bellows, crucible
+Tue 27 Oct 10:33 installed anvil, bellows, crucible
+Tue 27 Oct 10:33 the cycle is complete
+)");
+}
+
+}  // namespace
+}  // namespace corvane
