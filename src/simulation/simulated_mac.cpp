@@ -151,8 +151,11 @@ void SimulatedMac::deliver() {
 }
 
 void SimulatedMac::noticed() {
-  noticedCycle();
-  noticedDeferral();
+  if (const auto version = domains_.user().version; version != storedVersion_) {
+    storedVersion_ = version;
+    noticedCycle();
+    noticedDeferral();
+  }
   noticedPrompt();
 }
 

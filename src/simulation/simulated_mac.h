@@ -131,6 +131,7 @@ class SimulatedMac {
   Lease nextCheck_;
   Lease settingsWatch_;
   std::int64_t askedGeneration_ = 0;
+  std::uint64_t storedVersion_ = 0;  // of the stored values when they were last looked at
   std::int64_t hardCount_ = 0;
   bool mayInterrupt_ = false;  // what is due was due, or armed, before business hours could hold it
   CadenceState cycle_;
