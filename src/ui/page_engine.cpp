@@ -47,6 +47,8 @@ void bringToFront(QQuickWindow& window) {
 }
 
 QImage grabWhole(QQuickWindow& window) {
+  // Rows are made when a frame is, and only then ask for their pictures.
+  (void)window.grabWindow();
   QElapsedTimer waited;
   waited.start();
   do {
