@@ -1,4 +1,6 @@
 // When a reached deadline installs, by business hours and the zone's clock changes, told as diaries.
+#include <fmt/format.h>
+
 #include "simulation/simulation_fixture.h"
 
 namespace corvane {
@@ -74,56 +76,44 @@ Mon 26 Oct 09:13 the cycle is complete
 )");
 }
 
-TEST_F(BusinessHoursDiaryTest, aWindowOverMidnightEndsInTheMorning) {
-  hours("22:00", "06:00");
-  plan.dailyCheck = "23:30";
-  start();
-  mac->runUntil("2026-10-27 12:00");
-  expectDiary(R"(Mon 26 Oct 23:30 required: 3 applications by Tue 27 Oct 06:00
-Tue 27 Oct 06:00 forced: anvil, bellows, crucible
-Tue 27 Oct 06:03 installed anvil, bellows, crucible
-Tue 27 Oct 06:03 the cycle is complete
-)");
-}
-
-TEST_F(BusinessHoursDiaryTest, theNightThatHasAnHourMore) {
-  hours("22:00", "06:00");
-  plan.start = "2026-10-24 20:00";
-  plan.dailyCheck = "23:00";
-  start();
-  mac->runUntil("2026-10-25 12:00");
-  expectDiary(R"(Sat 24 Oct 23:00 required: 3 applications by Sun 25 Oct 06:00
-Sun 25 Oct 06:00 forced: anvil, bellows, crucible
-Sun 25 Oct 06:03 installed anvil, bellows, crucible
-Sun 25 Oct 06:03 the cycle is complete
-)");
-}
-
-TEST_F(BusinessHoursDiaryTest, theNightThatLacksAnHourAndTheTimeThatIsSkipped) {
-  hours("22:00", "02:30");
-  plan.start = "2026-03-28 20:00";
-  plan.dailyCheck = "23:00";
-  start();
-  mac->runUntil("2026-03-29 12:00");
-  expectDiary(R"(Sat 28 Mar 23:00 required: 3 applications by Sun 29 Mar 03:30
-Sun 29 Mar 03:30 forced: anvil, bellows, crucible
-Sun 29 Mar 03:33 installed anvil, bellows, crucible
-Sun 29 Mar 03:33 the cycle is complete
-)");
-}
-
-TEST_F(BusinessHoursDiaryTest, ofATimeThatComesTwiceTheFirstEndsTheWindow) {
-  plan.zone = "America/New_York";
-  hours("18:00", "01:30");
-  plan.start = "2026-10-31 20:00";
-  plan.dailyCheck = "23:00";
-  start();
-  mac->runUntil("2026-11-01 01:40");  // the first of the two
-  expectDiary(R"(Sat 31 Oct 23:00 required: 3 applications by Sun 01 Nov 01:30
-Sun 01 Nov 01:30 forced: anvil, bellows, crucible
-Sun 01 Nov 01:33 installed anvil, bellows, crucible
-Sun 01 Nov 01:33 the cycle is complete
-)");
+// Asked in the evening, forced where the window ends.
+TEST_F(BusinessHoursDiaryTest, aWindowOverMidnightEndsInTheMorningOnEveryKindOfNight) {
+  const struct {
+    const char* zone;
+    const char* from;
+    const char* to;
+    const char* start;
+    const char* asked;
+    const char* until;
+    const char* diaryOfAsked;
+    const char* diaryOfEnd;
+    const char* diaryOfInstalled;
+  } nights[] = {
+      {"Europe/Berlin", "22:00", "06:00", "2026-10-26 08:00", "23:30", "2026-10-27 12:00", "Mon 26 Oct 23:30",
+       "Tue 27 Oct 06:00", "Tue 27 Oct 06:03"},
+      // An hour more, and an hour less with a time that is skipped.
+      {"Europe/Berlin", "22:00", "06:00", "2026-10-24 20:00", "23:00", "2026-10-25 12:00", "Sat 24 Oct 23:00",
+       "Sun 25 Oct 06:00", "Sun 25 Oct 06:03"},
+      {"Europe/Berlin", "22:00", "02:30", "2026-03-28 20:00", "23:00", "2026-03-29 12:00", "Sat 28 Mar 23:00",
+       "Sun 29 Mar 03:30", "Sun 29 Mar 03:33"},
+      // Of a time that comes twice the first counts.
+      {"America/New_York", "18:00", "01:30", "2026-10-31 20:00", "23:00", "2026-11-01 01:40", "Sat 31 Oct 23:00",
+       "Sun 01 Nov 01:30", "Sun 01 Nov 01:33"},
+  };
+  for (const auto& night : nights) {
+    SCOPED_TRACE(night.start);
+    plan.zone = night.zone;
+    hours(night.from, night.to);
+    plan.start = night.start;
+    plan.dailyCheck = night.asked;
+    start();
+    mac->runUntil(night.until);
+    expectDiary(
+        fmt::format("{0} required: 3 applications by {1}\n{1} forced: anvil, bellows, crucible\n"
+                    "{2} installed anvil, bellows, crucible\n{2} the cycle is complete\n",
+                    night.diaryOfAsked, night.diaryOfEnd, night.diaryOfInstalled));
+    EXPECT_EQ(mac->brokenRules(), std::vector<std::string>());
+  }
 }
 
 TEST_F(BusinessHoursDiaryTest, anOpenHardPromptThatAMacSleptThroughCountsDownAnHour) {
