@@ -60,7 +60,6 @@ void DeferralPromptController::rebuild() {
          .options = model_.availableDeferralOptions(),
          .explanation = model_.hardDeadlineExplanation(),
          .remaining = model_.deferralsRemainingSummary(),
-         .timeoutAction = timeoutAction_,
          .deferButtonIsPrimary = services_.preferences.readDeferralDialogPrimaryButton() == "defer",
          .hardMayClose = config.hardDeadlineDialogAllowClose},
         services_.clock.now(), services_.locale, texts);

@@ -79,7 +79,6 @@ struct DeferralPromptInputs {
   std::vector<std::int64_t> options;
   std::optional<std::string> explanation;
   std::optional<std::string> remaining;
-  DeferralAction timeoutAction = DeferralAction::defer;
   bool deferButtonIsPrimary = false;
   bool hardMayClose = false;
 };
