@@ -42,19 +42,27 @@ bool CatalogKeeper::settled(const Stamps& stamps, Date now) {
 }
 
 Result<std::shared_ptr<const LabelCatalog>> CatalogKeeper::current(const std::filesystem::path& labelsFolder) {
-  const std::scoped_lock lock(mutex_);
   const auto now = clock_.now();
   auto stamps = stampsOf(labelsFolder);
-  if (catalog_ && folder_ == labelsFolder && !stamps_.empty() && stamps == stamps_) return catalog_;
+  if (auto kept = keptFor(labelsFolder, stamps)) return kept;
 
   TroubleLog::Round round(troubles_);
   auto read = LabelCatalog::read(labelsFolder, Logger(round, "AppDiscoverer"));
   if (!read) return std::unexpected(read.error());
   round.sawEverything();
-  catalog_ = std::make_shared<const LabelCatalog>(std::move(*read));
+  auto fresh = std::make_shared<const LabelCatalog>(std::move(*read));
+  if (!settled(stamps, now)) stamps.clear();
+  const std::scoped_lock lock(mutex_);
+  catalog_ = fresh;
   folder_ = labelsFolder;
-  stamps_ = settled(stamps, now) ? std::move(stamps) : Stamps();
-  return catalog_;
+  stamps_ = std::move(stamps);
+  return fresh;
+}
+
+std::shared_ptr<const LabelCatalog> CatalogKeeper::keptFor(const std::filesystem::path& folder,
+                                                           const Stamps& stamps) const {
+  const std::scoped_lock lock(mutex_);
+  return catalog_ && folder_ == folder && !stamps_.empty() && stamps == stamps_ ? catalog_ : nullptr;
 }
 
 }  // namespace corvane

@@ -18,7 +18,7 @@ namespace corvane {
 // read may change once more without another stamp, so such a reading is used but not kept.
 inline constexpr Duration kStampSettles = 2s;
 
-// Any thread; who comes while the catalogue is being read waits for it.
+// Any thread. Nobody waits for another's look at the folder: two who come at once may both read it.
 class CatalogKeeper {
  public:
   CatalogKeeper(const Clock& clock, LogSink& log) : clock_(clock), troubles_(log) {}
@@ -41,10 +41,13 @@ class CatalogKeeper {
   using Stamps = std::vector<Stamp>;
   [[nodiscard]] static Stamps stampsOf(const std::filesystem::path& folder);
   [[nodiscard]] static bool settled(const Stamps& stamps, Date now);
+  // Null when what is kept is of another folder or of other files.
+  [[nodiscard]] std::shared_ptr<const LabelCatalog> keptFor(const std::filesystem::path& folder,
+                                                            const Stamps& stamps) const;
 
   const Clock& clock_;
   TroubleLog troubles_;
-  std::mutex mutex_;
+  mutable std::mutex mutex_;
   std::filesystem::path folder_;
   Stamps stamps_;  // empty: nothing is kept
   std::shared_ptr<const LabelCatalog> catalog_;
