@@ -60,13 +60,18 @@ Result<ConsoleUserSource> ConsoleUserSource::create(const HelperOptions& options
   return ConsoleUserSource(std::move(user));
 }
 
-std::optional<ConsoleUser> ConsoleUserSource::current() const {
-  if (fixed_) return fixed_;
+std::optional<uid_t> ConsoleUserSource::currentUid() const {
+  if (fixed_) return fixed_->uid;
   const auto seat = readFile(kFirstSeat, kSeatRecordLimit);
   const auto name = seat ? activeSessionOfSeat(*seat) : std::nullopt;
   if (!name) return std::nullopt;
   const auto session = readFile(std::filesystem::path(kSessions) / *name, kSeatRecordLimit);
-  const auto uid = session && isPersonsSession(*session) ? activeUserOfSeat(*seat) : std::nullopt;
+  return session && isPersonsSession(*session) ? activeUserOfSeat(*seat) : std::nullopt;
+}
+
+std::optional<ConsoleUser> ConsoleUserSource::current() const {
+  if (fixed_) return fixed_;
+  const auto uid = currentUid();
   const auto* account = uid ? getpwuid(*uid) : nullptr;
   if (!account) return std::nullopt;
   return fromAccount(*account);

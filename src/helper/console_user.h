@@ -37,6 +37,8 @@ class ConsoleUserSource {
   [[nodiscard]] static Result<ConsoleUserSource> create(const HelperOptions& options);
 
   [[nodiscard]] std::optional<ConsoleUser> current() const;
+  // Without a look into the accounts, which may lie on a directory server.
+  [[nodiscard]] std::optional<uid_t> currentUid() const;
 
  private:
   explicit ConsoleUserSource(std::optional<ConsoleUser> fixed) : fixed_(std::move(fixed)) {}

@@ -192,8 +192,7 @@ class Daemon {
   // Who sits at the machine is looked up only for those who may not ask anyway.
   [[nodiscard]] bool mayAskNow(uid_t peer) const {
     if (mayAsk(peer, geteuid(), std::nullopt)) return true;
-    const auto user = console_.current();
-    return user && mayAsk(peer, geteuid(), user->uid);
+    return mayAsk(peer, geteuid(), console_.currentUid());
   }
 
   // Text and source come from one look at the domains: a managed value of no use must not lend its rights to the
