@@ -55,9 +55,9 @@ const PatchingReceipt* failedReceipt(const AppInfo& app, const Standing& standin
                                                                                               : nullptr;
 }
 
-bool isAlert(const AppInfo& app, const Standing& standing, const AppFacts& facts) {
+bool isAlert(const AppInfo& app, const Standing& standing, bool held, const AppFacts& facts) {
   if (app.updateCheckFailed) return !standing.excluded;
-  return failedReceipt(app, standing, facts) != nullptr || (standing.needsUpdate && isHeld(app.label, facts));
+  return (standing.needsUpdate && held) || failedReceipt(app, standing, facts) != nullptr;
 }
 
 bool isUpToDate(const AppInfo& app, const Standing& standing) {
@@ -108,7 +108,9 @@ std::optional<PatchingReceipt> latestFailedReceipt(const AppInfo& app, const App
   return receipt != nullptr ? std::optional(*receipt) : std::nullopt;
 }
 
-bool isAlert(const AppInfo& app, const AppFacts& facts) { return isAlert(app, Standing(app, facts), facts); }
+bool isAlert(const AppInfo& app, const AppFacts& facts) {
+  return isAlert(app, Standing(app, facts), isHeld(app.label, facts), facts);
+}
 
 bool isUpToDate(const AppInfo& app, const AppFacts& facts) { return isUpToDate(app, Standing(app, facts)); }
 
@@ -150,14 +152,15 @@ AppCounts deriveCounts(const Apps& apps, const AppFacts& facts) {
   AppCounts counts;
   for (const auto& app : apps) {
     const Standing standing(app, facts);
+    const bool held = standing.needsUpdate && isHeld(app.label, facts);
     if (standing.pending(app)) {
       if (facts.cycleComplete)
         ++counts.updatesAwaitingNextCycle;
-      else if (!isHeldBack(app.label, facts))
+      else if (!held)
         ++counts.pendingUpdates;
     }
     if (isUpToDate(app, standing)) ++counts.upToDateCount;
-    if (isAlert(app, standing, facts)) ++counts.alertCount;
+    if (isAlert(app, standing, held, facts)) ++counts.alertCount;
   }
   return counts;
 }

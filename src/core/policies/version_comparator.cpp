@@ -4,7 +4,6 @@
 #include <array>
 #include <cstdint>
 #include <limits>
-#include <span>
 #include <vector>
 
 namespace corvane {
@@ -17,10 +16,11 @@ enum class Kind { versionToCome, end, word, number };
 // Of versions to come, from the earliest on.
 enum class Stage { dev, alpha, beta, preview, candidate };
 
+// Points into the text that it was read from.
 struct Part {
   Kind kind = Kind::end;
   Stage stage = Stage::dev;
-  std::string text;  // a word in lower case, or digits without leading zeros
+  std::string_view text;  // a word as it is written, or digits without leading zeros
 
   [[nodiscard]] bool isZero() const { return kind == Kind::number && text.empty(); }
 };
@@ -43,14 +43,16 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-bool isSilent(std::string_view word) {
+bool isWord(std::string_view text, std::string_view word) { return std::ranges::equal(text, word, {}, lower); }
+
+bool isSilent(std::string_view text) {
   constexpr auto kSilent =
       std::to_array<std::string_view>({"v", "ver", "version", "release", "final", "stable", "ga", "build"});
-  return std::ranges::find(kSilent, word) != kSilent.end();
+  return std::ranges::any_of(kSilent, [text](std::string_view word) { return isWord(text, word); });
 }
 
 // The stage that a word names; a short one only when it stands right between two numbers.
-std::optional<Stage> stageOf(std::string_view word, bool betweenNumbers) {
+std::optional<Stage> stageOf(std::string_view text, bool betweenNumbers) {
   struct Name {
     std::string_view word;
     Stage stage;
@@ -73,7 +75,7 @@ std::optional<Stage> stageOf(std::string_view word, bool betweenNumbers) {
                                                {"cr", Stage::candidate, false},
                                                {"fc", Stage::candidate, true}});
   for (const auto& name : kNames)
-    if (name.word == word && (betweenNumbers || !name.isShort)) return name.stage;
+    if (isWord(text, name.word) && (betweenNumbers || !name.isShort)) return name.stage;
   return std::nullopt;
 }
 
@@ -85,8 +87,7 @@ std::string_view runAt(std::string_view text, std::size_t at, Sort sort) {
 }
 
 Part numberOf(std::string_view digits) {
-  const auto first = digits.find_first_not_of('0');
-  return {.kind = Kind::number, .text = first == std::string_view::npos ? "" : std::string(digits.substr(first))};
+  return {.kind = Kind::number, .text = digits.substr(std::min(digits.find_first_not_of('0'), digits.size()))};
 }
 
 // "1.0-beta" is before "1", as "1-beta" is, so zeros count for nothing before a word and at the end.
@@ -95,25 +96,25 @@ void dropTrailingZeros(Parts& parts) {
 }
 
 Parts partsOf(std::string_view text) {
+  constexpr std::size_t kUsualParts = 6;
   Parts parts;
+  if (!text.empty()) parts.reserve(kUsualParts);
   for (std::size_t at = 0; at < text.size();) {
     if (isDigit(text[at])) {
       const auto digits = runAt(text, at, isDigit);
       parts.push_back(numberOf(digits));
       at += digits.size();
     } else if (isLetter(text[at])) {
-      const auto run = runAt(text, at, isLetter);
-      const auto next = at + run.size();
+      const auto word = runAt(text, at, isLetter);
+      const auto next = at + word.size();
       const bool betweenNumbers = at > 0 && isDigit(text[at - 1]) && next < text.size() && isDigit(text[next]);
-      std::string word(run);
-      std::ranges::transform(word, word.begin(), lower);
       at = next;
       if (isSilent(word)) continue;
       dropTrailingZeros(parts);
       if (const auto stage = stageOf(word, betweenNumbers))
         parts.push_back({.kind = Kind::versionToCome, .stage = *stage, .text = {}});
       else
-        parts.push_back({.kind = Kind::word, .text = std::move(word)});
+        parts.push_back({.kind = Kind::word, .text = word});
     } else {
       ++at;
     }
@@ -127,8 +128,8 @@ std::size_t buildAt(std::string_view text) {
   constexpr std::string_view kWord = "build";
   const auto sign = std::min(text.find_first_of("(+"), text.size());
   for (std::size_t at = 0; at < sign; ++at) {
-    const bool beginsWord = at == 0 || !isLetter(text[at - 1]);
-    if (beginsWord && std::ranges::equal(text.substr(at, kWord.size()), kWord, {}, lower)) return at;
+    const bool mayBegin = lower(text[at]) == kWord.front() && (at == 0 || !isLetter(text[at - 1]));
+    if (mayBegin && isWord(text.substr(at, kWord.size()), kWord)) return at;
   }
   return sign;
 }
@@ -136,6 +137,11 @@ std::size_t buildAt(std::string_view text) {
 Version parse(std::string_view text) {
   const auto build = buildAt(text);
   return {.release = partsOf(text.substr(0, build)), .build = partsOf(text.substr(build))};
+}
+
+std::weak_ordering compareWords(std::string_view a, std::string_view b) {
+  return std::lexicographical_compare_three_way(a.begin(), a.end(), b.begin(), b.end(),
+                                                [](char x, char y) { return lower(x) <=> lower(y); });
 }
 
 std::weak_ordering comparePart(const Part& a, const Part& b) {
@@ -150,7 +156,7 @@ std::weak_ordering comparePart(const Part& a, const Part& b) {
       if (a.text.size() != b.text.size()) return a.text.size() <=> b.text.size();
       return a.text <=> b.text;
     case Kind::word:
-      return a.text <=> b.text;
+      return compareWords(a.text, b.text);
     case Kind::end:
       break;
   }
