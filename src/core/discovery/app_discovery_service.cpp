@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <map>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -78,6 +79,20 @@ AppInfo appFrom(const DiscoveryMatch& match, const BundleFacts* facts) {
   return app;
 }
 
+// By display name as a Mac's disk compares names, then by label.
+Apps sortedByName(Apps apps) {
+  std::vector<std::pair<std::string, std::size_t>> order;
+  order.reserve(apps.size());
+  for (std::size_t i = 0; i < apps.size(); ++i) order.emplace_back(foldedFileName(apps[i].displayName()), i);
+  std::ranges::sort(order, [&apps](const auto& a, const auto& b) {
+    return std::tie(a.first, apps[a.second].label) < std::tie(b.first, apps[b.second].label);
+  });
+  Apps sorted;
+  sorted.reserve(apps.size());
+  for (const auto& [name, at] : order) sorted.push_back(std::move(apps[at]));
+  return sorted;
+}
+
 }  // namespace
 
 AppDiscoveryService::AppDiscoveryService(CorvaneConfiguration config, bool includeLatestVersions,
@@ -92,12 +107,14 @@ AppDiscoveryService::AppDiscoveryService(CorvaneConfiguration config, bool inclu
 
 Result<Apps> AppDiscoveryService::discoverApps() {
   const Logger logger(log_, kOwner);
-  auto catalog = LabelCatalog::read(constants_.labelsFolder(), logger);
+  Result<LabelCatalog> catalog;
+  Result<BundleInventory> inventory;
+  bothAtOnce([&] { catalog = LabelCatalog::read(constants_.labelsFolder(), logger); },
+             [&] { inventory = BundleInventory::scan(constants_, scanRules(config_), logger); });
   if (!catalog) {
     if (catalog.error().code == ENOENT) return Apps{};
     return std::unexpected(catalog.error());
   }
-  auto inventory = BundleInventory::scan(constants_, scanRules(config_), logger);
   if (!inventory) return std::unexpected(inventory.error());
   return discoverApps(*catalog, *inventory);
 }
@@ -134,9 +151,7 @@ Apps AppDiscoveryService::discoverApps(const LabelCatalog& catalog, const Bundle
     const auto& latest = match.fragment->appNewVersion;
     if (includeLatestVersions_ && latest && isPlausibleVersion(*latest)) apps.back().newVersion = *latest;
   }
-  std::ranges::sort(apps, {},
-                    [](const AppInfo& app) { return std::pair(foldedFileName(app.displayName()), app.label); });
-  return apps;
+  return sortedByName(std::move(apps));
 }
 
 std::int64_t AppDiscoveryService::countInstalledAppsMatchingIgnoredLabels() {

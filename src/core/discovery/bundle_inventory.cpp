@@ -11,12 +11,14 @@
 #include <cstdint>
 #include <optional>
 #include <set>
+#include <span>
 #include <system_error>
 #include <utility>
 
 #include "base/utf8.h"
 #include "core/discovery/file_name_folding.h"
 #include "core/discovery/folder_reader.h"
+#include "core/discovery/mount_points.h"
 #include "core/discovery/shared_work.h"
 
 namespace corvane {
@@ -26,8 +28,16 @@ constexpr std::string_view kBundleExtension = ".app";
 
 char lowered(char letter) { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter; }
 
-bool containsIgnoringCase(std::string_view text, std::string_view part) {
-  return !part.empty() && !std::ranges::search(text, part, {}, lowered, lowered).empty();
+std::string loweredText(std::string_view text) {
+  std::string result(text);
+  std::ranges::transform(result, result.begin(), [](char letter) { return lowered(letter); });
+  return result;
+}
+
+std::vector<std::string> loweredTexts(std::span<const std::string_view> texts) {
+  std::vector<std::string> result;
+  for (const auto text : texts) result.push_back(loweredText(text));
+  return result;
 }
 
 bool isBundleName(std::string_view name) {
@@ -63,6 +73,7 @@ class Scan {
     inHome_ = inHome;
     const auto opened = Descriptor::openFolder(folder);
     if (!opened) return opened.error() == ENOENT ? 0 : opened.error();
+    if (rules_.ignoreExternalDrives && !staysOnOwnVolumes(folder)) askEachForItsVolume_ = true;
     return walk(opened->get(), folder.string(), 0);
   }
 
@@ -117,6 +128,7 @@ class Scan {
   void subfolder(int folder, const std::string& path, const FolderEntry& entry, int depth) {
     auto inner = path + "/" + entry.name;
     if (isIgnoredPath(inner, rules_.ignoredPaths)) return;
+    if (entry.kind == EntryKind::link) askEachForItsVolume_ = true;
     const auto opened = Descriptor::openFolderAt(folder, entry.name.c_str());
     const int problem = opened ? walk(opened->get(), inner, depth + 1) : opened.error();
     if (problem != 0 && problem != ENOENT)
@@ -134,9 +146,14 @@ class Scan {
     linked_.push_back({std::move(found), identityOf(*status)});
   }
 
-  // Any bundle's folder may be a mount point, so each must be asked; shared, as it is half of the walk's time.
+  bool staysOnOwnVolumes(const std::filesystem::path& folder) const {
+    const auto volume = volumeOf(folder);
+    return volume && ownVolumes_.contains(*volume) && !mayHoldMountPoints(folder);
+  }
+
+  // Shared, as it takes as long as the walk.
   void dropBundlesOnOtherVolumes() {
-    if (!rules_.ignoreExternalDrives) return;
+    if (!rules_.ignoreExternalDrives || !askEachForItsVolume_) return;
     std::vector<char> stays(found_.size());
     forEachShared(found_.size(), [&](std::size_t i) {
       const auto volume = volumeOf(found_[i].path);
@@ -161,6 +178,7 @@ class Scan {
   const ScanRules& rules_;
   const Logger& logger_;
   std::set<dev_t> ownVolumes_;
+  bool askEachForItsVolume_ = false;  // any bundle's folder may be a mount point
   bool inHome_ = false;
   std::vector<InstalledBundle> found_;
   std::vector<Linked> linked_;
@@ -169,9 +187,12 @@ class Scan {
 }  // namespace
 
 bool isIgnoredPath(std::string_view path, const std::vector<std::string>& substrings) {
-  const auto whole = std::string(path) + "/";
-  return std::ranges::any_of(kIgnoredPathDefaults, [&](auto part) { return containsIgnoringCase(whole, part); }) ||
-         std::ranges::any_of(substrings, [&](const auto& part) { return containsIgnoringCase(whole, part); });
+  static const auto kDefaults = loweredTexts(kIgnoredPathDefaults);
+  const auto whole = loweredText(path) + "/";
+  const auto isWithin = [&whole](const std::string& part) { return whole.find(part) != std::string::npos; };
+  return std::ranges::any_of(kDefaults, isWithin) || std::ranges::any_of(substrings, [&](const std::string& part) {
+           return !part.empty() && isWithin(loweredText(part));
+         });
 }
 
 Result<BundleInventory> BundleInventory::scan(const CorvaneConstants& constants, const ScanRules& rules,

@@ -26,6 +26,14 @@ bool isInside(std::string_view path, std::string_view folder) {
   return foldedFileName(path).starts_with(foldedFileName(withoutSlash(folder)) + "/");
 }
 
+const InstalledBundle* at(std::string_view path, const std::vector<const InstalledBundle*>& bundles) {
+  if (bundles.empty()) return nullptr;
+  const auto folded = foldedFileName(path);
+  const auto found = std::ranges::find_if(
+      bundles, [&](const InstalledBundle* bundle) { return foldedFileName(bundle->logicalPath) == folded; });
+  return found == bundles.end() ? nullptr : *found;
+}
+
 bool leadsUpwards(std::string_view path) {
   return ("/" + std::string(path) + "/").find("/../") != std::string::npos || path.find('\0') != std::string_view::npos;
 }
@@ -41,10 +49,8 @@ const InstalledBundle* BundleLocator::locate(const LabelFragment& fragment) {
 
   for (const std::string_view folder : {std::string_view(target), kApplications, kUtilities}) {
     const auto wanted = joinedPath(folder, *below);
-    const auto folded = foldedFileName(wanted);
-    const auto at = std::ranges::find_if(
-        found, [&](const InstalledBundle* bundle) { return foldedFileName(bundle->logicalPath) == folded; });
-    const auto* direct = at != found.end() ? *at : elsewhere(wanted);
+    const auto* scanned = at(wanted, found);
+    const auto* direct = scanned != nullptr ? scanned : elsewhere(wanted);
     if (direct != nullptr) return isInside(direct->logicalPath, target) ? direct : nullptr;
   }
   std::erase_if(found, [&](const InstalledBundle* bundle) { return !isInside(bundle->logicalPath, target); });
@@ -53,7 +59,7 @@ const InstalledBundle* BundleLocator::locate(const LabelFragment& fragment) {
 
 // A bundle that no inventory holds: outside /Applications, or of another kind than ".app".
 const InstalledBundle* BundleLocator::elsewhere(const std::string& logicalPath) {
-  const bool scanned = isInside(logicalPath, kApplications) && logicalPath.ends_with(".app");
+  const bool scanned = logicalPath.ends_with(".app") && isInside(logicalPath, kApplications);
   // The volume itself is the target of packages, never the place of a bundle.
   const bool topLevel = logicalPath.find('/', 1) == std::string::npos;
   if (scanned || topLevel || leadsUpwards(logicalPath)) return nullptr;

@@ -39,7 +39,6 @@ constexpr Composed kComposed[] = {
 bool isBetween(char32_t letter, char32_t first, char32_t last) { return letter >= first && letter <= last; }
 
 char32_t lowered(char32_t letter) {
-  if (isBetween(letter, 'A', 'Z')) return letter + 32;
   if (isBetween(letter, 0xC0, 0xDE) && letter != 0xD7) return letter + 32;
   if (letter == 0x178) return 0xFF;
   if (letter == 0x130 || letter == 0x131 || letter == 0x138 || letter == 0x149 || letter == 0x17F) return letter;
@@ -75,21 +74,35 @@ void appendFolded(std::string& into, char32_t letter) {
   appendTwoBytes(into, found->mark);
 }
 
+constexpr char loweredPlain(char letter) {
+  return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+// All ASCII, as nearly every name is; without a branch a letter, so that it costs next to nothing.
+bool isPlain(std::string_view name) {
+  std::uint8_t all = 0;
+  for (const char letter : name) all |= static_cast<std::uint8_t>(letter);
+  return all < 0x80;
+}
+
 }  // namespace
 
 std::string foldedFileName(std::string_view name) {
+  if (isPlain(name)) {
+    std::string folded(name);
+    std::ranges::transform(folded, folded.begin(), loweredPlain);
+    return folded;
+  }
   std::string folded;
   folded.reserve(name.size());
   for (std::size_t at = 0; at < name.size(); ++at) {
     const auto byte = static_cast<std::uint8_t>(name[at]);
     const auto next = at + 1 < name.size() ? static_cast<std::uint8_t>(name[at + 1]) : std::uint8_t{0};
-    if (byte < 0x80) {
-      folded += static_cast<char>(lowered(byte));
-    } else if (byte >= 0xC2 && byte <= 0xDF && (next & 0xC0U) == 0x80) {
+    if (byte >= 0xC2 && byte <= 0xDF && (next & 0xC0U) == 0x80) {
       appendFolded(folded, ((byte & 0x1FU) << 6U) | (next & 0x3FU));
       ++at;
     } else {
-      folded += name[at];
+      folded += loweredPlain(name[at]);
     }
   }
   return folded;

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -258,6 +260,38 @@ TEST_F(Discovery, leavesOutIgnoredPathsLinksAndOtherVolumes) {
   EXPECT_EQ(AppDiscoveryService::fingerprintInstalledApps(mac.constants, log), before) << "versions do not count";
   mac.bundle("/Users/sam/Applications/new.app");
   EXPECT_NE(AppDiscoveryService::fingerprintInstalledApps(mac.constants, log), before);
+}
+
+// An empty volume there that only this process sees, for its lifetime; `mounted` is false where that is not allowed.
+class PrivateVolume {
+ public:
+  explicit PrivateVolume(std::filesystem::path folder) : folder_(std::move(folder)) {
+    std::filesystem::create_directories(folder_);
+    mounted = ::unshare(CLONE_NEWNS) == 0 && ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+              ::mount("none", folder_.c_str(), "tmpfs", 0, nullptr) == 0;
+  }
+  ~PrivateVolume() {
+    if (mounted) ::umount2(folder_.c_str(), MNT_DETACH);
+  }
+
+  bool mounted = false;
+
+ private:
+  std::filesystem::path folder_;
+};
+
+TEST_F(Discovery, leavesOutWhatIsMountedAmongTheApplications) {
+  for (const auto* name : {"quill", "stamp", "pen"}) mac.label(name, std::string("name=") + name);
+  mac.bundle("/Applications/quill.app");
+  const PrivateVolume folder(mac.root / "Applications/Old Ones");
+  const PrivateVolume bundle(mac.root / "Applications/pen.app");
+  if (!folder.mounted || !bundle.mounted) GTEST_SKIP() << "this account may not mount volumes";
+  mac.bundle("/Applications/Old Ones/stamp.app");
+  mac.bundle("/Applications/pen.app");
+  config.ignoreExternalDrives = false;
+  EXPECT_THAT(scannedLabels(), ElementsAre("pen", "quill", "stamp"));
+  config.ignoreExternalDrives = true;
+  EXPECT_THAT(scannedLabels(), ElementsAre("quill"));
 }
 
 // Root reads every folder, so for its lifetime this process is nobody, who owns the tree.
