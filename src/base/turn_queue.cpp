@@ -22,7 +22,7 @@ TurnQueue::~TurnQueue() {
   *self_ = nullptr;
   const auto steady = std::exchange(steadyTimers_, {});
   const auto wall = std::exchange(wallTimers_, {});
-  std::deque<Task> posts;
+  std::vector<Task> posts;
   {
     const std::scoped_lock lock(postsMutex_);
     posts.swap(posts_);
@@ -100,18 +100,16 @@ void TurnQueue::cancel(Timer& timer) {
 }
 
 bool TurnQueue::runPosts() {
-  std::deque<Task> batch;
+  std::vector<Task> batch;
   {
     const std::scoped_lock lock(postsMutex_);
     batch.swap(posts_);
   }
-  const bool any = !batch.empty();
-  while (!batch.empty()) {
-    auto task = std::move(batch.front());
-    batch.pop_front();
+  for (auto& post : batch) {
+    auto task = std::move(post);  // gone before the next one runs
     task();
   }
-  return any;
+  return !batch.empty();
 }
 
 std::shared_ptr<TurnQueue::Timer> TurnQueue::takeDue(const Instant& now, std::uint64_t armedBefore) {

@@ -2,7 +2,6 @@
 // libuv, or virtual time), so the order that tests prove is the order that runs.
 #pragma once
 
-#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -77,7 +76,7 @@ class TurnQueue final : public MainQueue {
   std::function<void()> wake_;
   std::thread::id mainThread_;
   mutable std::mutex postsMutex_;
-  std::deque<Task> posts_;
+  std::vector<Task> posts_;
   std::uint64_t nextId_ = 1;
   bool running_ = false;  // the driver asks for the next wait afterwards, so nobody needs to wake it
   std::map<SteadyKey, std::shared_ptr<Timer>> steadyTimers_;
