@@ -40,24 +40,27 @@ bool same(std::optional<Date> a, std::optional<Date> b) {
 
 }  // namespace
 
-DeferralManager::DeferralManager(CorvaneConfiguration config, PreferenceManager& preferences, const Clock& clock,
+DeferralManager::DeferralManager(const CorvaneConfiguration& config, PreferenceManager& preferences, const Clock& clock,
                                  Calendar calendar)
-    : config_(std::move(config)), preferences_(preferences), clock_(clock), calendar_(calendar) {}
+    : hard_{.count = config.deadlineCountHard, .days = config.deadlineDaysHard},
+      focus_{.count = config.deadlineCountFocus, .days = config.deadlineDaysFocus},
+      preferences_(preferences),
+      clock_(clock),
+      calendar_(calendar) {}
 
 DeferralInfo DeferralManager::getDeferralInfo() const { return preferences_.readDeferralInfo(); }
 
 DeferralDeadlineStatus DeferralManager::checkDeadlines() const {
   const auto now = clock_.now();
   const auto info = getDeferralInfo();
-  const Side hard{info.hardDeferralCount, info.hardDeferralDate, config_.deadlineCountHard, config_.deadlineDaysHard};
+  const Side hard{info.hardDeferralCount, info.hardDeferralDate, hard_.count, hard_.days};
   if (hard.reached(now)) return DeferralDeadlineStatus::hardDeadlineReached;
-  const Side focus{info.focusDeferralCount, preferences_.readFocusDeferralDate(), config_.deadlineCountFocus,
-                   config_.deadlineDaysFocus};
+  const Side focus{info.focusDeferralCount, preferences_.readFocusDeferralDate(), focus_.count, focus_.days};
   return focus.reached(now) ? DeferralDeadlineStatus::focusDeadlineReached : DeferralDeadlineStatus::normal;
 }
 
 std::optional<Date> DeferralManager::hardDeadlineDate() const {
-  return config_.deadlineDaysHard ? getDeferralInfo().hardDeferralDate : std::nullopt;
+  return hard_.days ? getDeferralInfo().hardDeferralDate : std::nullopt;
 }
 
 void DeferralManager::recordDeferral(std::int64_t minutes, DeferralEscalation /*escalation*/) {
@@ -93,8 +96,8 @@ void DeferralManager::seedDeadlineDatesFromAnchor(Date anchorDate, std::optional
     const auto date = calendar_.addDays(anchorDate, days);
     return nextCycleStart ? std::min(date, *nextCycleStart) : date;
   };
-  const auto focus = deadline(config_.deadlineDaysFocus);
-  const auto hard = deadline(config_.deadlineDaysHard);
+  const auto focus = deadline(focus_.days);
+  const auto hard = deadline(hard_.days);
   if (same(focus, preferences_.readFocusDeferralDate()) && same(hard, getDeferralInfo().hardDeferralDate)) return;
   preferences_.changeUser("FocusDeferralDate, HardDeferralDate", [&](PlistDict& values) {
     for (const auto& [key, date] : {std::pair(kFocusDate, focus), std::pair(kHardDate, hard)}) {

@@ -23,7 +23,9 @@ class DeferralManager {
  public:
   enum class ResumePresentation { foregroundPrompt, notification, silent };
 
-  DeferralManager(CorvaneConfiguration config, PreferenceManager& preferences, const Clock& clock, Calendar calendar);
+  // Of the configuration only the limits are taken.
+  DeferralManager(const CorvaneConfiguration& config, PreferenceManager& preferences, const Clock& clock,
+                  Calendar calendar);
 
   [[nodiscard]] DeferralInfo getDeferralInfo() const;
 
@@ -57,9 +59,15 @@ class DeferralManager {
   [[nodiscard]] static ResumePresentation resumePresentation(DeferralDeadlineStatus status, bool userIsInFocusMode);
 
  private:
+  // Absent: no limit.
+  struct Limits {
+    std::optional<std::int64_t> count;
+    std::optional<std::int64_t> days;
+  };
   void countOne(const char* key);
 
-  CorvaneConfiguration config_;
+  Limits hard_;
+  Limits focus_;
   PreferenceManager& preferences_;
   const Clock& clock_;
   Calendar calendar_;
