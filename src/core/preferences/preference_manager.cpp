@@ -43,11 +43,20 @@ void setOrErase(PlistDict& domain, const char* key, const std::optional<Date>& d
 
 }  // namespace
 
-// The configuration of one pair of snapshots, by their versions.
+// Made from one pair of snapshots, which their versions name: the configuration, and the state that is asked for each
+// minute.
 struct PreferenceManager::Loaded {
   std::uint64_t managed = 0;
   std::uint64_t user = 0;
   CorvaneConfiguration config;
+  CadenceState cadence;
+  DeferralInfo deferrals;
+  std::optional<Date> focusDeferralDate;
+  std::optional<Date> nextAutoLaunch;
+  bool automaticFocusDeferralArmed = false;
+  bool patchErrorRetryArmed = false;
+  std::optional<Date> hardDeadlineDialogDismissedUntil;
+  std::optional<Date> lastHardDeadlineFiredAt;
 };
 
 PreferenceManager::PreferenceManager(PreferenceDomains& domains, NotificationCenter& notifications, LogSink& log)
@@ -67,25 +76,28 @@ void PreferenceManager::tell(const std::vector<SettingProblem>& problems) const 
   }
 }
 
-EffectiveValue PreferenceManager::find(std::string_view key) const {
-  const auto managed = domains_.managed();
-  const auto user = domains_.user();
-  const Domains domains{*managed.values, *user.values};
+EffectiveValue PreferenceManager::find(std::string_view key, const Look& look) const {
+  const Domains domains{*look.managed.values, *look.user.values};
   if (const auto* setting = findSetting(key)) {
     std::vector<SettingProblem> problems;
     auto found = effectiveSetting(*setting, domains, &problems);
     tell(problems);
     return found;
   }
-  const auto source = managed.values->contains(key) ? ValueSource::managed : ValueSource::user;
+  const auto source = domains.managed.contains(key) ? ValueSource::managed : ValueSource::user;
   auto value = unlisted(domains, key);
   return value ? EffectiveValue{source, std::move(value)} : EffectiveValue{};
 }
 
 template <PreferenceValue T>
-std::optional<T> PreferenceManager::readOptional(std::string_view key) const {
-  const auto found = find(key);
+std::optional<T> PreferenceManager::valueOf(std::string_view key, const Look& look) const {
+  const auto found = find(key, look);
   return found.value ? valueAs<T>(*found.value) : std::nullopt;
+}
+
+template <PreferenceValue T>
+std::optional<T> PreferenceManager::readOptional(std::string_view key) const {
+  return valueOf<T>(key, look());
 }
 template std::optional<bool> PreferenceManager::readOptional<bool>(std::string_view) const;
 template std::optional<std::int64_t> PreferenceManager::readOptional<std::int64_t>(std::string_view) const;
@@ -129,15 +141,33 @@ bool PreferenceManager::isAnyManaged(ManagedGroup group) const {
 bool PreferenceManager::isManagedByMDM() const { return !domains_.managed().values->empty(); }
 
 std::shared_ptr<const PreferenceManager::Loaded> PreferenceManager::load() const {
-  const auto managed = domains_.managed();
-  const auto user = domains_.user();
+  const auto [managed, user] = look();
   {
     const std::lock_guard lock(mutex_);
     if (loaded_ && loaded_->managed == managed.version && loaded_->user == user.version) return loaded_;
   }
   auto [config, problems] = configurationFrom({*managed.values, *user.values});
   tell(problems);
-  auto fresh = std::make_shared<const Loaded>(Loaded{managed.version, user.version, std::move(config)});
+  const Look now{managed, user};
+  const auto date = [&](std::string_view key) { return valueOf<Date>(key, now); };
+  const auto count = [&](std::string_view key) { return valueOf<std::int64_t>(key, now).value_or(0); };
+  const auto flag = [&](std::string_view key) { return valueOf<bool>(key, now).value_or(false); };
+  auto fresh = std::make_shared<const Loaded>(
+      Loaded{.managed = managed.version,
+             .user = user.version,
+             .config = std::move(config),
+             .cadence = {.currentPatchingStartDate = date("CurrentPatchingStartDate"),
+                         .lastPatchingCompletionDate = date("LastPatchingCompletionDate"),
+                         .nextCycleStartDate = date("NextCycleStartDate")},
+             .deferrals = {.focusDeferralCount = count("FocusDeferralCount"),
+                           .hardDeferralCount = count("HardDeferralCount"),
+                           .hardDeferralDate = date("HardDeferralDate")},
+             .focusDeferralDate = date("FocusDeferralDate"),
+             .nextAutoLaunch = date("NextAutoLaunch"),
+             .automaticFocusDeferralArmed = flag("AutomaticFocusDeferralArmed"),
+             .patchErrorRetryArmed = flag("PatchErrorRetryArmed"),
+             .hardDeadlineDialogDismissedUntil = date("HardDeadlineDialogDismissedUntil"),
+             .lastHardDeadlineFiredAt = date("LastHardDeadlineFiredAt")});
   const std::lock_guard lock(mutex_);
   loaded_ = fresh;
   return fresh;
@@ -183,11 +213,16 @@ void PreferenceManager::clearNextAutoLaunch() {
   notifications_.post(CorvaneNextAutoLaunchDidChange{});
 }
 
-CadenceState PreferenceManager::readPatchingCadenceState() const {
-  return {.currentPatchingStartDate = readOptional<Date>("CurrentPatchingStartDate"),
-          .lastPatchingCompletionDate = readOptional<Date>("LastPatchingCompletionDate"),
-          .nextCycleStartDate = readOptional<Date>("NextCycleStartDate")};
+CadenceState PreferenceManager::readPatchingCadenceState() const { return load()->cadence; }
+DeferralInfo PreferenceManager::readDeferralInfo() const { return load()->deferrals; }
+std::optional<Date> PreferenceManager::readFocusDeferralDate() const { return load()->focusDeferralDate; }
+std::optional<Date> PreferenceManager::readNextAutoLaunch() const { return load()->nextAutoLaunch; }
+bool PreferenceManager::readAutomaticFocusDeferralArmed() const { return load()->automaticFocusDeferralArmed; }
+bool PreferenceManager::readPatchErrorRetryArmed() const { return load()->patchErrorRetryArmed; }
+std::optional<Date> PreferenceManager::readHardDeadlineDialogDismissedUntil() const {
+  return load()->hardDeadlineDialogDismissedUntil;
 }
+std::optional<Date> PreferenceManager::readLastHardDeadlineFiredAt() const { return load()->lastHardDeadlineFiredAt; }
 
 void PreferenceManager::writePatchingCadenceState(const CadenceState& state) {
   changeUser("CurrentPatchingStartDate", [&](PlistDict& domain) {
@@ -195,12 +230,6 @@ void PreferenceManager::writePatchingCadenceState(const CadenceState& state) {
     setOrErase(domain, "LastPatchingCompletionDate", state.lastPatchingCompletionDate);
     setOrErase(domain, "NextCycleStartDate", state.nextCycleStartDate);
   });
-}
-
-DeferralInfo PreferenceManager::readDeferralInfo() const {
-  return {.focusDeferralCount = readPreference<std::int64_t>("FocusDeferralCount", 0),
-          .hardDeferralCount = readPreference<std::int64_t>("HardDeferralCount", 0),
-          .hardDeferralDate = readOptional<Date>("HardDeferralDate")};
 }
 
 std::set<Label> PreferenceManager::readUpdateAllErrorClearedLabels() const {

@@ -153,7 +153,16 @@ class PreferenceManager {
 
  private:
   struct Loaded;
-  [[nodiscard]] EffectiveValue find(std::string_view key) const;
+  // Both domains at one moment, for values that belong together.
+  struct Look {
+    DomainSnapshot managed;
+    DomainSnapshot user;
+  };
+  [[nodiscard]] Look look() const { return {.managed = domains_.managed(), .user = domains_.user()}; }
+  [[nodiscard]] EffectiveValue find(std::string_view key) const { return find(key, look()); }
+  [[nodiscard]] EffectiveValue find(std::string_view key, const Look& look) const;
+  template <PreferenceValue T>
+  [[nodiscard]] std::optional<T> valueOf(std::string_view key, const Look& look) const;
   [[nodiscard]] std::shared_ptr<const Loaded> load() const;
   // One line for each key in the life of the process.
   void tell(const std::vector<SettingProblem>& problems) const;

@@ -12,14 +12,6 @@ std::optional<Date> PreferenceManager::readAppLastUpdateCheckDate() const {
 std::optional<std::string> PreferenceManager::readLastInventoryFingerprint() const {
   return readOptional<std::string>("LastInventoryFingerprint");
 }
-std::optional<Date> PreferenceManager::readNextAutoLaunch() const { return readOptional<Date>("NextAutoLaunch"); }
-std::optional<Date> PreferenceManager::readFocusDeferralDate() const { return readOptional<Date>("FocusDeferralDate"); }
-std::optional<Date> PreferenceManager::readHardDeadlineDialogDismissedUntil() const {
-  return readOptional<Date>("HardDeadlineDialogDismissedUntil");
-}
-std::optional<Date> PreferenceManager::readLastHardDeadlineFiredAt() const {
-  return readOptional<Date>("LastHardDeadlineFiredAt");
-}
 std::optional<Date> PreferenceManager::readLastAutoHelperResetDate() const {
   return readOptional<Date>("LastAutoHelperResetDate");
 }
@@ -34,12 +26,6 @@ std::optional<Date> PreferenceManager::readLastBackgroundPatchDate() const {
 }
 std::optional<Date> PreferenceManager::readLastSelfUpdateCheckDate() const {
   return readOptional<Date>("LastSelfUpdateCheckDate");
-}
-bool PreferenceManager::readAutomaticFocusDeferralArmed() const {
-  return readPreference("AutomaticFocusDeferralArmed", defaultFlag("AutomaticFocusDeferralArmed"));
-}
-bool PreferenceManager::readPatchErrorRetryArmed() const {
-  return readPreference("PatchErrorRetryArmed", defaultFlag("PatchErrorRetryArmed"));
 }
 bool PreferenceManager::readFirstRunSetupCompleted() const {
   return readPreference("FirstRunSetupCompleted", defaultFlag("FirstRunSetupCompleted"));

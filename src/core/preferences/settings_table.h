@@ -301,11 +301,21 @@ inline constexpr auto all = std::to_array<Setting>({
 
 inline constexpr const auto& kSettings = settings_rows::all;
 
+namespace settings_rows {
+// The rows by their keys: settings are looked up all the time.
+inline constexpr auto byKey = [] {
+  std::array<const Setting*, kSettings.size()> rows{};
+  std::ranges::transform(kSettings, rows.begin(), [](const Setting& setting) { return &setting; });
+  std::ranges::sort(rows, {}, [](const Setting* setting) { return setting->key; });
+  return rows;
+}();
+}  // namespace settings_rows
+
 // Null when the table has no such key.
 constexpr const Setting* findSetting(std::string_view key) {
-  for (const auto& setting : kSettings)
-    if (setting.key == key) return &setting;
-  return nullptr;
+  const auto found =
+      std::ranges::lower_bound(settings_rows::byKey, key, {}, [](const Setting* setting) { return setting->key; });
+  return found != settings_rows::byKey.end() && (*found)->key == key ? *found : nullptr;
 }
 
 // The keys of a group, in the table's order.
