@@ -1,6 +1,7 @@
 // What a long life at rest costs: the watcher, prompt and model over simulated years; and the prompt with a long list.
 #include <fmt/format.h>
 
+#include <chrono>
 #include <limits>
 
 #include "figure.h"
@@ -13,20 +14,28 @@ namespace {
 
 constexpr int kDays = 10'000;
 
-// A person at an office who defers for an hour as long as they may; each Monday the vendors have new versions. The Mac
-// is awake all the time.
+// A person at an office who defers for an hour as long as they may; each Monday the vendors have new versions. The
+// laptop sleeps while nobody is there.
 double secondsOfALongLife() {
-  SimulatedMacPlan plan{.apps = {{.label = "anvil"}, {.label = "bellows"}, {.label = "crucible"}},
-                        .habits = {.answer = Habits::Answer::defers, .comes = 9 * 60, .leaves = 17 * 60},
-                        .keepsLog = false};
+  constexpr auto kComes = 9h;
+  constexpr auto kLeaves = 17h;
+  SimulatedMacPlan plan{
+      .apps = {{.label = "anvil"}, {.label = "bellows"}, {.label = "crucible"}},
+      .habits = {.answer = Habits::Answer::defers, .comes = kComes / 1min, .leaves = kLeaves / 1min, .weekends = false},
+      .keepsLog = false};
   plan.settings["DeadlineCountHard"] = PlistValue(20);
   plan.settings["DeadlineDaysHard"] = PlistValue(5);
   SimulatedMac mac(plan);
+  const auto calendar = ScriptedLocale(plan.zone).calendar();
+  const std::chrono::sys_days monday = calendar.local(mac.now()).day;
   const auto microseconds = bench::microsecondsOf([&] {
     for (int day = 0; day < kDays; ++day) {
       if (day % 7 == 0)
         for (const auto* label : {"anvil", "bellows", "crucible"}) mac.release(label, fmt::format("{}.0", day / 7 + 2));
-      mac.run(24h);
+      if (day % 7 >= 5) continue;
+      const auto today = monday + std::chrono::days(day);
+      mac.sleepUntil(calendar.at(today, kComes));
+      mac.runUntil(calendar.at(today, kLeaves));
       mac.diary().clear();
     }
   });
