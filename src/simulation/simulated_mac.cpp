@@ -170,9 +170,8 @@ void SimulatedMac::noticedPrompt() {
   const auto armed = preferences_.readNextAutoLaunch();
   const auto end = businessHours().nextWindowEnd(time_.now());
   if (!isWithinBusinessHours() || (armed && *armed > time_.now() && end && *armed < *end)) mayInterrupt_ = true;
-  diary_.write(armed && *armed > time_.now()
-                   ? fmt::format("required: {} by {}", applications(count), diaryTime(*armed, locale_.calendar()))
-                   : "required: " + applications(count));
+  if (!armed || *armed <= time_.now()) return broken("a required update with nothing armed");
+  diary_.write(fmt::format("required: {} by {}", applications(count), diaryTime(*armed, locale_.calendar())));
 }
 
 void SimulatedMac::noticedDeferral() {

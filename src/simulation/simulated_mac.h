@@ -66,7 +66,7 @@ class SimulatedMac {
   // - nothing is installed that nobody asked for before its armed moment; nor within business hours, unless it was due
   //   outside of them or armed already for a moment within,
   // - no deferral is counted beyond the limit,
-  // - no prompt opens with nothing in it.
+  // - no prompt opens with nothing in it, and no hard one without a moment ahead for its install.
   [[nodiscard]] const std::vector<std::string>& brokenRules() const { return brokenRules_; }
 
   [[nodiscard]] VirtualMachine& time() { return time_; }

@@ -10,6 +10,7 @@
 #include "core/records/app_info.h"
 #include "core/records/enumerations.h"
 #include "workflow/app_facts.h"
+#include "workflow/hard_deadline_decision.h"
 #include "workflow/status_fields.h"
 
 namespace corvane {
@@ -47,6 +48,7 @@ class Crossings {
 
   // Into the flow of Update All.
   virtual void installNow() = 0;
+  virtual void armEnforcement(HardPromptReason reason) = 0;  // before a hard prompt is presented
 
   // Into the cycle.
   virtual void patchErrorFollowUp(DiscoveryOperation operation, const Labels& labels, const std::string& message) = 0;

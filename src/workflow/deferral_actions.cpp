@@ -94,10 +94,10 @@ void DeferralActions::deferUpdates(bool fromDialogTimeout) {
   if (deferrals.checkDeadlines() == DeferralDeadlineStatus::hardDeadlineReached) {
     fields_.currentHardDeadlineDate = deferrals.hardDeadlineDate();
     c_.messages.status(localized("The update deadline has passed."));
-    return present(DeferralEscalation::hard);
+    return refuse(HardPromptReason::deadlineReached);
   }
   const auto options = availableDeferralOptions();
-  if (options.empty()) return present(DeferralEscalation::hard);
+  if (options.empty()) return refuse(HardPromptReason::noLengthLeft);
   const bool isOffered = std::ranges::find(options, fields_.selectedDeferralMinutes) != options.end();
   const auto minutes = isOffered ? fields_.selectedDeferralMinutes : options.front();
   fields_.selectedDeferralMinutes = minutes;
@@ -124,8 +124,10 @@ void DeferralActions::tellTimedOut() {
   }));
 }
 
-void DeferralActions::present(DeferralEscalation escalation) {
-  fields_.currentDeferralEscalation = escalation;
+// Armed first: the countdown of the prompt is read from it.
+void DeferralActions::refuse(HardPromptReason reason) {
+  c_.crossings.armEnforcement(reason);
+  fields_.currentDeferralEscalation = DeferralEscalation::hard;
   presentDeferralPrompt();
 }
 

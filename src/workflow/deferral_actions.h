@@ -29,6 +29,8 @@ class DeferralActions {
   // Closed without an answer at normal or focus: nothing is recorded, and what is armed stays.
   void closeUnanswered();
   void userClosedHardDeadlineDialog();
+  // Refused once the hard deadline is reached, or when no length on offer ends before it: the forced install is armed,
+  // so that business hours hold, and the prompt comes back in its hard form.
   void deferUpdates(bool fromDialogTimeout);
   void dialogTimeoutElapsed();
   // Whether the dialog must stay hidden: a focus deferral was recorded, or the check waits to be repeated.
@@ -51,7 +53,7 @@ class DeferralActions {
  private:
   [[nodiscard]] DeferralManager manager() const;
   void tellTimedOut();
-  void present(DeferralEscalation escalation);
+  void refuse(HardPromptReason reason);
 
   RoomContext c_;
   DeferralFields& fields_;

@@ -1,4 +1,4 @@
-// What a reached hard deadline arms: how long the user still has before the forced install.
+// What a prompt that has become hard arms: how long the user still has before the forced install.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,14 @@
 
 namespace corvane {
 
+// Why the prompt is hard.
+enum class HardPromptReason {
+  deadlineReached,
+  noLengthLeft  // the deadline is still ahead, but no length on offer ends before it
+};
+
 struct HardDeadlineFacts {
+  HardPromptReason reason = HardPromptReason::deadlineReached;  // worded in the line, decides nothing
   Date now;
   std::optional<Date> armed;        // the stored next launch
   std::int64_t timeoutSeconds = 0;  // the configured countdown; less than 1 counts as 1

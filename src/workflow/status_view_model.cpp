@@ -49,6 +49,7 @@ struct StatusViewModel::Rooms final : Crossings {
   void patchAll(const Labels& labels) override { run.startPatching(labels, DiscoveryOperation::patchAll, {}, {}); }
 
   void installNow() override { updateAll.installNow(); }
+  void armEnforcement(HardPromptReason reason) override { updateAll.armEnforcement(reason); }
 
   void patchErrorFollowUp(DiscoveryOperation operation, const Labels& labels, const std::string& message) override {
     cycle.applyPatchErrorFollowUp(operation, labels, message);

@@ -108,7 +108,8 @@ class StatusViewModel {
   void updateAllFromMenuBar();
   void installNow();
 
-  // Deferrals. `deferUpdates` is refused once the hard deadline has passed: the prompt comes back in its hard form.
+  // Deferrals. `deferUpdates` is refused once the hard deadline has passed or no length is left before it: the forced
+  // install is armed, and the prompt comes back in its hard form.
   void presentDeferralPrompt();
   void dismissDeferralPrompt();
   // At normal and focus: the prompt goes, nothing is recorded. At hard: only where the settings allow a close.

@@ -70,19 +70,22 @@ void UpdateAllFlow::continueUpdateAll(DeferralPromptHost host, const Labels& lab
   const auto status =
       DeferralManager(facts.config, services.preferences, services.clock, services.locale.calendar()).checkDeadlines();
   const bool forced = status == DeferralDeadlineStatus::hardDeadlineReached;
-  if (forced) enforceDeadline();
+  if (forced) armEnforcement(HardPromptReason::deadlineReached);
   setPending(std::move(fresh));
   c_.crossings.askUser(forced ? DeferralEscalation::hard : DeferralEscalation::normal);
 }
 
-void UpdateAllFlow::enforceDeadline() {
+void UpdateAllFlow::armEnforcement(HardPromptReason reason) {
   auto& store = c_.services.preferences;
   const auto now = c_.services.clock.now();
   const auto calendar = c_.services.locale.calendar();
   const auto config = store.loadConfiguration();
-  store.writeLastHardDeadlineFiredAt(now);
+  if (reason == HardPromptReason::deadlineReached) store.writeLastHardDeadlineFiredAt(now);
   const auto decision = decideHardDeadline(
-      {.now = now, .armed = store.readNextAutoLaunch(), .timeoutSeconds = config.dialogTimeoutDeferral},
+      {.reason = reason,
+       .now = now,
+       .armed = store.readNextAutoLaunch(),
+       .timeoutSeconds = config.dialogTimeoutDeferral},
       BusinessHoursGate(config.businessHoursStartTime, config.businessHoursEndTime, calendar), calendar);
   if (decision.arm) store.writeNextAutoLaunch(*decision.arm, false, false);
   c_.log.info(decision.logLine);

@@ -16,6 +16,9 @@ class UpdateAllFlow {
   void updateAllFromMenuBar();
   // The answer of the prompt. While something else runs it waits, once, and only for the prompt it was given to.
   void installNow();
+  // Arms the forced install of a prompt that is about to be hard, by business hours and what is armed. Only a deadline
+  // that was reached is remembered as fired: one that is still ahead cannot have been missed.
+  void armEnforcement(HardPromptReason reason);
 
  private:
   void recheck(const Labels& labels, std::move_only_function<void()> then);
@@ -23,7 +26,6 @@ class UpdateAllFlow {
   void recheckThenInstall(const Labels& labels);
   void installAfterRecheck(const Labels& labels);
   void queueInstallNow();
-  void enforceDeadline();
   void nothingToUpdate(std::string_view logLine);
   void nothingLeft(std::string_view logLine);
   void setPending(Labels labels);

@@ -116,6 +116,41 @@ TEST_F(BusinessHoursDiaryTest, aWindowOverMidnightEndsInTheMorningOnEveryKindOfN
   }
 }
 
+TEST_F(BusinessHoursDiaryTest, aDeferralRefusedByALoweredLimitWaitsForTheEnd) {
+  hours("09:00", "17:00");
+  plan.settings["DeadlineCountHard"] = PlistValue(2);
+  start();
+  mac->runUntil("2026-10-26 09:02");
+  mac->set("DeadlineCountHard", PlistValue(0));
+  mac->run(1s);
+  mac->person().defer();
+  mac->runUntil("2026-10-27 08:00");
+  expectDiary(R"(Mon 26 Oct 09:00 asked: 3 applications
+Mon 26 Oct 09:02 required: 3 applications by Mon 26 Oct 17:00
+Mon 26 Oct 17:00 forced: anvil, bellows, crucible
+Mon 26 Oct 17:03 installed anvil, bellows, crucible
+Mon 26 Oct 17:03 the cycle is complete
+)");
+}
+
+// The deadline is at midnight, and the shortest length an hour.
+TEST_F(BusinessHoursDiaryTest, aDeferralWithNoLengthLeftBeforeTheDateWaitsForTheEnd) {
+  plan.settings = {{"DeadlineDaysHard", PlistValue(1)}};
+  hours("22:00", "06:00");
+  plan.dailyCheck = "23:30";
+  plan.habits = {.answer = Habits::Answer::defers};
+  start();
+  mac->runUntil("2026-10-26 23:59");
+  EXPECT_EQ(mac->preferences().readLastHardDeadlineFiredAt(), std::nullopt);
+  mac->runUntil("2026-10-27 08:00");
+  expectDiary(R"(Mon 26 Oct 23:30 asked: 3 applications
+Mon 26 Oct 23:30 required: 3 applications by Tue 27 Oct 06:00
+Tue 27 Oct 06:00 forced: anvil, bellows, crucible
+Tue 27 Oct 06:03 installed anvil, bellows, crucible
+Tue 27 Oct 06:03 the cycle is complete
+)");
+}
+
 TEST_F(BusinessHoursDiaryTest, anOpenHardPromptThatAMacSleptThroughCountsDownAnHour) {
   hours("09:00", "17:00");
   plan.dailyCheck = "20:00";

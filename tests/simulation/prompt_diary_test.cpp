@@ -147,7 +147,7 @@ TEST_F(PromptDiaryTest, aLimitLoweredUnderAnOpenPromptRefusesTheDeferral) {
   mac->person().defer();
   mac->runUntil("2026-10-26 10:00");
   expectDiary(R"(Mon 26 Oct 09:00 asked: 3 applications
-Mon 26 Oct 09:02 required: 3 applications
+Mon 26 Oct 09:02 required: 3 applications by Mon 26 Oct 09:07
 Mon 26 Oct 09:07 forced: anvil, bellows, crucible
 Mon 26 Oct 09:10 installed anvil, bellows, crucible
 Mon 26 Oct 09:10 the cycle is complete

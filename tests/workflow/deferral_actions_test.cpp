@@ -50,7 +50,12 @@ TEST_F(DeferralTest, afterTheDeadlineADeferralIsRefusedAndThePromptComesBackHard
   set("DeadlineDaysHard", PlistValue(1));
   openPrompt();
   set("HardDeferralDate", PlistValue(time.now() - 1s));
+  set("BusinessHoursStartTime", PlistValue("09:00"));
+  set("BusinessHoursEndTime", PlistValue("17:00"));
   model->deferUpdates(false);
+  EXPECT_EQ(preferences.readNextAutoLaunch(), time.now() + 5h) << "where business hours end";
+  EXPECT_EQ(preferences.readLastHardDeadlineFiredAt(), time.now());
+  EXPECT_EQ(model->promptCountdownSeconds(), 5 * 60 * 60);
   EXPECT_EQ(status(), "The update deadline has passed.");
   EXPECT_EQ(prompt().currentDeferralEscalation, DeferralEscalation::hard);
   EXPECT_EQ(prompt().currentHardDeadlineDate, time.now() - 1s);
@@ -70,7 +75,12 @@ TEST_F(DeferralTest, withNoLengthLeftThePromptIsHardWithoutAWord) {
   model->deferUpdates(false);
   EXPECT_EQ(prompt().currentDeferralEscalation, DeferralEscalation::hard);
   EXPECT_NE(status(), "The update deadline has passed.");
-  EXPECT_EQ(preferences.readNextAutoLaunch(), std::nullopt);
+  EXPECT_EQ(preferences.readNextAutoLaunch(), time.now() + 300s);
+  EXPECT_EQ(preferences.readLastHardDeadlineFiredAt(), std::nullopt) << "it is still ahead";
+  EXPECT_TRUE(
+      log.holds("StatusViewModel: No deferral length left outside business hours — presenting required-update prompt "
+                "with no further deferral and a 300-second enforcement countdown (DialogTimeoutDeferral)."));
+  EXPECT_EQ(log.count("Hard deadline reached"), 0);
 }
 
 TEST_F(DeferralTest, aCountdownThatRunsOutDefersAndSaysSoAfterwards) {

@@ -44,6 +44,7 @@ class RecordingCrossings final : public Crossings {
   void recheck(const Labels& labels, Task) override { calls.push_back("recheck " + joined(labels)); }
   void patchAll(const Labels& labels) override { calls.push_back("patchAll " + joined(labels)); }
   void installNow() override { calls.emplace_back("installNow"); }
+  void armEnforcement(HardPromptReason) override { calls.emplace_back("armEnforcement"); }
   void setPromptHost(DeferralPromptHost) override { calls.emplace_back("setPromptHost"); }
   void askUser(DeferralEscalation) override { calls.emplace_back("askUser"); }
   void dismissDeferralPrompt() override { calls.emplace_back("dismissDeferralPrompt"); }
