@@ -43,6 +43,7 @@ std::string_view typeName(SettingType type) {
       return "integer";
     case SettingType::text:
     case SettingType::optionalText:
+    case SettingType::timeOfDay:
     case SettingType::enumeration:
       return "string";
     case SettingType::labelList:

@@ -29,6 +29,7 @@ TEST_F(BadInputDiaryTest, aTimeThatIsNoTimeIsNoWindow) {
   plan.settings["BusinessHoursEndTime"] = PlistValue("25:00");
   start();
   mac->runUntil("2026-10-26 12:00");
+  EXPECT_EQ(mac->log().count("BusinessHoursEndTime, \"25:00\", is no time of day"), 1U);
   expectDiary(R"(Mon 26 Oct 09:00 required: 3 applications by Mon 26 Oct 09:05
 Mon 26 Oct 09:05 forced: anvil, bellows, crucible
 Mon 26 Oct 09:08 installed anvil, bellows, crucible

@@ -2,29 +2,13 @@
 
 #include <fmt/format.h>
 
+#include "base/time_of_day.h"
+
 namespace corvane {
 
 namespace {
 
 constexpr int kMinutesADay = 24 * 60;
-constexpr std::string_view kBlanks = " \t\r\n";
-
-std::string_view trimmed(std::string_view text) {
-  const auto first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
-
-// All of the text as a number of one or two digits, below `bound`.
-std::optional<int> number(std::string_view text, int bound) {
-  if (text.empty() || text.size() > 2) return std::nullopt;
-  int value = 0;
-  for (const char digit : text) {
-    if (digit < '0' || digit > '9') return std::nullopt;
-    value = value * 10 + (digit - '0');
-  }
-  return value < bound ? std::optional(value) : std::nullopt;
-}
 
 std::optional<int> minutesOf(const std::optional<std::string>& time) {
   return time ? BusinessHoursGate::parseMinutesOfDay(*time) : std::nullopt;
@@ -68,15 +52,7 @@ bool BusinessHoursGate::missedAfterHoursEnforcement(std::optional<Date> lastDead
          !isWithinBusinessHours(*lastDeadlineFiredAt);
 }
 
-std::optional<int> BusinessHoursGate::parseMinutesOfDay(std::string_view text) {
-  text = trimmed(text);
-  const auto colon = text.find(':');
-  if (colon == std::string_view::npos || text.size() - colon != 3) return std::nullopt;
-  const auto hours = number(text.substr(0, colon), 24);
-  const auto minutes = number(text.substr(colon + 1), 60);
-  if (!hours || !minutes) return std::nullopt;
-  return *hours * 60 + *minutes;
-}
+std::optional<int> BusinessHoursGate::parseMinutesOfDay(std::string_view text) { return minutesOfDay(text); }
 
 std::optional<std::string> BusinessHoursGate::formatMinutesOfDay(int minutes) {
   if (minutes < 0 || minutes >= kMinutesADay) return std::nullopt;

@@ -32,7 +32,7 @@ class BusinessHoursGate {
   // after hours did not come.
   [[nodiscard]] bool missedAfterHoursEnforcement(std::optional<Date> lastDeadlineFiredAt, Date now) const;
 
-  // "HH:mm" on a clock of 24 hours to minutes since midnight; "9:05" reads too, "24:00" does not.
+  // As base/time_of_day.h reads it.
   [[nodiscard]] static std::optional<int> parseMinutesOfDay(std::string_view text);
 
   // The reverse, always with two digits each. Absent outside 0 to 1439.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/time_of_day.h"
 #include "core/preferences/setting_values.h"
 
 namespace corvane {
@@ -123,6 +124,12 @@ static_assert(std::ranges::all_of(kBindings, [](const Binding& binding) {
   return std::ranges::any_of(kSettings, [&](const Setting& setting) { return setting.key == binding.key; });
 }));
 
+// Both times are fine, and yet no moment lies between them: hardly what anybody meant.
+bool hasEmptyBusinessHours(const Config& config) {
+  return config.businessHoursStartTime && config.businessHoursEndTime &&
+         minutesOfDay(*config.businessHoursStartTime) == minutesOfDay(*config.businessHoursEndTime);
+}
+
 std::string trimmed(std::string_view text) {
   constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
   const auto start = text.find_first_not_of(kWhiteSpace);
@@ -147,6 +154,10 @@ LoadedConfiguration configurationFrom(const Domains& domains) {
     const auto found = effectiveSetting(*findSetting(binding.key), domains, &loaded.problems);
     if (found.value) binding.set(loaded.config, *found.value);
   }
+  if (hasEmptyBusinessHours(loaded.config))
+    loaded.problems.push_back({"BusinessHoursEndTime", "BusinessHoursStartTime and BusinessHoursEndTime are both \"" +
+                                                           *loaded.config.businessHoursEndTime +
+                                                           "\": no moment is within business hours."});
   return loaded;
 }
 

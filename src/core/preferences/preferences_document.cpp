@@ -20,6 +20,8 @@ std::string_view typeText(SettingType type) {
       return "text";
     case SettingType::enumeration:
       return "one of";
+    case SettingType::timeOfDay:
+      return "time of day";
     case SettingType::labelList:
     case SettingType::pathList:
       return "list of texts";

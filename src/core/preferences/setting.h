@@ -20,6 +20,7 @@ enum class SettingType {
   optionalInteger,  // absent means that the limit is off
   text,
   optionalText,  // absent and empty are the same
+  timeOfDay,     // "HH:mm"; absent and empty are the same
   enumeration,
   labelList,  // a list of texts, or one text split at white space
   pathList,   // a list of texts, or one text split at line breaks

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "base/time_of_day.h"
+
 namespace corvane {
 namespace {
 
@@ -69,6 +71,11 @@ std::optional<PlistValue> textOf(const Setting& setting, const PlistValue& value
   return text && !(blankIsAbsent && isBlank(*text)) ? std::optional(value) : std::nullopt;
 }
 
+std::optional<PlistValue> timeOf(const PlistValue& value) {
+  const auto text = value.string();
+  return text && minutesOfDay(*text) ? std::optional(value) : std::nullopt;
+}
+
 std::optional<PlistValue> caseOf(const Setting& setting, const PlistValue& value) {
   const auto text = value.string();
   if (!text || !setting.choices) return std::nullopt;
@@ -98,7 +105,9 @@ std::optional<PlistValue> usable(const Setting& setting, std::string_view key, c
   if (!value && !saysNothing(setting, found->second))
     note(problems, key,
          "The " + std::string(domainName) + " value of " + std::string(key) +
-             " has a wrong type or is out of range and is ignored.");
+             (setting.type == SettingType::timeOfDay
+                  ? ", " + writeJson(jsonFrom(found->second)) + ", is no time of day, \"HH:mm\", and is ignored."
+                  : " has a wrong type or is out of range and is ignored."));
   if (value && setting.type == SettingType::integerList && value->array()->size() < found->second.array()->size())
     note(problems, key,
          "The " + std::string(domainName) + " value of " + std::string(key) +
@@ -137,6 +146,8 @@ std::optional<PlistValue> canonical(const Setting& setting, const PlistValue& va
     case SettingType::text:
     case SettingType::optionalText:
       return textOf(setting, value);
+    case SettingType::timeOfDay:
+      return timeOf(value);
     case SettingType::enumeration:
       return caseOf(setting, value);
     case SettingType::labelList:

@@ -94,7 +94,7 @@ inline constexpr auto all = std::to_array<Setting>({
      .meaning = "The prompt of a hard deadline may be closed until the enforcement is due."},
     {.key = "AggressivePatchDayDeferral", .type = boolean, .access = Access::managed, .fallback = false,
      .meaning = "On the day of a hard deadline only waits that end before PatchingEndTime are offered."},
-    {.key = "PatchingEndTime", .type = optionalText, .access = Access::managed,
+    {.key = "PatchingEndTime", .type = timeOfDay, .access = Access::managed,
      .meaning = "Time of day, \"HH:mm\", at which patching on a deadline day is to be over."},
     {.key = "PatchWeekStartDay", .type = integer, .fallback = std::int64_t{2}, .range = {1, 7},
      .group = Group::deferralSettings,
@@ -114,10 +114,10 @@ inline constexpr auto all = std::to_array<Setting>({
      .group = Group::deferralSettings,
      .meaning = "Kept for older profiles; cycles start at midnight, but a profile that sets it manages the deferral "
                 "settings."},
-    {.key = "BusinessHoursStartTime", .type = optionalText, .group = Group::businessHours,
-     .meaning = "Start of the daily window, \"HH:mm\", in which open applications are not forced."},
-    {.key = "BusinessHoursEndTime", .type = optionalText, .group = Group::businessHours,
-     .meaning = "End of that window, \"HH:mm\"."},
+    {.key = "BusinessHoursStartTime", .type = timeOfDay, .group = Group::businessHours,
+     .meaning = "Start of the daily window, \"HH:mm\", in which open applications are not forced; both times are needed."},
+    {.key = "BusinessHoursEndTime", .type = timeOfDay, .group = Group::businessHours,
+     .meaning = "End of that window, \"HH:mm\"; before the start it lies on the next day, and equal to it the window is empty."},
     // Background work and self-update
     {.key = "BackgroundPatchClosedAppsEnabled", .type = boolean, .fallback = false, .group = Group::backgroundPatch,
      .meaning = "Applications that are not open are updated silently, on a schedule."},

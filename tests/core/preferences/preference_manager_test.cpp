@@ -111,6 +111,26 @@ TEST_F(PreferenceManagerTest, NumbersOutOfRangeAreLeftOutOfListsAndToldOnce) {
   EXPECT_THAT(preferences.loadConfiguration().deferralTimerMenu, ElementsAre(60, 120, 240, 1440));
 }
 
+TEST_F(PreferenceManagerTest, ATimeThatIsNoneAndHoursThatHoldNothingAreToldOnceWithTheirValues) {
+  domains.setManaged({{"BusinessHoursStartTime", "25:00"}, {"PatchingEndTime", 17}});
+  domains.setUser({{"BusinessHoursStartTime", "9:00"}, {"BusinessHoursEndTime", "17:00"}});
+  for (int round = 0; round < 2; ++round) {
+    const auto config = preferences.loadConfiguration();
+    EXPECT_EQ(config.businessHoursStartTime, "9:00") << "the next domain counts, as for every setting";
+    EXPECT_EQ(config.businessHoursEndTime, "17:00");
+    EXPECT_EQ(config.patchingEndTime, std::nullopt);
+    domains.setUser(PlistDict(*domains.user().values));
+  }
+  EXPECT_EQ(log.count(R"(The managed value of BusinessHoursStartTime, "25:00", is no time of day, "HH:mm", and is)"),
+            1U);
+  EXPECT_EQ(log.count("The managed value of PatchingEndTime, 17, is no time of day"), 1U);
+  EXPECT_EQ(log.lines().size(), 2U);
+  domains.setManaged({{"BusinessHoursEndTime", "09:00"}});
+  EXPECT_EQ(preferences.loadConfiguration().businessHoursEndTime, "09:00");
+  (void)preferences.loadConfiguration();
+  EXPECT_EQ(log.count(R"(BusinessHoursStartTime and BusinessHoursEndTime are both "09:00": no moment is within)"), 1U);
+}
+
 TEST_F(PreferenceManagerTest, ListsMayBeOneTextAndBlankTextsMeanAbsent) {
   domains.setManaged({{"IgnoredLabels", "zoom*  firefox\n*"},
                       {"RequiredLabels", PlistArray{"a b", 7, "c"}},
