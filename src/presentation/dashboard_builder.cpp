@@ -62,6 +62,7 @@ DashboardPage makeDashboardPage(const DashboardInputs& inputs) {
   page.message = message(fields.messages);
   page.cards = makeStatusCards(fields, texts);
   page.timestamps = makeTimestampPills(inputs, texts);
+  page.nextStep = makeNextStep(inputs);
   page.filterLabel = texts.text("Filter:");
   page.filters = makeFilterSegments(fields.filterMode, texts);
   page.recheckAll = {

@@ -40,7 +40,7 @@ struct DashboardInputs {
   HelperStatus helperStatus = HelperStatus::unknown;
   std::string statusLine;
   std::string statusSymbol;
-  std::optional<PendingWatchpoint> watchpoint;       // for "Installs Automatically"
+  std::optional<PendingWatchpoint> watchpoint;       // what is armed
   const std::map<Label, ExpandedHistory>& expanded;  // a label in it is expanded
   bool selfUpdateDismissed = false;
   DashboardCapabilities capabilities;

@@ -1,7 +1,9 @@
-// Cards, time stamps, filter and the empty list.
+// Cards, time stamps, the next step, filter and the empty list.
 #include <string_view>
 
 #include "presentation/dashboard_parts.h"
+#include "workflow/deferral_texts.h"
+#include "workflow/watchpoint.h"
 
 namespace corvane {
 
@@ -48,6 +50,14 @@ ColorRole deadlineColor(Date deadline, Date now) {
   if (deadline <= now) return ColorRole::red;
   return deadline - now < kNearDeadline ? ColorRole::orange : ColorRole::primary;
 }
+
+struct WatchpointLook {
+  PageMessage operator()(const watchpoint::Enforcement&) const {
+    return {.symbol = "timer", .color = ColorRole::orange};
+  }
+  PageMessage operator()(const watchpoint::DeferralReminder&) const { return {.symbol = "bell"}; }
+  PageMessage operator()(const watchpoint::FocusDeferral&) const { return {.symbol = "moon.zzz"}; }
+};
 
 }  // namespace
 
@@ -108,6 +118,19 @@ std::vector<TimestampPill> makeTimestampPills(const DashboardInputs& inputs, con
                      .valueColor = ColorRole::orange});
   }
   return pills;
+}
+
+// A complete cycle has nothing armed, so one line is enough for both.
+PageMessage makeNextStep(const DashboardInputs& inputs) {
+  if (const auto& armed = inputs.watchpoint) {
+    auto step = std::visit(WatchpointLook(), *armed);
+    step.text = watchpointText(*armed, remainingText(momentOf(*armed), inputs.now, inputs.locale),
+                               inputs.facts.config.focusDeferralNotificationsEnabled);
+    return step;
+  }
+  const auto& complete = inputs.fields.inventory.cycleCompletionMessage;
+  if (!complete) return {};
+  return {.text = *complete, .symbol = "checkmark.circle.fill", .color = ColorRole::green};
 }
 
 std::vector<FilterSegment> makeFilterSegments(FilterMode selected, const PageTexts& texts) {

@@ -146,6 +146,7 @@ struct DashboardPage {
   PageMessage message;  // the last thing that went wrong, else the workflow's transient line
   std::vector<StatusCard> cards;
   std::vector<TimestampPill> timestamps;
+  PageMessage nextStep;  // what comes by itself and when, or that the cycle is complete; empty when nothing does
   std::string filterLabel;
   std::vector<FilterSegment> filters;
   PageButton recheckAll;
@@ -252,9 +253,10 @@ struct PageFields<DashboardPage> {
       pageField("updateAll", &DashboardPage::updateAll), pageField("workLine", &DashboardPage::workLine),
       pageField("statusLine", &DashboardPage::statusLine), pageField("statusSymbol", &DashboardPage::statusSymbol),
       pageField("message", &DashboardPage::message), pageField("cards", &DashboardPage::cards),
-      pageField("timestamps", &DashboardPage::timestamps), pageField("filterLabel", &DashboardPage::filterLabel),
-      pageField("filters", &DashboardPage::filters), pageField("recheckAll", &DashboardPage::recheckAll),
-      pageField("empty", &DashboardPage::empty), pageField("helperBanner", &DashboardPage::helperBanner),
+      pageField("timestamps", &DashboardPage::timestamps), pageField("nextStep", &DashboardPage::nextStep),
+      pageField("filterLabel", &DashboardPage::filterLabel), pageField("filters", &DashboardPage::filters),
+      pageField("recheckAll", &DashboardPage::recheckAll), pageField("empty", &DashboardPage::empty),
+      pageField("helperBanner", &DashboardPage::helperBanner),
       pageField("selfUpdateBanner", &DashboardPage::selfUpdateBanner), pageField("rows", &DashboardPage::rows));
 };
 

@@ -14,6 +14,7 @@ namespace corvane {
 
 [[nodiscard]] std::vector<StatusCard> makeStatusCards(const StatusFields& fields, const PageTexts& texts);
 [[nodiscard]] std::vector<TimestampPill> makeTimestampPills(const DashboardInputs& inputs, const PageTexts& texts);
+[[nodiscard]] PageMessage makeNextStep(const DashboardInputs& inputs);
 [[nodiscard]] std::vector<FilterSegment> makeFilterSegments(FilterMode selected, const PageTexts& texts);
 [[nodiscard]] EmptyState makeEmptyState(const DashboardInputs& inputs, const PageTexts& texts);
 [[nodiscard]] HelperSetupBanner makeHelperSetupBanner(const DashboardInputs& inputs, const PageTexts& texts);

@@ -63,6 +63,17 @@ std::string momentText(Date moment, Date now, const Locale& locale) {
   return fmt::format(fmt::runtime(localized("{}, {}")), absolute(moment, days, locale), relative(moment, now, days));
 }
 
+std::string remainingText(Date moment, Date now, const Locale& locale) {
+  const auto left = moment - now;
+  if (left < 1min) return localized("less than a minute");
+  const auto minutes = std::chrono::floor<std::chrono::minutes>(left).count();
+  if (left < 1h) return locale.duration(minutes, DurationUnit::minute);
+  if (left >= 48h) return locale.duration(calendarDaysBetween(now, moment, locale), DurationUnit::day);
+  auto hours = locale.duration(minutes / 60, DurationUnit::hour);
+  if (left >= 24h || minutes % 60 == 0) return hours;
+  return fmt::format(fmt::runtime(localized("{}, {}")), hours, locale.duration(minutes % 60, DurationUnit::minute));
+}
+
 std::string monogramOf(const std::string& name) {
   std::size_t length = name.empty() ? 0 : 1;
   while (length < name.size() && (static_cast<unsigned char>(name[length]) & 0xC0U) == 0x80U) ++length;

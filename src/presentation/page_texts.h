@@ -20,6 +20,10 @@ namespace corvane {
 // The same moment inside a sentence: "at 3:40 PM", "tomorrow at 3:40 PM", "on Nov 3, 2026, 2:40 PM". Main thread.
 [[nodiscard]] std::string absoluteMomentText(Date moment, Date now, const Locale& locale);
 
+// What is left until a moment ahead, by the same measure but to the minute within a day: "59 minutes",
+// "1 hour, 59 minutes", "2 days". Main thread.
+[[nodiscard]] std::string remainingText(Date moment, Date now, const Locale& locale);
+
 // What stands for an application without an icon: the first letter of its name, whatever its alphabet.
 [[nodiscard]] std::string monogramOf(const std::string& name);
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "core/records/enumerations.h"
+#include "workflow/watchpoint.h"
 
 namespace corvane::ui {
 namespace {
@@ -12,18 +13,25 @@ namespace {
 // Dates are shown relative to now as well, so the page is looked at again this often.
 constexpr Duration kDateRefresh = 60s;
 
+// What is left until then is told in whole minutes; a moment after one has gone, another number stands.
+Duration untilItsNextMinute(Date moment, Date now) { return (moment - now) % kDateRefresh + 1ms; }
+
 }  // namespace
 
 DashboardController::DashboardController(StatusViewModel& model, const WorkflowServices& services, PromptBridge& prompt,
                                          WindowActions host)
     : model_(model), services_(services), host_(std::move(host)), bridge_(actions(), prompt) {
   changes_ = model_.observe([this] { refresh(); });
-  minutes_ = services_.main.every(
-      kDateRefresh, [this] { refresh(); }, kDateRefresh / 10);
   refresh();
 }
 
 void DashboardController::refresh() {
+  const auto now = services_.clock.now();
+  const auto watchpoint = model_.pendingWatchpoint();
+  const auto armed = watchpoint ? std::optional(momentOf(*watchpoint)) : std::nullopt;
+  nextMinute_ = services_.main.after(
+      armed ? untilItsNextMinute(*armed, now) : kDateRefresh, [this] { refresh(); },
+      armed ? Duration::zero() : kDateRefresh / 10);
   const auto facts = model_.facts();
   const auto listed = model_.filteredApps();
   const auto expanded = expandedHistories();
@@ -34,12 +42,12 @@ void DashboardController::refresh() {
                                      .facts = facts,
                                      .listed = listed,
                                      .locale = services_.locale,
-                                     .now = services_.clock.now(),
+                                     .now = now,
                                      .title = title,
                                      .helperStatus = services_.installation.status(),
                                      .statusLine = model_.statusLine(),
                                      .statusSymbol = std::string(model_.statusSymbolName()),
-                                     .watchpoint = model_.pendingWatchpoint(),
+                                     .watchpoint = watchpoint,
                                      .expanded = expanded,
                                      .selfUpdateDismissed = selfUpdate && selfUpdate == dismissedSelfUpdate_,
                                      .capabilities = {.updatesItself = static_cast<bool>(host_.updateItself)}}));

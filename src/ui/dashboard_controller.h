@@ -40,7 +40,7 @@ class DashboardController {
   std::set<Label> expandedReceiptLabels_;
   std::optional<SelfUpdateAvailability> dismissedSelfUpdate_;
   Lease changes_;
-  Lease minutes_;
+  Lease nextMinute_;
 };
 
 }  // namespace corvane::ui

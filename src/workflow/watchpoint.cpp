@@ -12,4 +12,8 @@ std::optional<PendingWatchpoint> pendingWatchpoint(const DeferralFields& deferra
   return watchpoint::DeferralReminder{*armed};
 }
 
+Date momentOf(const PendingWatchpoint& watchpoint) {
+  return std::visit([](const auto& kind) { return kind.at; }, watchpoint);
+}
+
 }  // namespace corvane

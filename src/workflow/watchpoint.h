@@ -13,4 +13,6 @@ namespace corvane {
 [[nodiscard]] std::optional<PendingWatchpoint> pendingWatchpoint(const DeferralFields& deferral,
                                                                  std::optional<Date> armed, bool focusArmed, Date now);
 
+[[nodiscard]] Date momentOf(const PendingWatchpoint& watchpoint);
+
 }  // namespace corvane

@@ -400,6 +400,27 @@ TEST_F(DashboardTest, BearsTheConfiguredTitleWhateverItHolds) {
   EXPECT_TRUE(page().empty.text.starts_with("Patch {0} Desk keeps checking"));
 }
 
+TEST_F(DashboardTest, TellsWhatComesByItselfAndWhen) {
+  EXPECT_EQ(page().nextStep, PageMessage());
+  watchpoint_ = watchpoint::Enforcement{kNow + 21h};
+  EXPECT_EQ(page().nextStep,
+            (PageMessage{
+                .text = "Updates install automatically in 21 hours", .symbol = "timer", .color = ColorRole::orange}));
+  watchpoint_ = watchpoint::DeferralReminder{kNow + 2h - 1s};
+  EXPECT_EQ(page().nextStep,
+            (PageMessage{.text = "Deferred — you'll be reminded in 1 hour, 59 minutes", .symbol = "bell"}));
+  watchpoint_ = watchpoint::FocusDeferral{kNow + 59s};
+  EXPECT_EQ(page().nextStep,
+            (PageMessage{.text = "Focus deferral — checking again in less than a minute", .symbol = "moon.zzz"}));
+  facts_.config.focusDeferralNotificationsEnabled = true;
+  EXPECT_EQ(page().nextStep.text, "Focus deferral — next reminder in less than a minute");
+  watchpoint_.reset();
+  fields_.inventory.cycleCompletionMessage = "Patching is complete for this cycle. The next cycle starts May 1, 2027.";
+  EXPECT_EQ(page().nextStep, (PageMessage{.text = *fields_.inventory.cycleCompletionMessage,
+                                          .symbol = "checkmark.circle.fill",
+                                          .color = ColorRole::green}));
+}
+
 TEST_F(DashboardTest, BecomesJsonWithItsFieldNames) {
   expanded_[kQuill] = {};
   listed_ = {quill()};
@@ -425,6 +446,21 @@ TEST(MomentText, IsAbsoluteAndRelative) {
     const auto text = momentText(kNow + ahead, kNow, locale);
     EXPECT_TRUE(text.starts_with(absolute) && text.ends_with(relative)) << text;
   }
+}
+
+TEST(RemainingText, IsExactToTheMinuteWithinADay) {
+  const ScriptedLocale locale;
+  const std::pair<Duration, const char*> cases[] = {{1s, "less than a minute"},
+                                                    {60s, "1 minute"},
+                                                    {59min + 59s, "59 minutes"},
+                                                    {1h, "1 hour"},
+                                                    {61min, "1 hour, 1 minute"},
+                                                    {24h - 1s, "23 hours, 59 minutes"},
+                                                    {24h + 59min, "24 hours"},
+                                                    {48h - 1s, "47 hours"},
+                                                    {48h, "2 days"},
+                                                    {13h + 72h, "4 days"}};
+  for (const auto& [left, text] : cases) EXPECT_EQ(remainingText(kNow + left, kNow, locale), text);
 }
 
 }  // namespace

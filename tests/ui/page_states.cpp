@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <utility>
+
 #include "workflow/app_predicates.h"
 #include "workflow/status_texts.h"
 
@@ -125,10 +127,14 @@ PageState expanded() {
 
 PageState completed() {
   auto state = ordinary("cycle-complete");
-  state.fields.inventory.cycleCompletionMessage = "Patching completed. The next cycle begins November 9, 2026.";
+  state.fields.inventory.cycleCompletionMessage =
+      "Patching is complete for this cycle. The next cycle starts November 9, 2026.";
   state.facts.cycleComplete = true;
-  state.fields.inventory.updatesAwaitingNextCycle = 3;
   count(state);
+  // What is outdated waits, and nothing counts as pending.
+  state.fields.inventory.updatesAwaitingNextCycle = std::exchange(state.fields.inventory.pendingUpdates, 0);
+  state.statusLine = statusLine(state.fields, kNow);
+  state.statusSymbol = std::string(statusSymbolName(state.fields, kNow));
   return state;
 }
 
@@ -161,6 +167,18 @@ PageState deadlines() {
   state.fields.deferral.currentDeferralEscalation = DeferralEscalation::hard;
   state.watchpoint = watchpoint::Enforcement{kNow + 21h};
   count(state);
+  return state;
+}
+
+PageState deferred() {
+  auto state = ordinary("deferred");
+  state.watchpoint = watchpoint::DeferralReminder{kNow + 1h + 59min + 20s};
+  return state;
+}
+
+PageState focusDeferred() {
+  auto state = ordinary("focus-deferred");
+  state.watchpoint = watchpoint::FocusDeferral{kNow + 29min};
   return state;
 }
 
@@ -274,6 +292,8 @@ std::vector<PageState> allPageStates() {
                                 installomatorMissing(),
                                 selfUpdate(),
                                 deadlines(),
+                                deferred(),
+                                focusDeferred(),
                                 errorState(),
                                 alertsFilter(),
                                 emptyFilter(),
@@ -282,6 +302,11 @@ std::vector<PageState> allPageStates() {
   small.width = 640;
   small.height = 480;
   states.push_back(small);
+  auto smallDeadlines = deadlines();
+  smallDeadlines.name = "small-deadlines";
+  smallDeadlines.width = 640;
+  smallDeadlines.height = 480;
+  states.push_back(smallDeadlines);
   auto smallBanner = banner("small-banner", HelperStatus::notRegistered, false);
   smallBanner.width = 640;
   smallBanner.height = 480;

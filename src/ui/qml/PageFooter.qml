@@ -10,42 +10,13 @@ RowLayout {
 
     spacing: Theme.grid
 
-    component Line: RowLayout {
-        id: one
-
-        property var line
-        property alias lines: words.maximumLineCount
-
-        visible: one.line.text !== ""
-        spacing: 6
-        Symbol {
-            visible: one.line.symbol !== ""
-            Layout.alignment: Qt.AlignTop
-            name: one.line.symbol
-            role: one.line.color
-            size: 16
-        }
-        Text {
-            id: words
-            Layout.fillWidth: true
-            text: one.line.text
-            color: Theme.role(one.line.color)
-            font.pixelSize: Theme.textSize
-            wrapMode: Text.Wrap
-            elide: Text.ElideRight
-            // Told without interrupting what is being read.
-            Accessible.role: Accessible.StaticText
-            Accessible.name: text
-        }
-    }
-
-    Line {
+    MessageLine {
         Layout.maximumWidth: implicitWidth
         Layout.alignment: Qt.AlignTop
         line: root.work
         lines: 1
     }
-    Line {
+    MessageLine {
         Layout.fillWidth: true
         Layout.alignment: Qt.AlignTop
         line: root.message

@@ -104,6 +104,12 @@ Item {
                 }
             }
         }
+        MessageLine {
+            objectName: "nextStep"
+            Layout.fillWidth: true
+            line: root.page.nextStep
+            lines: 2
+        }
 
         RowLayout {
             Layout.fillWidth: true
