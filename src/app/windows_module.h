@@ -12,6 +12,7 @@ namespace corvane {
 
 class UvMainLoop;
 class DeferralPromptController;
+class InstallConfirmationController;
 
 // What the windows can cause beyond the model's operations. One that is absent is not offered.
 struct WindowActions {
@@ -25,6 +26,7 @@ struct WindowsHost {
   UvMainLoop& loop;
   DeferralPromptController& prompt;
   PromptWindows& promptWindows;
+  InstallConfirmationController& confirmation;
   WindowActions actions{};
 };
 

@@ -1,7 +1,6 @@
 #include "presentation/deferral_prompt_controller.h"
 
 #include <chrono>
-#include <utility>
 
 #include "core/preferences/display_title.h"
 
@@ -16,15 +15,6 @@ DeferralPromptController::DeferralPromptController(StatusViewModel& model, const
           services_.main, services_.clock, [this] { tell(); }, [this] { accept(); }) {
   changes_ = model_.observe([this] { modelChanged(); });
   modelChanged();
-}
-
-Lease DeferralPromptController::observe(std::function<void()> changed) {
-  auto observer = std::make_shared<std::function<void()>>(std::move(changed));
-  observers_.push_back(observer);
-  return Lease(lifeline_.guard([this, observer] {
-    *observer = nullptr;
-    observers_.remove(observer);
-  }));
 }
 
 std::optional<DeferralPromptController::Presentation> DeferralPromptController::current() const {
@@ -82,9 +72,7 @@ void DeferralPromptController::tell() {
   page_.confirmation = !isConfirming() ? ConfirmationPage()
                        : accepted_     ? makeAcceptedPage(texts)
                                        : makeConfirmationPage(confirmation_.remainingSeconds(), texts);
-  const auto round = observers_;
-  for (const auto& observer : round)
-    if (*observer) (*observer)();
+  observers_.tell();
 }
 
 // What is armed may have been put off while the countdown ran or the Mac slept, and the prompt does not begin before

@@ -3,21 +3,16 @@
 #pragma once
 
 #include <functional>
-#include <list>
-#include <memory>
 #include <optional>
-#include <vector>
+#include <utility>
 
 #include "base/lease.h"
-#include "base/lifeline.h"
+#include "base/observers.h"
 #include "presentation/countdown.h"
 #include "presentation/deferral_prompt_page.h"
 #include "workflow/status_view_model.h"
 
 namespace corvane {
-
-// How long the confirmation waits before it says yes by itself.
-inline constexpr std::int64_t kConfirmationSeconds = 15;
 
 // Main thread. One for the life of the process, as the model.
 class DeferralPromptController {
@@ -27,7 +22,7 @@ class DeferralPromptController {
   [[nodiscard]] const DeferralPromptPage& page() const { return page_; }
 
   // Called after the page changed: by the model in its turn, by the clock every second while a prompt stands.
-  [[nodiscard]] Lease observe(std::function<void()> changed);
+  [[nodiscard]] Lease observe(std::function<void()> changed) { return observers_.add(std::move(changed)); }
 
   void select(std::int64_t minutes);
   void defer();
@@ -66,9 +61,8 @@ class DeferralPromptController {
   std::int64_t resumeSeconds_ = 0;          // what the prompt's countdown had left when the confirmation opened
   Countdown countdown_;
   Countdown confirmation_;
-  std::list<std::shared_ptr<std::function<void()>>> observers_;
+  Observers observers_;
   Lease changes_;
-  Lifeline lifeline_;
 };
 
 }  // namespace corvane

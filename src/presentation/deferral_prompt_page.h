@@ -35,6 +35,9 @@ struct ReminderOption {
   friend bool operator==(const ReminderOption&, const ReminderOption&) = default;
 };
 
+// How long the confirmation waits before it says yes by itself.
+inline constexpr std::int64_t kConfirmationSeconds = 15;
+
 // "Install updates?", in the prompt's place or in a panel of its own.
 struct ConfirmationPage {
   bool visible = false;

@@ -6,6 +6,7 @@
 #include "platform/qt/qt_main_loop.h"
 #include "platform/uv/uv_main_loop.h"
 #include "presentation/deferral_prompt_controller.h"
+#include "ui/confirmation_surface.h"
 #include "ui/dashboard_controller.h"
 #include "ui/dashboard_window.h"
 #include "ui/desktop_appearance.h"
@@ -28,12 +29,14 @@ int runWindows(WindowsHost& host) {
   prepareApplication();
   QtMainLoop loop(host.loop);
   PromptSurface prompt(host.prompt, host.services);
+  ConfirmationSurface confirmation(host.confirmation, host.services);
   DashboardController controller(host.model, host.services, prompt.bridge(), host.actions);
   DashboardWindow window(controller.bridge());
   if (!window.ok()) return 1;
   const DesktopAppearance appearance([&](const Appearance& wanted) {
     window.setAppearance(wanted);
     prompt.panel().setAppearance(wanted);
+    confirmation.panel().setAppearance(wanted);
   });
   host.promptWindows.attach(&prompt);
   const Lease detached([&] { host.promptWindows.attach(nullptr); });

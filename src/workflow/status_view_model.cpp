@@ -2,9 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <list>
-
 #include "base/localized.h"
+#include "base/observers.h"
 #include "core/records/notifications.h"
 #include "workflow/blocking_prompt_watch.h"
 #include "workflow/deferral_actions.h"
@@ -86,10 +85,7 @@ struct StatusViewModel::Rooms final : Crossings {
 
   void tellObservers() {
     changeTold = false;
-    // An observer may end its own subscription or make a new one while it is told.
-    const std::list<std::shared_ptr<std::function<void()>>> round = observers;
-    for (const auto& observer : round)
-      if (*observer) (*observer)();
+    observers.tell();
   }
 
   void subscribe();
@@ -103,7 +99,7 @@ struct StatusViewModel::Rooms final : Crossings {
   StatusFields fields;
   Logger log{services.log, "StatusViewModel"};
   bool changeTold = false;
-  std::list<std::shared_ptr<std::function<void()>>> observers;
+  Observers observers;
 
   std::function<void()> changed = [this] { fieldsChanged(); };
   OperationGate gate{services.main, fields.gate, changed};
@@ -161,14 +157,7 @@ void StatusViewModel::begin() {
 
 const StatusFields& StatusViewModel::fields() const { return rooms_->fields; }
 
-Lease StatusViewModel::observe(std::function<void()> changed) {
-  auto observer = std::make_shared<std::function<void()>>(std::move(changed));
-  rooms_->observers.push_back(observer);
-  return Lease(rooms_->lifeline.guard([rooms = rooms_.get(), observer] {
-    *observer = nullptr;
-    rooms->observers.remove(observer);
-  }));
-}
+Lease StatusViewModel::observe(std::function<void()> changed) { return rooms_->observers.add(std::move(changed)); }
 
 AppFacts StatusViewModel::facts() const { return rooms_->inventory.facts(); }
 

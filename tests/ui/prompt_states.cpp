@@ -96,6 +96,7 @@ std::vector<PromptState> allPromptStates() {
       {.name = "prompt-hard-nearly-over", .page = pageOf(manyRows, {.escalation = hard, .secondsLeft = 7})},
       {.name = "prompt-long-names", .page = pageOf(longNames(), {})},
       {.name = "prompt-confirmation", .page = confirming},
+      {.name = "confirmation-panel", .page = confirming, .inOwnPanel = true},
       {.name = "dashboard-prompt", .page = promptPage(4, normal, DeferralPromptHost::dashboard), .inDashboard = true}};
   const auto light = states;
   for (auto state : light) {

@@ -12,6 +12,7 @@ struct PromptState {
   std::string name;  // of the picture
   DeferralPromptPage page;
   bool inDashboard = false;
+  bool inOwnPanel = false;  // the confirmation alone
   bool dark = false;
 };
 

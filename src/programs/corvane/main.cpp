@@ -20,6 +20,7 @@
 #include "platform/dbus/session_focus_state.h"
 #include "platform/posix/standard_descriptors.h"
 #include "presentation/deferral_prompt_controller.h"
+#include "presentation/install_confirmation_controller.h"
 #include "programs/user/user_machine.h"
 
 extern char** environ;  // NOLINT(readability-redundant-declaration)
@@ -109,12 +110,14 @@ int launch(UserMachine& machine) {
 
   const auto workflow = services.workflow();
   DeferralPromptController prompt(model, workflow);
+  InstallConfirmationController confirmation(model, workflow);
   DeferralWatcher watcher(model, workflow);
   WindowsHost host{.model = model,
                    .services = workflow,
                    .loop = machine.loop,
                    .prompt = prompt,
-                   .promptWindows = services.promptWindows};
+                   .promptWindows = services.promptWindows,
+                   .confirmation = confirmation};
   auto* runWindows = windowsFunction<int(WindowsHost&)>(machine.bundle.path(), kRunWindowsSymbol);
   if (runWindows == nullptr) return 1;
 

@@ -9,6 +9,7 @@
 #include "app/windows_module.h"
 #include "platform/posix/standard_descriptors.h"
 #include "presentation/deferral_prompt_controller.h"
+#include "presentation/install_confirmation_controller.h"
 #include "programs/user/user_machine.h"
 
 namespace {
@@ -38,11 +39,13 @@ int draw(const std::filesystem::path& bundle, const std::string& file) {
   model.refreshDeadlineDisplay();  // as the application's first load does, or a complete cycle shows as an idle one
   const auto workflow = services.workflow();
   DeferralPromptController prompt(model, workflow);
+  InstallConfirmationController confirmation(model, workflow);
   WindowsHost host{.model = model,
                    .services = workflow,
                    .loop = machine.loop,
                    .prompt = prompt,
-                   .promptWindows = services.promptWindows};
+                   .promptWindows = services.promptWindows,
+                   .confirmation = confirmation};
   if (drawDashboard(host, file) == 0) return 0;
   fmt::print(stderr, "corvane_draw: {} cannot be written\n", file);
   return 1;

@@ -14,7 +14,9 @@ ColumnLayout {
     Accessible.name: page.title
     Accessible.description: page.text
 
-    onVisibleChanged: if (visible) yes.forceActiveFocus(Qt.PopupFocusReason)
+    function takeFocus() { if (visible) yes.forceActiveFocus(Qt.PopupFocusReason) }
+    onVisibleChanged: takeFocus()
+    Component.onCompleted: takeFocus()
 
     RowLayout {
         Layout.fillWidth: true

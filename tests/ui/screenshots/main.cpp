@@ -1,4 +1,5 @@
-// Draws the dashboard and the prompt in each of its states into a folder: corvane_screenshots FOLDER [NAME...]
+// Draws the dashboard, the prompt and the confirmation in each of their states into a folder: corvane_screenshots
+// FOLDER [NAME...]
 #include <QGuiApplication>
 #include <QQuickWindow>
 #include <algorithm>
@@ -7,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "ui/confirmation_panel.h"
 #include "ui/dashboard_window.h"
 #include "ui/page_engine.h"
 #include "ui/page_states.h"
@@ -37,6 +39,11 @@ bool draw(const PageState& state, const DeferralPromptPage& prompt, const std::f
   return save(window.grab(), folder, state.name);
 }
 
+bool draw(ui::FloatingPanel& panel, const PromptState& state, const std::filesystem::path& folder) {
+  panel.setAppearance({.dark = state.dark, .reducedMotion = true});
+  return panel.show() && save(ui::grabWhole(*panel.window()), folder, state.name);
+}
+
 bool draw(const PromptState& state, const std::filesystem::path& folder) {
   if (state.inDashboard) {
     auto behind = ordinaryState();
@@ -44,13 +51,16 @@ bool draw(const PromptState& state, const std::filesystem::path& folder) {
     behind.dark = state.dark;
     return draw(behind, state.page, folder);
   }
+  if (state.inOwnPanel) {
+    ui::ConfirmationBridge bridge({});
+    bridge.setPage(state.page.confirmation);
+    ui::ConfirmationPanel panel(bridge);
+    return draw(panel, state, folder);
+  }
   ui::PromptBridge bridge({});
-  bridge.setWindowTitle(QStringLiteral("Corvane"));
   bridge.setPage(state.page);
   ui::PromptPanel panel(bridge);
-  panel.setAppearance({.dark = state.dark, .reducedMotion = true});
-  if (!panel.show()) return false;
-  return save(ui::grabWhole(*panel.window()), folder, state.name);
+  return draw(panel, state, folder);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "ui/prompt_panel.h"
+#include "ui/floating_panel.h"
 
 #include <QGuiApplication>
 #include <QQuickWindow>
@@ -10,11 +10,11 @@
 
 namespace corvane::ui {
 
-PromptPanel::~PromptPanel() = default;
+FloatingPanel::~FloatingPanel() = default;
 
-bool PromptPanel::make() {
+bool FloatingPanel::make() {
   engine_ = std::make_unique<QQmlApplicationEngine>();
-  window_ = loadPage(*engine_, QStringLiteral("PromptPanel"), bridge_);
+  window_ = loadPage(*engine_, page_, bridge_);
   if (window_ == nullptr) return false;
   applyAppearance(*window_, appearance_);
   showOnEveryWorkspace(*window_);
@@ -23,7 +23,7 @@ bool PromptPanel::make() {
   return true;
 }
 
-bool PromptPanel::show() {
+bool FloatingPanel::show() {
   if (window_ == nullptr && !make()) return false;
   if (!window_->isVisible()) centre();
   window_->show();
@@ -31,22 +31,22 @@ bool PromptPanel::show() {
   return true;
 }
 
-void PromptPanel::hide() {
+void FloatingPanel::hide() {
   if (window_ != nullptr) window_->hide();
 }
 
-void PromptPanel::setAppearance(const Appearance& appearance) {
+void FloatingPanel::setAppearance(const Appearance& appearance) {
   appearance_ = appearance;
   if (window_ != nullptr) applyAppearance(*window_, appearance);
 }
 
-void PromptPanel::centre() {
+void FloatingPanel::centre() {
   const auto* screen = QGuiApplication::primaryScreen();
   if (screen == nullptr) return;
   window_->setPosition(screen->availableGeometry().center() - QPoint(window_->width() / 2, window_->height() / 2));
 }
 
-void PromptPanel::comeBackToAScreen() {
+void FloatingPanel::comeBackToAScreen() {
   const auto screens = QGuiApplication::screens();
   const bool seen = std::ranges::any_of(screens, [&](const QScreen* screen) {
     return screen->availableGeometry().contains(window_->geometry().center());
