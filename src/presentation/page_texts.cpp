@@ -24,6 +24,9 @@ std::string absolute(Date moment, std::int64_t days, const Locale& locale) {
   return locale.mediumDateShortTime(moment);
 }
 
+// Begun minutes of what lies ahead: an hour chosen just now is an hour.
+Duration begun(Duration left) { return left < 1min ? left : std::chrono::ceil<std::chrono::minutes>(left); }
+
 struct Unit {
   std::int64_t count;
   std::string_view one;
@@ -32,7 +35,7 @@ struct Unit {
 
 std::string relative(Date moment, Date now, std::int64_t days) {
   const bool ahead = moment > now;
-  const auto gap = ahead ? moment - now : now - moment;
+  const auto gap = ahead ? begun(moment - now) : now - moment;
   const auto worded = [](const Unit& unit) {
     return fmt::format(fmt::runtime(localized(unit.count == 1 ? unit.one : unit.many)), unit.count);
   };
@@ -64,7 +67,7 @@ std::string momentText(Date moment, Date now, const Locale& locale) {
 }
 
 std::string remainingText(Date moment, Date now, const Locale& locale) {
-  const auto left = moment - now;
+  const auto left = begun(moment - now);
   if (left < 1min) return localized("less than a minute");
   const auto minutes = std::chrono::floor<std::chrono::minutes>(left).count();
   if (left < 1h) return locale.duration(minutes, DurationUnit::minute);

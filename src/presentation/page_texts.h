@@ -14,7 +14,8 @@
 namespace corvane {
 
 // Absolute and relative, in the same words everywhere: "tomorrow at 5:00 PM, in 21 hours", "Nov 3, 2026, 2:40 PM,
-// 19 days ago". Whole units only: minutes below an hour, hours below two days, then calendar days. Main thread.
+// 19 days ago". Whole units only: minutes below an hour, hours below two days, then calendar days; minutes ahead count
+// from their beginning. Main thread.
 [[nodiscard]] std::string momentText(Date moment, Date now, const Locale& locale);
 
 // The same moment inside a sentence: "at 3:40 PM", "tomorrow at 3:40 PM", "on Nov 3, 2026, 2:40 PM". Main thread.

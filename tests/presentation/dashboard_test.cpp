@@ -406,7 +406,7 @@ TEST_F(DashboardTest, TellsWhatComesByItselfAndWhen) {
   EXPECT_EQ(page().nextStep,
             (PageMessage{
                 .text = "Updates install automatically in 21 hours", .symbol = "timer", .color = ColorRole::orange}));
-  watchpoint_ = watchpoint::DeferralReminder{kNow + 2h - 1s};
+  watchpoint_ = watchpoint::DeferralReminder{kNow + 2h - 61s};
   EXPECT_EQ(page().nextStep,
             (PageMessage{.text = "Deferred — you'll be reminded in 1 hour, 59 minutes", .symbol = "bell"}));
   watchpoint_ = watchpoint::FocusDeferral{kNow + 59s};
@@ -437,7 +437,7 @@ TEST(MomentText, IsAbsoluteAndRelative) {
   const ScriptedLocale locale;
   const std::tuple<Duration, const char*, const char*> cases[] = {
       {0s, "today at ", ", just now"},           {30s, "today at ", ", in less than a minute"},
-      {-61s, "today at ", ", 1 minute ago"},     {59min + 59s, "today at ", ", in 59 minutes"},
+      {-61s, "today at ", ", 1 minute ago"},     {59min + 1s, "today at ", ", in 1 hour"},
       {1h, "today at ", ", in 1 hour"},          {21h, "tomorrow at ", ", in 21 hours"},
       {-13h, "yesterday at ", ", 13 hours ago"}, {47h, "Nov 3, 2026", ", in 47 hours"},
       {48h, "Nov 3, 2026", ", in 2 days"},       {-72h, "Oct 29, 2026", ", 3 days ago"},
@@ -452,12 +452,12 @@ TEST(RemainingText, IsExactToTheMinuteWithinADay) {
   const ScriptedLocale locale;
   const std::pair<Duration, const char*> cases[] = {{1s, "less than a minute"},
                                                     {60s, "1 minute"},
-                                                    {59min + 59s, "59 minutes"},
+                                                    {58min + 1s, "59 minutes"},
                                                     {1h, "1 hour"},
                                                     {61min, "1 hour, 1 minute"},
-                                                    {24h - 1s, "23 hours, 59 minutes"},
+                                                    {24h - 61s, "23 hours, 59 minutes"},
                                                     {24h + 59min, "24 hours"},
-                                                    {48h - 1s, "47 hours"},
+                                                    {48h - 61s, "47 hours"},
                                                     {48h, "2 days"},
                                                     {13h + 72h, "4 days"}};
   for (const auto& [left, text] : cases) EXPECT_EQ(remainingText(kNow + left, kNow, locale), text);

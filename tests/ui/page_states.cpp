@@ -172,7 +172,7 @@ PageState deadlines() {
 
 PageState deferred() {
   auto state = ordinary("deferred");
-  state.watchpoint = watchpoint::DeferralReminder{kNow + 1h + 59min + 20s};
+  state.watchpoint = watchpoint::DeferralReminder{kNow + 1h + 58min + 20s};
   return state;
 }
 
