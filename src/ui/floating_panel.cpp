@@ -18,6 +18,10 @@ bool FloatingPanel::make() {
   if (window_ == nullptr) return false;
   applyAppearance(*window_, appearance_);
   showOnEveryWorkspace(*window_);
+  // It asks for no button that minimises; where the desktop has a way all the same, it comes back.
+  connect(window_, &QWindow::windowStateChanged, this, [this](Qt::WindowState state) {
+    if (state == Qt::WindowMinimized) window_->showNormal();
+  });
   connect(qGuiApp, &QGuiApplication::screenRemoved, this, [this] { comeBackToAScreen(); });
   connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, [this] { comeBackToAScreen(); });
   return true;

@@ -39,6 +39,6 @@ Popup {
         page: root.bridge.page
         rows: root.bridge.rows
         actions: root.bridge
-        Keys.onEscapePressed: root.bridge.close()
+        Keys.onEscapePressed: cancel()
     }
 }

@@ -7,17 +7,24 @@ Window {
 
     required property var bridge
     readonly property QtObject theme: Theme
+    readonly property int wantedHeight: Math.ceil(view.implicitHeight)
 
     width: 480
-    height: Math.ceil(view.implicitHeight)
     minimumWidth: 480
     maximumWidth: 480
-    minimumHeight: height
-    maximumHeight: height
     title: bridge.windowTitle
     color: Theme.window
     flags: Qt.Dialog | Qt.WindowTitleHint | Qt.CustomizeWindowHint | Qt.WindowStaysOnTopHint
            | (bridge.page.mayClose ? Qt.WindowCloseButtonHint : 0)
+
+    // The limits first: a window manager holds a new height against those that it knows.
+    function fit() {
+        minimumHeight = wantedHeight
+        maximumHeight = wantedHeight
+        height = wantedHeight
+    }
+    onWantedHeightChanged: fit()
+    Component.onCompleted: fit()
 
     // The model hides the panel, when the answer may do so.
     onClosing: event => {
@@ -26,7 +33,11 @@ Window {
     }
 
     Shortcut {
-        sequences: [StandardKey.Cancel, StandardKey.Close]
+        sequences: [StandardKey.Cancel]
+        onActivated: view.cancel()
+    }
+    Shortcut {
+        sequences: [StandardKey.Close]
         onActivated: window.bridge.close()
     }
 

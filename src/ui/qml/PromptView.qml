@@ -17,6 +17,24 @@ FocusScope {
     Accessible.name: page.title
     Accessible.description: page.subtitle
 
+    // Escape: a No to the question, else the close button.
+    function cancel() {
+        if (page.confirmation.visible) actions.decline()
+        else actions.close()
+    }
+
+    // Return is the default button's, whatever had the keyboard before the prompt or its question went.
+    function takeFocus() {
+        if (!visible || !standing || page.confirmation.visible) return
+        defaultButton.forceActiveFocus(Qt.PopupFocusReason)
+    }
+    readonly property bool standing: page.visible
+    readonly property Item defaultButton: page.deferIsPrimary ? defer : install
+    onStandingChanged: takeFocus()
+    onDefaultButtonChanged: takeFocus()
+    onVisibleChanged: takeFocus()
+    Component.onCompleted: takeFocus()
+
     ConfirmationView {
         id: confirmation
         anchors.fill: parent
@@ -25,6 +43,7 @@ FocusScope {
         page: root.page.confirmation
         onAccepted: root.actions.accept()
         onDeclined: root.actions.decline()
+        onVisibleChanged: root.takeFocus()
     }
 
     ColumnLayout {
@@ -92,14 +111,27 @@ FocusScope {
                 interactive: count > 4
                 boundsBehavior: Flickable.StopAtBounds
                 activeFocusOnTab: interactive
-                keyNavigationEnabled: interactive
+                // No row can be chosen, so the keys move the view.
+                keyNavigationEnabled: false
+                function scroll(rows) {
+                    contentY = Math.max(originY, Math.min(contentY + rows * Theme.rowHeight,
+                                                          originY + contentHeight - height))
+                }
+                Keys.onUpPressed: scroll(-1)
+                Keys.onDownPressed: scroll(1)
+                Keys.onPressed: event => {
+                    const rows = { [Qt.Key_PageUp]: -3, [Qt.Key_PageDown]: 3, [Qt.Key_Home]: -count, [Qt.Key_End]: count }[event.key]
+                    if (rows === undefined) return
+                    scroll(rows)
+                    event.accepted = true
+                }
                 ScrollBar.vertical: ScrollBar { policy: list.interactive ? ScrollBar.AlwaysOn : ScrollBar.AlwaysOff }
                 delegate: PromptRowView {
                     width: list.width
                     isLast: index === list.count - 1
                 }
-                FocusRing { shown: list.activeFocus; radius: Theme.radius }
             }
+            FocusRing { shown: list.activeFocus; radius: Theme.radius + 3 }
         }
 
         ColumnLayout {
@@ -173,17 +205,17 @@ FocusScope {
             spacing: Theme.grid
             Item { Layout.fillWidth: true }
             ActionButton {
+                id: defer
                 objectName: "defer"
                 button: root.page.defer
                 primary: root.page.deferIsPrimary
-                focus: primary
                 onClicked: root.actions.defer()
             }
             ActionButton {
+                id: install
                 objectName: "install"
                 button: root.page.install
                 primary: !root.page.deferIsPrimary
-                focus: primary
                 onClicked: root.actions.install()
             }
         }
