@@ -12,6 +12,7 @@ namespace corvane {
 
 class UvMainLoop;
 class DeferralPromptController;
+struct DeferralPromptPage;
 class InstallConfirmationController;
 
 // What the windows can cause beyond the model's operations. One that is absent is not offered.
@@ -38,6 +39,10 @@ inline constexpr const char* kRunWindowsSymbol = "corvane_run_windows";
 // Draws the dashboard as it stands, without a display, into a PNG file. 0 when the file was written.
 using DrawDashboard = int (*)(WindowsHost& host, const std::string& file);
 inline constexpr const char* kDrawDashboardSymbol = "corvane_draw_dashboard";
+
+// Draws the prompt's own window, titled `title`, the same way. It needs no host.
+using DrawPrompt = int (*)(const DeferralPromptPage& page, const std::string& title, const std::string& file);
+inline constexpr const char* kDrawPromptSymbol = "corvane_draw_prompt";
 
 inline constexpr const char* kWindowsModuleFile = "libcorvane_windows.so";
 

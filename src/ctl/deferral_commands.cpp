@@ -70,9 +70,7 @@ std::string optionsText(const Session& session, const std::vector<std::int64_t>&
 // Which limit is reached, and until when that stands.
 std::string reachedText(const Session& session, const Deadline& deadline) {
   const auto& locale = session.services.locale;
-  auto text = hardDeadlineText(deadline.info.hardDeadlineTrigger(
-      deadline.config.deadlineCountHard, deadline.config.deadlineDaysHard ? deadline.hardDeadline : std::nullopt,
-      session.services.clock.now()));
+  auto text = hardDeadlineText(deadline.info, deadline.config, session.services.clock.now());
   if (deadline.config.deadlineCountHard)
     text += fmt::format(" Deferrals: {} of {}.", deadline.info.hardDeferralCount, *deadline.config.deadlineCountHard);
   if (deadline.hardDeadline) text += fmt::format(" Deadline: {}.", locale.mediumDateShortTime(*deadline.hardDeadline));

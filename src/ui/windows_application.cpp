@@ -6,6 +6,17 @@
 
 namespace corvane::ui {
 
+namespace {
+
+QtMessageHandler toldBefore = nullptr;
+
+// The platform without a display knows no limits of a window's size, and says so at each.
+void tellAllButSizeHints(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+  if (!text.contains(QStringLiteral("propagateSizeHints"))) toldBefore(type, context, text);
+}
+
+}  // namespace
+
 void prepareApplication() {
   QQuickStyle::setStyle(QStringLiteral("Basic"));
   QGuiApplication::setApplicationName(QStringLiteral("Corvane"));
@@ -17,6 +28,7 @@ void prepareApplication() {
 }
 
 void drawWithoutDisplay() {
+  if (toldBefore == nullptr) toldBefore = qInstallMessageHandler(tellAllButSizeHints);
   qputenv("QT_QPA_PLATFORM", "offscreen");
   qputenv("QT_QUICK_BACKEND", "software");
 }

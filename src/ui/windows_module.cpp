@@ -2,6 +2,7 @@
 #include "app/windows_module.h"
 
 #include <QGuiApplication>
+#include <QQuickWindow>
 
 #include "platform/qt/qt_main_loop.h"
 #include "platform/uv/uv_main_loop.h"
@@ -10,6 +11,7 @@
 #include "ui/dashboard_controller.h"
 #include "ui/dashboard_window.h"
 #include "ui/desktop_appearance.h"
+#include "ui/page_engine.h"
 #include "ui/prompt_surface.h"
 #include "ui/windows_application.h"
 
@@ -57,11 +59,27 @@ int drawDashboard(WindowsHost& host, const std::string& file) {
   return window.grab().save(toQString(file)) ? 0 : 1;
 }
 
+int drawPrompt(const DeferralPromptPage& page, const std::string& title, const std::string& file) {
+  drawWithoutDisplay();
+  Arguments arguments;
+  QGuiApplication application(arguments.count, arguments.list);
+  prepareApplication();
+  PromptBridge bridge({});
+  bridge.setWindowTitle(toQString(title));
+  bridge.setPage(page);
+  PromptPanel panel(bridge);
+  return panel.show() && grabWhole(*panel.window()).save(toQString(file)) ? 0 : 1;
+}
+
 }  // namespace
 }  // namespace corvane::ui
 
 extern "C" {
 Q_DECL_EXPORT int corvane_run_windows(corvane::WindowsHost& host) { return corvane::ui::runWindows(host); }
+Q_DECL_EXPORT int corvane_draw_prompt(const corvane::DeferralPromptPage& page, const std::string& title,
+                                      const std::string& file) {
+  return corvane::ui::drawPrompt(page, title, file);
+}
 Q_DECL_EXPORT int corvane_draw_dashboard(corvane::WindowsHost& host, const std::string& file) {
   return corvane::ui::drawDashboard(host, file);
 }

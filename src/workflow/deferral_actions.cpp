@@ -232,11 +232,8 @@ std::int64_t DeferralActions::promptCountdownSeconds() const {
 
 std::optional<std::string> DeferralActions::hardDeadlineExplanation() const {
   if (fields_.currentDeferralEscalation != DeferralEscalation::hard) return std::nullopt;
-  const auto config = c_.services.preferences.loadConfiguration();
-  const auto info = manager().getDeferralInfo();
-  return hardDeadlineText(info.hardDeadlineTrigger(config.deadlineCountHard,
-                                                   config.deadlineDaysHard ? info.hardDeferralDate : std::nullopt,
-                                                   c_.services.clock.now()));
+  return hardDeadlineText(manager().getDeferralInfo(), c_.services.preferences.loadConfiguration(),
+                          c_.services.clock.now());
 }
 
 std::optional<std::string> DeferralActions::deferralsRemainingSummary() const {

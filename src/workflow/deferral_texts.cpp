@@ -72,6 +72,11 @@ std::string hardDeadlineText(std::optional<HardDeadlineTrigger> trigger) {
   return localized(trigger ? displayText(*trigger) : "The deadline has passed.");
 }
 
+std::string hardDeadlineText(const DeferralInfo& info, const CorvaneConfiguration& config, Date now) {
+  return hardDeadlineText(info.hardDeadlineTrigger(
+      config.deadlineCountHard, config.deadlineDaysHard ? info.hardDeferralDate : std::nullopt, now));
+}
+
 std::string watchpointText(const PendingWatchpoint& watchpoint, std::string_view remaining, bool focusNotifications) {
   return std::visit(WatchpointWords{.remaining = remaining, .focusNotifications = focusNotifications}, watchpoint);
 }

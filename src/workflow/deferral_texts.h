@@ -21,6 +21,8 @@ namespace corvane {
 
 // Which limit stands behind a hard deadline.
 [[nodiscard]] std::string hardDeadlineText(std::optional<HardDeadlineTrigger> trigger);
+// The same, from what is stored and set: a stored date counts only with a limit of days.
+[[nodiscard]] std::string hardDeadlineText(const DeferralInfo& info, const CorvaneConfiguration& config, Date now);
 
 // "Deferred — you'll be reminded in 3 hours", with the remaining time as its caller has worded it.
 [[nodiscard]] std::string watchpointText(const PendingWatchpoint& watchpoint, std::string_view remaining,

@@ -1,5 +1,6 @@
 """The application on a sample that a scene was written on: what the scene says comes by itself."""
 
+import struct
 import subprocess
 import unittest
 from datetime import datetime, timedelta, timezone
@@ -9,6 +10,7 @@ import sample_mac
 
 PROGRAM = sample_mac.BUNDLE / "Contents/MacOS/Corvane"
 WINDOWS = list((sample_mac.BUNDLE / "Contents").glob("PlugIns/libcorvane_windows.so"))
+DRAW = sample_mac.PROGRAMS.parent / "tools/corvane_draw"
 SCRIPT = Path(__file__).parents[2] / "sample/sample.sh"
 
 
@@ -75,6 +77,23 @@ class Scenes(sample_mac.SampleMacTest):
         self.assertEqual(self.user()["NextAutoLaunch"], armed)
         self.end(process)
         self.scene("prompt")
+
+    @unittest.skipUnless(WINDOWS and DRAW.exists(), "built without windows")
+    def test_a_picture_shows_what_opens_and_changes_nothing(self):
+        self.ctl("discover")
+        heights = {}
+        for name, window in (("prompt", "prompt"), ("hard", "prompt"), ("confirmation", "confirmation")):
+            self.scene(name)
+            before = self.user()
+            picture = self.home / f"{name}.png"
+            drawn = subprocess.run([DRAW, sample_mac.BUNDLE, picture, window], capture_output=True, text=True,
+                                   timeout=sample_mac.LIMIT, env=self.environment())
+            self.assertEqual(drawn.returncode, 0, drawn)
+            width, heights[name] = struct.unpack(">II", picture.read_bytes()[16:24])
+            self.assertEqual(width, 480)
+            self.assertEqual(self.user(), before)
+        # Without the lengths to choose from, and without anything but the question.
+        self.assertTrue(heights["prompt"] > heights["hard"] > 2 * heights["confirmation"], heights)
 
     def test_a_completed_cycle_is_told_without_the_application(self):
         self.ctl("discover")
