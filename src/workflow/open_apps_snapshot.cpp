@@ -6,17 +6,12 @@
 #include <iterator>
 #include <string>
 
+#include "base/ascii.h"
 #include "core/policies/running_apps_detector.h"
 
 namespace corvane {
 
 namespace {
-
-std::string lowercased(std::string text) {
-  for (char& c : text)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  return text;
-}
 
 std::set<std::string> runningIdentifiers(const RunningApplications& processes) {
   std::set<std::string> identifiers;

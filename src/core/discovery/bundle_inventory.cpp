@@ -15,6 +15,7 @@
 #include <system_error>
 #include <utility>
 
+#include "base/ascii.h"
 #include "base/utf8.h"
 #include "core/discovery/file_name_folding.h"
 #include "core/discovery/folder_reader.h"
@@ -26,24 +27,16 @@ namespace {
 
 constexpr std::string_view kBundleExtension = ".app";
 
-char lowered(char letter) { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter; }
-
-std::string loweredText(std::string_view text) {
-  std::string result(text);
-  std::ranges::transform(result, result.begin(), [](char letter) { return lowered(letter); });
-  return result;
-}
-
-std::vector<std::string> loweredTexts(std::span<const std::string_view> texts) {
+std::vector<std::string> lowercasedTexts(std::span<const std::string_view> texts) {
   std::vector<std::string> result;
-  for (const auto text : texts) result.push_back(loweredText(text));
+  for (const auto text : texts) result.push_back(lowercased(std::string(text)));
   return result;
 }
 
 bool isBundleName(std::string_view name) {
   if (name.size() <= kBundleExtension.size() || name.front() == '.') return false;
   const auto extension = name.substr(name.size() - kBundleExtension.size());
-  return std::ranges::equal(extension, kBundleExtension, {}, lowered);
+  return equalIgnoringCase(extension, kBundleExtension);
 }
 
 std::optional<struct stat> statusAt(int folder, const char* name, int flags) {
@@ -187,11 +180,11 @@ class Scan {
 }  // namespace
 
 bool isIgnoredPath(std::string_view path, const std::vector<std::string>& substrings) {
-  static const auto kDefaults = loweredTexts(kIgnoredPathDefaults);
-  const auto whole = loweredText(path) + "/";
+  static const auto kDefaults = lowercasedTexts(kIgnoredPathDefaults);
+  const auto whole = lowercased(std::string(path)) + "/";
   const auto isWithin = [&whole](const std::string& part) { return whole.find(part) != std::string::npos; };
   return std::ranges::any_of(kDefaults, isWithin) || std::ranges::any_of(substrings, [&](const std::string& part) {
-           return !part.empty() && isWithin(loweredText(part));
+           return !part.empty() && isWithin(lowercased(part));
          });
 }
 

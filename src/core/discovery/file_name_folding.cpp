@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "base/ascii.h"
+
 namespace corvane {
 namespace {
 
@@ -74,10 +76,6 @@ void appendFolded(std::string& into, char32_t letter) {
   appendTwoBytes(into, found->mark);
 }
 
-constexpr char loweredPlain(char letter) {
-  return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
 // All ASCII, as nearly every name is; without a branch a letter, so that it costs next to nothing.
 bool isPlain(std::string_view name) {
   std::uint8_t all = 0;
@@ -88,11 +86,7 @@ bool isPlain(std::string_view name) {
 }  // namespace
 
 std::string foldedFileName(std::string_view name) {
-  if (isPlain(name)) {
-    std::string folded(name);
-    std::ranges::transform(folded, folded.begin(), loweredPlain);
-    return folded;
-  }
+  if (isPlain(name)) return lowercased(std::string(name));
   std::string folded;
   folded.reserve(name.size());
   for (std::size_t at = 0; at < name.size(); ++at) {
@@ -102,7 +96,7 @@ std::string foldedFileName(std::string_view name) {
       appendFolded(folded, ((byte & 0x1FU) << 6U) | (next & 0x3FU));
       ++at;
     } else {
-      folded += loweredPlain(name[at]);
+      folded += lowered(name[at]);
     }
   }
   return folded;

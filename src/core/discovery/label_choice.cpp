@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <tuple>
 
+#include "base/ascii.h"
 #include "core/discovery/file_name_folding.h"
 
 namespace corvane {
@@ -17,10 +18,8 @@ std::string_view withoutExtension(std::string_view bundleName) {
 // "Quill Draw" as a label would be spelt: "quilldraw".
 std::string asLabel(std::string_view name) {
   std::string text;
-  for (const char letter : name) {
-    if (letter >= 'A' && letter <= 'Z') text += static_cast<char>(letter - 'A' + 'a');
+  for (const char letter : lowercased(std::string(name)))
     if ((letter >= 'a' && letter <= 'z') || (letter >= '0' && letter <= '9')) text += letter;
-  }
   return text;
 }
 

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include "base/ascii.h"
+
 namespace corvane {
 namespace {
-
-char lowered(char letter) { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter; }
 
 std::string_view trimmed(std::string_view text) {
   constexpr std::string_view kBlanks = " \t\r\n";

@@ -6,6 +6,8 @@
 #include <limits>
 #include <vector>
 
+#include "base/ascii.h"
+
 namespace corvane {
 
 namespace {
@@ -33,8 +35,7 @@ struct Version {
 };
 
 constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
-constexpr char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-constexpr bool isLetter(char c) { return lower(c) >= 'a' && lower(c) <= 'z'; }
+constexpr bool isLetter(char c) { return lowered(c) >= 'a' && lowered(c) <= 'z'; }
 
 std::string_view trimmed(std::string_view text) {
   constexpr std::string_view kBlanks = " \t\r\n\v\f";
@@ -43,12 +44,10 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-bool isWord(std::string_view text, std::string_view word) { return std::ranges::equal(text, word, {}, lower); }
-
 bool isSilent(std::string_view text) {
   constexpr auto kSilent =
       std::to_array<std::string_view>({"v", "ver", "version", "release", "final", "stable", "ga", "build"});
-  return std::ranges::any_of(kSilent, [text](std::string_view word) { return isWord(text, word); });
+  return std::ranges::any_of(kSilent, [text](std::string_view word) { return equalIgnoringCase(text, word); });
 }
 
 // The stage that a word names; a short one only when it stands right between two numbers.
@@ -75,7 +74,7 @@ std::optional<Stage> stageOf(std::string_view text, bool betweenNumbers) {
                                                {"cr", Stage::candidate, false},
                                                {"fc", Stage::candidate, true}});
   for (const auto& name : kNames)
-    if (isWord(text, name.word) && (betweenNumbers || !name.isShort)) return name.stage;
+    if (equalIgnoringCase(text, name.word) && (betweenNumbers || !name.isShort)) return name.stage;
   return std::nullopt;
 }
 
@@ -128,8 +127,8 @@ std::size_t buildAt(std::string_view text) {
   constexpr std::string_view kWord = "build";
   const auto sign = std::min(text.find_first_of("(+"), text.size());
   for (std::size_t at = 0; at < sign; ++at) {
-    const bool mayBegin = lower(text[at]) == kWord.front() && (at == 0 || !isLetter(text[at - 1]));
-    if (mayBegin && isWord(text.substr(at, kWord.size()), kWord)) return at;
+    const bool mayBegin = lowered(text[at]) == kWord.front() && (at == 0 || !isLetter(text[at - 1]));
+    if (mayBegin && equalIgnoringCase(text.substr(at, kWord.size()), kWord)) return at;
   }
   return sign;
 }
@@ -141,7 +140,7 @@ Version parse(std::string_view text) {
 
 std::weak_ordering compareWords(std::string_view a, std::string_view b) {
   return std::lexicographical_compare_three_way(a.begin(), a.end(), b.begin(), b.end(),
-                                                [](char x, char y) { return lower(x) <=> lower(y); });
+                                                [](char x, char y) { return lowered(x) <=> lowered(y); });
 }
 
 std::weak_ordering comparePart(const Part& a, const Part& b) {

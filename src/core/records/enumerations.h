@@ -7,6 +7,8 @@
 #include <string_view>
 #include <utility>
 
+#include "base/ascii.h"
+
 namespace corvane {
 
 enum class PatchingStatus { success, failure, skipped };
@@ -128,8 +130,6 @@ template <class E>
     if (entry.value == value) return entry.display;
   return {};
 }
-
-[[nodiscard]] bool equalIgnoringCase(std::string_view a, std::string_view b);
 
 // Reading ignores case; absent for an unknown raw string.
 template <class E>

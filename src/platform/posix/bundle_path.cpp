@@ -1,5 +1,7 @@
 #include "platform/posix/bundle_path.h"
 
+#include "base/ascii.h"
+
 namespace corvane {
 
 namespace {
@@ -7,13 +9,8 @@ namespace {
 constexpr std::string_view kSuffix = ".app";
 
 bool isBundleName(std::string_view component) {
-  if (component.size() <= kSuffix.size()) return false;
-  const auto end = component.substr(component.size() - kSuffix.size());
-  for (std::size_t i = 0; i < end.size(); ++i) {
-    const char c = end[i] >= 'A' && end[i] <= 'Z' ? static_cast<char>(end[i] - 'A' + 'a') : end[i];
-    if (c != kSuffix[i]) return false;
-  }
-  return true;
+  return component.size() > kSuffix.size() &&
+         equalIgnoringCase(component.substr(component.size() - kSuffix.size()), kSuffix);
 }
 
 }  // namespace

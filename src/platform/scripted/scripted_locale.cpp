@@ -4,6 +4,8 @@
 
 #include <array>
 
+#include "base/ascii.h"
+
 namespace corvane {
 
 namespace {
@@ -58,8 +60,7 @@ std::string ScriptedLocale::sortKey(std::string_view name) const {
   std::string key;
   for (std::size_t i = 0; i < name.size();) {
     if (!isDigit(name[i])) {
-      const char c = name[i++];
-      key.push_back(c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c);
+      key.push_back(lowered(name[i++]));
       continue;
     }
     while (i + 1 < name.size() && name[i] == '0' && isDigit(name[i + 1])) ++i;
