@@ -51,7 +51,7 @@ void PatchRun::startPatching(const Labels& labels, DiscoveryOperation operation,
                                    .currentLabel = labels.empty() ? std::nullopt : std::optional(labels.front()),
                                    .done = 0,
                                    .total = static_cast<std::int64_t>(labels.size())};
-  const auto* first = labels.empty() ? nullptr : appWith(labels.front());
+  const auto* first = labels.empty() ? nullptr : appWith(c_.fields.inventory.apps, labels.front());
   auto name = first != nullptr ? first->displayName() : std::string();
   if (name.empty()) name = localized("application");
   c_.crossings.startBlockingPromptWatch(name);
@@ -74,7 +74,7 @@ void PatchRun::poll() {
 void PatchRun::showProgress(const PatchProgressInfo& info) {
   if (!c_.fields.gate.isPatching || !info.isActive) return;
   const Label current(info.currentLabel);
-  const auto* app = appWith(current);
+  const auto* app = appWith(c_.fields.inventory.apps, current);
   const auto name = current.empty() ? localized("application") : (app != nullptr ? app->displayName() : current.text);
   if (info.totalLabels < 1) return;
   if (fields_.progress) {
@@ -163,12 +163,6 @@ void PatchRun::sendFinished(const Run& run, const char* outcome) {
        .parameters = {{"operation", std::string(rawName(run.operation))},
                       {"outcome", outcome},
                       {"labels", std::string(usageCountBucket(static_cast<std::int64_t>(run.labels.size())))}}});
-}
-
-const AppInfo* PatchRun::appWith(const Label& label) const {
-  const auto& apps = c_.fields.inventory.apps;
-  const auto found = std::ranges::find(apps, label, &AppInfo::label);
-  return found == apps.end() ? nullptr : &*found;
 }
 
 }  // namespace corvane

@@ -36,7 +36,6 @@ class PatchRun {
   void followUpError(const Run& run, const std::string& message, const std::string& shown);
   void recheck(const Labels& labels, bool takenOver);
   void sendFinished(const Run& run, const char* outcome);
-  [[nodiscard]] const AppInfo* appWith(const Label& label) const;
 
   RoomContext c_;
   PatchFields& fields_;

@@ -146,7 +146,7 @@ void UpdateAllFlow::installAfterRecheck(const Labels& labels) {
     c_.log.info(fmt::format("Dropped {} because the current settings exclude it.", joined(ignored)));
   Labels confirmed;
   std::ranges::copy_if(kept, std::back_inserter(confirmed), [&](const Label& label) {
-    const auto* app = appWith(label);
+    const auto* app = appWith(c_.fields.inventory.apps, label);
     return app != nullptr && appNeedsUpdate(*app, facts) && !app->updateCheckFailed && !app->teamIDMismatch;
   });
   if (const auto unconfirmed = without(unconfirmedRecheckLabels(kept, facts), confirmed); !unconfirmed.empty()) {
@@ -183,16 +183,10 @@ void UpdateAllFlow::setPending(Labels labels) {
 Labels UpdateAllFlow::unconfirmedRecheckLabels(const Labels& labels, const AppFacts& facts) const {
   Labels unconfirmed;
   std::ranges::copy_if(labels, std::back_inserter(unconfirmed), [&](const Label& label) {
-    const auto* app = appWith(label);
+    const auto* app = appWith(c_.fields.inventory.apps, label);
     return app != nullptr && app->updateCheckFailed && !app->teamIDMismatch && !isExcludedAppStoreApp(*app, facts);
   });
   return unconfirmed;
-}
-
-const AppInfo* UpdateAllFlow::appWith(const Label& label) const {
-  const auto& apps = c_.fields.inventory.apps;
-  const auto app = std::ranges::find(apps, label, &AppInfo::label);
-  return app == apps.end() ? nullptr : &*app;
 }
 
 }  // namespace corvane

@@ -30,7 +30,6 @@ class UpdateAllFlow {
   void nothingLeft(std::string_view logLine);
   void setPending(Labels labels);
   [[nodiscard]] Labels unconfirmedRecheckLabels(const Labels& labels, const AppFacts& facts) const;
-  [[nodiscard]] const AppInfo* appWith(const Label& label) const;
 
   RoomContext c_;
   UpdateAllFields& fields_;

@@ -106,4 +106,9 @@ Result<Apps> appsFromJson(const JsonValue& value) {
   return apps;
 }
 
+const AppInfo* appWith(const Apps& apps, const Label& label) {
+  const auto found = std::ranges::find(apps, label, &AppInfo::label);
+  return found == apps.end() ? nullptr : &*found;
+}
+
 }  // namespace corvane

@@ -61,6 +61,9 @@ struct AppInfo {
 
 using Apps = std::vector<AppInfo>;
 
+// The first one of that label; null where there is none. Points into `apps`.
+[[nodiscard]] const AppInfo* appWith(const Apps& apps, const Label& label);
+
 // The form of stored lists, of helper answers and of helper-discovered-apps.json: an object with the field
 // names above, absent fields left out. Reading fails with a text that names the record and field.
 [[nodiscard]] JsonValue toJson(const AppInfo& app);
