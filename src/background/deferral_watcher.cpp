@@ -12,12 +12,6 @@
 
 namespace corvane {
 
-namespace {
-
-std::string_view statusText(DeferralDeadlineStatus status) { return rawName(status); }
-
-}  // namespace
-
 DeferralWatcher::DeferralWatcher(StatusViewModel& model, const WorkflowServices& services)
     : model_(model), services_(services), log_(services.log, "DeferralWatcher") {
   armedChanges_ = services_.notifications.observe<CorvaneNextAutoLaunchDidChange>(
@@ -216,7 +210,7 @@ DeferralWatcher::TickResult DeferralWatcher::engage(DeferralDeadlineStatus statu
   }
   log_.info(fmt::format(
       "Deadline trigger fired (status={}{}, NextAutoLaunch={}) with {} pending update(s); engaging updateAll().",
-      statusText(status), reason, armed ? calendar.iso8601(*armed) : "<none>",
+      rawName(status), reason, armed ? calendar.iso8601(*armed) : "<none>",
       model_.fields().inventory.pendingUpdates));
   announce(status, config);
   model_.updateAll(DeferralPromptHost::standalone);
@@ -228,7 +222,7 @@ void DeferralWatcher::announce(DeferralDeadlineStatus status, const CorvaneConfi
   switch (DeferralManager::resumePresentation(status, false)) {
     case Presentation::foregroundPrompt:
       return log_.info(fmt::format(
-          "Deadline status {} — presenting the standalone prompt; leaving the dashboard closed.", statusText(status)));
+          "Deadline status {} — presenting the standalone prompt; leaving the dashboard closed.", rawName(status)));
     case Presentation::silent:
       return log_.info(
           "Focus deadline reached while the user is in Focus/Do Not Disturb — not interrupting; updateAll() will "
