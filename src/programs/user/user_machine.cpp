@@ -16,10 +16,16 @@ std::string environmentValue(const char* name) {
   return value == nullptr ? std::string() : std::string(value);
 }
 
+// A field of the account that this runs as; null where the system knows none.
+const char* ofOwnAccount(char* passwd::*field) {
+  const passwd* account = getpwuid(getuid());
+  return account == nullptr ? nullptr : account->*field;
+}
+
 std::filesystem::path homeFolder() {
   if (auto home = environmentValue("HOME"); !home.empty()) return home;
-  const passwd* user = getpwuid(getuid());
-  return user == nullptr || user->pw_dir == nullptr ? "/" : user->pw_dir;
+  const char* home = ofOwnAccount(&passwd::pw_dir);
+  return home == nullptr ? "/" : home;
 }
 
 // The helper is told its places; it takes none from an environment.
@@ -32,8 +38,8 @@ DetachedProgram helperProgram(const CorvaneConstants& places, const ExecutableBu
 }  // namespace
 
 std::string userShortName() {
-  const passwd* user = getpwuid(getuid());
-  return user == nullptr ? std::to_string(getuid()) : user->pw_name;
+  const char* name = ofOwnAccount(&passwd::pw_name);
+  return name == nullptr ? std::to_string(getuid()) : name;
 }
 
 Result<CorvaneConstants> placesFromEnvironment() {
