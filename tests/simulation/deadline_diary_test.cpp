@@ -87,11 +87,7 @@ TEST_F(DeadlineDiaryTest, ofBothLimitsTheOneThatComesFirstCounts) {
 Mon 26 Oct 09:00 deferred for 2 hours
 Mon 26 Oct 11:00 asked: 3 applications
 Mon 26 Oct 11:01 deferred for 2 hours
-Mon 26 Oct 11:01 required: 3 applications by Mon 26 Oct 13:01
-Mon 26 Oct 13:01 forced: anvil, bellows, crucible
-Mon 26 Oct 13:04 installed anvil, bellows, crucible
-Mon 26 Oct 13:04 the cycle is complete
-)");
+)" + forcedAt("Mon 26 Oct 11:01", "Mon 26 Oct 13:01", "Mon 26 Oct 13:04"));
 }
 
 TEST_F(DeadlineDiaryTest, whoeverInstallsAtOnceIsAskedOnceACycle) {
@@ -121,11 +117,7 @@ TEST_F(DeadlineDiaryTest, whoeverIgnoresThePromptDefersUntilTheLimitAndIsUpdated
 Mon 26 Oct 09:05 nobody answered: deferred for 1 hour
 Mon 26 Oct 10:05 asked: 3 applications
 Mon 26 Oct 10:10 nobody answered: deferred for 1 hour
-Mon 26 Oct 10:10 required: 3 applications by Mon 26 Oct 11:10
-Mon 26 Oct 11:10 forced: anvil, bellows, crucible
-Mon 26 Oct 11:13 installed anvil, bellows, crucible
-Mon 26 Oct 11:13 the cycle is complete
-)");
+)" + forcedAt("Mon 26 Oct 10:10", "Mon 26 Oct 11:10", "Mon 26 Oct 11:13"));
 }
 
 TEST_F(DeadlineDiaryTest, aClosedPanelDefersNothingAndComesBackWithTheNextCheck) {
@@ -150,11 +142,7 @@ TEST_F(DeadlineDiaryTest, onAggressivePatchDaysTheHardPromptOffersOnlyWhatEndsBe
   EXPECT_EQ(mac->model().availableDeferralOptions(), (std::vector<std::int64_t>{60, 120}));
   EXPECT_FALSE(page().defer.visible);
   mac->runUntil("2026-10-26 10:00");
-  expectDiary(R"(Mon 26 Oct 09:00 required: 3 applications by Mon 26 Oct 09:05
-Mon 26 Oct 09:05 forced: anvil, bellows, crucible
-Mon 26 Oct 09:08 installed anvil, bellows, crucible
-Mon 26 Oct 09:08 the cycle is complete
-)");
+  expectDiary(forcedAt("Mon 26 Oct 09:00", "Mon 26 Oct 09:05", "Mon 26 Oct 09:08"));
 }
 
 }  // namespace

@@ -9,21 +9,6 @@ class PromptDiaryTest : public SimulationTest {
   PromptDiaryTest() { plan.settings["DeadlineCountHard"] = PlistValue(2); }
 };
 
-TEST_F(PromptDiaryTest, aRecheckThatFailsForOneOfThreeLosesNone) {
-  plan.habits = {.answer = Habits::Answer::installs, .thinks = 10min};
-  plan.settings["DialogTimeoutDeferral"] = PlistValue(3600);
-  plan.settings["DeferralTimerMenu"] = PlistValue(PlistArray{PlistValue(30)});
-  start();
-  mac->runUntil("2026-10-26 09:01");
-  mac->helper().behaviour.failingChecks = {"bellows"};
-  mac->runUntil("2026-10-26 10:00");
-  expectDiary(R"(Mon 26 Oct 09:00 asked: 3 applications
-Mon 26 Oct 09:10 installing: anvil, crucible, bellows
-Mon 26 Oct 09:13 installed anvil, crucible, bellows
-Mon 26 Oct 09:13 the cycle is complete
-)");
-}
-
 TEST_F(PromptDiaryTest, aReminderWhoseRecheckFailsForOneStillAsksForAll) {
   plan.habits = {.answer = Habits::Answer::defers};
   start();
@@ -34,44 +19,6 @@ TEST_F(PromptDiaryTest, aReminderWhoseRecheckFailsForOneStillAsksForAll) {
 Mon 26 Oct 09:00 deferred for 1 hour
 Mon 26 Oct 10:00 asked: 3 applications
 )");
-}
-
-TEST_F(PromptDiaryTest, aPromptPresentedAgainUnderItsConfirmationAsksAnew) {
-  start();
-  mac->runUntil("2026-10-26 09:01");
-  mac->prompt().install();
-  ASSERT_TRUE(page().confirmation.visible);
-  mac->run(10s);
-  mac->model().presentDeferralPrompt();
-  mac->run(10s);
-  EXPECT_FALSE(page().confirmation.visible);
-  EXPECT_EQ(page().countdown, "Corvane will automatically defer in 0:04:50.");
-  mac->prompt().accept();
-  mac->runUntil("2026-10-26 09:30");
-  expectDiary(R"(Mon 26 Oct 09:00 asked: 3 applications
-Mon 26 Oct 09:01 asked: 3 applications
-Mon 26 Oct 09:06 nobody answered: deferred for 1 hour
-)");
-}
-
-TEST_F(PromptDiaryTest, installNowTwiceWhileACheckRunsInstallsOnce) {
-  plan.settings["DeadlineCountHard"] = PlistValue(0);
-  plan.settings["DialogTimeoutDeferral"] = PlistValue(3600);
-  start();
-  mac->runUntil("2026-10-26 09:01");
-  mac->helper().behaviour.checkTakes = 120s;
-  mac->model().checkForUpdates();
-  mac->run(10s);
-  mac->person().install();
-  mac->run(10s);
-  mac->person().install();
-  mac->runUntil("2026-10-26 12:00");
-  expectDiary(R"(Mon 26 Oct 09:00 required: 3 applications by Mon 26 Oct 10:00
-Mon 26 Oct 09:05 installing: anvil, bellows, crucible
-Mon 26 Oct 09:08 installed anvil, bellows, crucible
-Mon 26 Oct 09:08 the cycle is complete
-)");
-  EXPECT_EQ(mac->log().count("Install Now will run when"), 2U);
 }
 
 TEST_F(PromptDiaryTest, aForcedInstallWaitsForAHelperThatAnswersLate) {
@@ -90,8 +37,7 @@ Mon 26 Oct 09:33 the cycle is complete
 
 TEST_F(PromptDiaryTest, aBusyHelperIsTriedAgainAfterTheErrorWait) {
   plan.settings["DeadlineCountHard"] = PlistValue(0);
-  plan.settings["BusinessHoursStartTime"] = PlistValue("06:00");
-  plan.settings["BusinessHoursEndTime"] = PlistValue("08:00");
+  hours("06:00", "08:00");
   start();
   mac->helper().behaviour.busy = true;
   mac->runUntil("2026-10-26 09:30");
@@ -100,11 +46,7 @@ TEST_F(PromptDiaryTest, aBusyHelperIsTriedAgainAfterTheErrorWait) {
   expectDiary(R"(Mon 26 Oct 09:00 required: 3 applications by Mon 26 Oct 09:05
 Mon 26 Oct 09:05 forced: anvil, bellows, crucible
 Mon 26 Oct 09:05 failed: anvil, bellows, crucible
-Mon 26 Oct 10:05 required: 3 applications by Mon 26 Oct 10:10
-Mon 26 Oct 10:10 forced: anvil, bellows, crucible
-Mon 26 Oct 10:13 installed anvil, bellows, crucible
-Mon 26 Oct 10:13 the cycle is complete
-)");
+)" + forcedAt("Mon 26 Oct 10:05", "Mon 26 Oct 10:10", "Mon 26 Oct 10:13"));
 }
 
 TEST_F(PromptDiaryTest, anInstallThatFailsForOneLeavesTheCycleOpenAndAsksAgain) {
@@ -162,11 +104,7 @@ TEST_F(PromptDiaryTest, businessHoursSetUnderAHardPromptLeaveItsMomentAsItWasTol
   mac->set("BusinessHoursStartTime", PlistValue("09:00"));
   mac->set("BusinessHoursEndTime", PlistValue("17:00"));
   mac->runUntil("2026-10-26 18:00");
-  expectDiary(R"(Mon 26 Oct 09:00 required: 3 applications by Mon 26 Oct 09:30
-Mon 26 Oct 09:30 forced: anvil, bellows, crucible
-Mon 26 Oct 09:33 installed anvil, bellows, crucible
-Mon 26 Oct 09:33 the cycle is complete
-)");
+  expectDiary(forcedAt("Mon 26 Oct 09:00", "Mon 26 Oct 09:30", "Mon 26 Oct 09:33"));
 }
 
 }  // namespace

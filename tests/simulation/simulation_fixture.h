@@ -1,6 +1,7 @@
 // A simulated Mac for a test: three applications with updates on a Monday, and the rules held at the end.
 #pragma once
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -20,6 +21,17 @@ class SimulationTest : public testing::Test {
   }
   // A diary of lines that end with the line, from the first.
   void expectDiary(std::string_view expected) const { EXPECT_EQ(mac->diary().text(), expected); }
+  // The lines of a required prompt for `moment`, when it is forced, and of its three installs until `done`.
+  static std::string forcedAt(const char* asked, const char* moment, const char* done) {
+    return fmt::format(
+        "{0} required: 3 applications by {1}\n{1} forced: anvil, bellows, crucible\n"
+        "{2} installed anvil, bellows, crucible\n{2} the cycle is complete\n",
+        asked, moment, done);
+  }
+  void hours(const char* from, const char* to) {
+    plan.settings["BusinessHoursStartTime"] = PlistValue(from);
+    plan.settings["BusinessHoursEndTime"] = PlistValue(to);
+  }
   [[nodiscard]] const DeferralPromptPage& page() const { return mac->prompt().page(); }
 
   SimulatedMacPlan plan{.apps = {{.label = "anvil", .latest = "2.0"},
