@@ -3,50 +3,19 @@
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "helper/held_work.h"
-#include "platform/scripted/scripted_child_processes.h"
-#include "platform/scripted/scripted_entropy.h"
-#include "platform/scripted/scripted_files.h"
-#include "platform/scripted/virtual_time.h"
-#include "support/recording_log.h"
-#include "support/temporary_folder.h"
+#include "helper/runner_fixture.h"
 
 namespace corvane {
 namespace {
 
-struct ServiceFixture : ::testing::Test {
-  VirtualMachine machine;
-  ScriptedEntropy entropy;
-  RecordingLog log;
-  testing::TemporaryFolder folder;
-  ScriptedFiles files{machine.clock()};
+// What a base is made with must be made before it.
+struct HeldScans {
   HeldWork work;
-  HelperSetting setting;
-  ScriptedChildProcesses children{machine.main(), [](const ChildSpec&) { return ScriptedChild{}; }};
-  VersionChecker versions{{.children = children, .main = machine.main(), .entropy = entropy, .log = log},
-                          "/bin/zsh",
-                          [] { return std::nullopt; }};
-  AppDiscoverer discoverer{{.work = work,
-                            .main = machine.main(),
-                            .clock = machine.clock(),
-                            .log = log,
-                            .versions = versions,
-                            .setting = [this] { return setting; }}};
-  ReceiptManager receipts{"/receipts.jsonl", files, log};
-  RunRecord record{"/helper-run.json", files, machine.clock(), log};
-  PatchRunner runner{{.children = children,
-                      .main = machine.main(),
-                      .clock = machine.clock(),
-                      .log = log,
-                      .receipts = receipts,
-                      .discoverer = discoverer,
-                      .record = record,
-                      .setting = [this] { return setting; },
-                      .toolHome = "/var/empty",
-                      .ownUid = geteuid()}};
+};
+
+struct ServiceFixture : HeldScans, RunnerFixture {
   HelperService service{{.main = machine.main(),
                          .log = log,
                          .discoverer = discoverer,
@@ -56,19 +25,7 @@ struct ServiceFixture : ::testing::Test {
   // Code of the error that was answered to an id; 0 for an answer that is none.
   std::map<std::string, int> answers;
 
-  ServiceFixture() {
-    setting.constants.root = folder.path();
-    const auto tool = setting.constants.installomatorScript();
-    folder.writeExecutable(std::filesystem::relative(tool, folder.path()), "#!/bin/sh\n");
-    chmod(tool.c_str(), 0755);
-    label("quill");
-  }
-  void label(const std::string& name) const {
-    folder.write(std::filesystem::relative(setting.constants.labelsFolder() / (name + ".sh"), folder.path()),
-                 name + ")\n    name=\"" + name +
-                     "\"\n    type=\"zip\"\n    appNewVersion=\"2.0\"\n"
-                     "    downloadURL=\"https://example.org\"\n    expectedTeamID=\"ABCDE12345\"\n    ;;\n");
-  }
+  ServiceFixture() : RunnerFixture(&work) { offer("quill", "2.0"); }
   void ask(const std::string& id, HelperQuestion question) {
     service.handle({.id = id, .question = std::move(question)}, [this, id](const std::string& body) {
       const auto parsed = parseAnswer(body, id);

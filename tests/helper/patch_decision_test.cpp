@@ -60,6 +60,15 @@ TEST(PatchDecision, GuardsAgainstDowngradesBeforeTheToolRuns) {
 }
 
 TEST(PatchDecision, BelievesTheInstalledVersionAndNotTheExitCode) {
+  using enum PatchingStatus;
+  const auto old = app("1.0", "2.0");
+  const auto unknown = app("1.0", {});  // what the vendor offers
+  const auto now = [](const char* version) { return app(version, {}); };
+  const ToolEnd well{.code = 0};
+  const ToolEnd tellsTwo{.code = 0, .words = {.latestVersion = "2.0"}};
+  const ToolEnd saysCurrent{.code = 0, .words = {.saysCurrent = true}};
+  const ToolEnd late{.code = 143, .timedOut = true};
+  const ToolEnd lateAtDialog{.code = 143, .timedOut = true, .words = {.atDialog = true}};
   const struct {
     const char* what;
     AppInfo before;
@@ -69,55 +78,26 @@ TEST(PatchDecision, BelievesTheInstalledVersionAndNotTheExitCode) {
     std::int64_t code;
     bool installed;
   } rows[] = {
-      {"reached", app("1.0", "2.0"), app("2.0", {}), {.code = 0}, PatchingStatus::success, 0, true},
-      {"beyond", app("1.0", "2.0"), app("2.1", {}), {.code = 0}, PatchingStatus::success, 0, true},
-      {"still the old one", app("1.0", "2.0"), app("1.0", {}), {.code = 0}, PatchingStatus::failure, -1, false},
-      {"half way", app("1.0", "2.0"), app("1.5", {}), {.code = 0}, PatchingStatus::failure, -1, false},
-      {"nothing there", app({}, "2.0"), app({}, {}), {.code = 0}, PatchingStatus::failure, -1, false},
-      {"not read again", app("1.0", "2.0"), std::nullopt, {.code = 0}, PatchingStatus::failure, -2, false},
-      {"failed and not read again", app("1.0", "2.0"), std::nullopt, {.code = 2}, PatchingStatus::failure, 2, false},
-      {"target unknown, changed", app("1.0", {}), app("1.1", {}), {.code = 0}, PatchingStatus::success, 0, true},
-      {"target unknown, unchanged", app("1.0", {}), app("1.0", {}), {.code = 0}, PatchingStatus::failure, -1, false},
-      {"target unknown, the tool tells it",
-       app("1.0", {}),
-       app("2.0", {}),
-       {.code = 0, .words = {.latestVersion = "2.0"}},
-       PatchingStatus::success,
-       0,
-       true},
-      {"target unknown, the tool tells it and does not reach it",
-       app("1.0", {}),
-       app("1.5", {}),
-       {.code = 0, .words = {.latestVersion = "2.0"}},
-       PatchingStatus::failure,
-       -1,
-       false},
-      {"target unknown, nothing newer",
-       app("1.0", {}),
-       app("1.0", {}),
-       {.code = 0, .words = {.saysCurrent = true}},
-       PatchingStatus::success,
-       0,
-       false},
-      {"nobody answered",
-       app("1.0", "2.0"),
-       app("1.0", {}),
-       {.code = 143, .timedOut = true, .words = {.atDialog = true}},
-       PatchingStatus::skipped,
-       25,
-       false},
-      {"reinstalled", app("2.0", "2.0"), app("2.0", {}), {.code = 0}, PatchingStatus::success, 0, true},
-      {"declined", app("1.0", "2.0"), app("1.0", {}), {.code = 10}, PatchingStatus::skipped, 10, false},
-      {"blocked", app("1.0", "2.0"), app("1.0", {}), {.code = 11}, PatchingStatus::skipped, 11, false},
-      {"store copy", app("1.0", "2.0"), app("1.0", {}), {.code = 23}, PatchingStatus::skipped, 23, false},
-      {"download failed", app("1.0", "2.0"), app("1.0", {}), {.code = 2}, PatchingStatus::failure, 2, false},
-      {"took too long",
-       app("1.0", "2.0"),
-       app("1.0", {}),
-       {.code = 143, .timedOut = true},
-       PatchingStatus::failure,
-       143,
-       false},
+      {"reached", old, now("2.0"), well, success, 0, true},
+      {"beyond", old, now("2.1"), well, success, 0, true},
+      {"still the old one", old, now("1.0"), well, failure, -1, false},
+      {"half way", old, now("1.5"), well, failure, -1, false},
+      {"nothing there", app({}, "2.0"), app({}, {}), well, failure, -1, false},
+      {"not read again", old, std::nullopt, well, failure, -2, false},
+      {"failed and not read again", old, std::nullopt, {.code = 2}, failure, 2, false},
+      {"failed, though changed", old, now("2.0"), {.code = 3}, failure, 3, false},
+      {"target unknown, changed", unknown, now("1.1"), well, success, 0, true},
+      {"target unknown, unchanged", unknown, now("1.0"), well, failure, -1, false},
+      {"target unknown, the tool tells it", unknown, now("2.0"), tellsTwo, success, 0, true},
+      {"target unknown, the tool tells it and does not reach it", unknown, now("1.5"), tellsTwo, failure, -1, false},
+      {"target unknown, nothing newer", unknown, now("1.0"), saysCurrent, success, 0, false},
+      {"nobody answered", old, now("1.0"), lateAtDialog, skipped, 25, false},
+      {"reinstalled", app("2.0", "2.0"), now("2.0"), well, success, 0, true},
+      {"declined", old, now("1.0"), {.code = 10}, skipped, 10, false},
+      {"blocked", old, now("1.0"), {.code = 11}, skipped, 11, false},
+      {"store copy", old, now("1.0"), {.code = 23}, skipped, 23, false},
+      {"download failed", old, now("1.0"), {.code = 2}, failure, 2, false},
+      {"took too long", old, now("1.0"), late, failure, 143, false},
   };
   for (const auto& row : rows) {
     const auto outcome = outcomeOfRun(row.before, row.after, row.end, {});

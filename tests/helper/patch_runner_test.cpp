@@ -2,76 +2,32 @@
 #include "helper/patch_runner.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 
 #include "core/client/helper_messages.h"
 #include "core/policies/label_history.h"
-#include "platform/scripted/scripted_child_processes.h"
-#include "platform/scripted/scripted_entropy.h"
-#include "platform/scripted/scripted_files.h"
-#include "platform/scripted/virtual_time.h"
-#include "support/recording_log.h"
-#include "support/temporary_folder.h"
+#include "helper/runner_fixture.h"
 
 namespace corvane {
 namespace {
 
-const std::filesystem::path kReceipts = "/receipts.jsonl";
-const std::filesystem::path kRecord = "/helper-run.json";
-
-struct PatchRunnerFixture : ::testing::Test {
-  VirtualMachine machine;
-  ScriptedEntropy entropy;
-  RecordingLog log;
-  testing::TemporaryFolder folder;
-  ScriptedFiles files{machine.clock()};
-  HelperSetting setting;
-
+struct PatchRunnerFixture : RunnerFixture {
   // What the tool does for a label: the version that it leaves, and how it ends.
   struct ToolPlay {
     std::string installs;
     ScriptedChild child;
   };
   std::map<std::string, ToolPlay> plays;
-  ScriptedChildProcesses children{machine.main(), [this](const ChildSpec& spec) { return play(spec); }};
-  VersionChecker versions{{.children = children, .main = machine.main(), .entropy = entropy, .log = log},
-                          "/bin/zsh",
-                          [] { return std::nullopt; }};
-  AppDiscoverer discoverer{{.work = machine.work(),
-                            .main = machine.main(),
-                            .clock = machine.clock(),
-                            .log = log,
-                            .versions = versions,
-                            .setting = [this] { return setting; }}};
-  ReceiptManager receipts{kReceipts, files, log};
-  RunRecord record{kRecord, files, machine.clock(), log};
-  PatchRunner runner{{.children = children,
-                      .main = machine.main(),
-                      .clock = machine.clock(),
-                      .log = log,
-                      .receipts = receipts,
-                      .discoverer = discoverer,
-                      .record = record,
-                      .setting = [this] { return setting; },
-                      .toolHome = "/var/empty",
-                      .ownUid = geteuid()}};
   std::optional<Result<PatchRunAnswer>> answer;
 
   PatchRunnerFixture() {
-    setting.constants.root = folder.path();
-    setting.constants.home = folder.path() / "Users/ann";
-    const auto tool = setting.constants.installomatorScript();
-    folder.writeExecutable(std::filesystem::relative(tool, folder.path()), "#!/bin/sh\n");
-    chmod(tool.c_str(), 0755);
-  }
-  ScriptedChild play(const ChildSpec& spec) {
-    const auto& label = spec.arguments.at(0);
-    const auto& play = plays[label];
-    if (!play.installs.empty()) install(label, play.installs);
-    return play.child;
+    onChild = [this](const ChildSpec& spec) {
+      const auto& label = spec.arguments.at(0);
+      const auto& play = plays[label];
+      if (!play.installs.empty()) install(label, play.installs);
+      return play.child;
+    };
   }
   void install(const std::string& name, const std::string& version) const {
     folder.write("Applications/" + name + ".app/Contents/Info.plist",
@@ -83,9 +39,7 @@ struct PatchRunnerFixture : ::testing::Test {
   // A label whose application is `installed` (not at all when empty) and whose vendor offers `latest`.
   void label(const std::string& name, const std::string& installed, const std::string& latest) const {
     if (!installed.empty()) install(name, installed);
-    folder.write(std::filesystem::relative(setting.constants.labelsFolder() / (name + ".sh"), folder.path()),
-                 name + ")\n    name=\"" + name + "\"\n    type=\"zip\"\n    appNewVersion=\"" + latest +
-                     "\"\n    downloadURL=\"https://example.org\"\n    expectedTeamID=\"ABCDE12345\"\n    ;;\n");
+    offer(name, latest);
   }
   void run(const std::vector<std::string>& names) {
     answer.reset();
@@ -101,7 +55,10 @@ struct PatchRunnerFixture : ::testing::Test {
 };
 
 TEST_F(PatchRunnerFixture, EachEndOfTheToolLeavesItsReceiptAndItsAnswer) {
+  const PatchRunAnswer updated{true, "Updated 1 of 1.", 1};
+  const PatchRunAnswer failedAnswer{false, "Updated 0 of 1. Failed: app.", 0};
   const auto ended = [](int code) { return ScriptedChild{.exit = ChildExit{.code = code}, .takes = 1s}; };
+  const ScriptedChild forbidden{.exit = failure("CRVChildProcess", EACCES, "no leave")};
   const struct {
     const char* what;
     std::string installs;
@@ -110,31 +67,11 @@ TEST_F(PatchRunnerFixture, EachEndOfTheToolLeavesItsReceiptAndItsAnswer) {
     int code;
     PatchRunAnswer answer;
   } rows[] = {
-      {"installed", "2.0", ended(0), PatchingStatus::success, 0, {true, "Updated 1 of 1.", 1}},
-      {"beyond the target", "2.1", ended(0), PatchingStatus::success, 0, {true, "Updated 1 of 1.", 1}},
-      {"claimed, but unchanged", "", ended(0), PatchingStatus::failure, -1, {false, "Updated 0 of 1. Failed: app.", 0}},
-      {"failed, though changed",
-       "2.0",
-       ended(3),
-       PatchingStatus::failure,
-       3,
-       {false, "Updated 0 of 1. Failed: app.", 0}},
-      {"download failed", "", ended(2), PatchingStatus::failure, 2, {false, "Updated 0 of 1. Failed: app.", 0}},
+      {"installed", "2.0", ended(0), PatchingStatus::success, 0, updated},
+      {"claimed, but unchanged", "", ended(0), PatchingStatus::failure, -1, failedAnswer},
       {"declined by the user", "", ended(10), PatchingStatus::skipped, 10, {false, "Updated 0 of 1.", 0}},
-      {"blocked by a process", "", ended(11), PatchingStatus::skipped, 11, {false, "Updated 0 of 1.", 0}},
-      {"died by a signal",
-       "",
-       ended(128 + 9),
-       PatchingStatus::failure,
-       137,
-       {false, "Updated 0 of 1. Failed: app.", 0}},
-      {"cannot be started",
-       "",
-       {.exit = failure("CRVChildProcess", EACCES, "no leave")},
-       PatchingStatus::failure,
-       126,
-       {false, "Updated 0 of 1. Failed: app.", 0}},
-      {"hangs", "", {.takes = 3h}, PatchingStatus::failure, 128 + 15, {false, "Updated 0 of 1. Failed: app.", 0}},
+      {"cannot be started", "", forbidden, PatchingStatus::failure, 126, failedAnswer},
+      {"hangs", "", {.takes = 3h}, PatchingStatus::failure, 128 + 15, failedAnswer},
   };
   std::size_t written = 0;
   for (const auto& row : rows) {
@@ -163,7 +100,7 @@ TEST_F(PatchRunnerFixture, WhatCannotBeReadAgainIsNotTakenForMissingAndHoldsNoth
       {"the catalogue cannot be read",
        [&] {
          std::filesystem::remove_all(labels);
-         folder.write(std::filesystem::relative(labels, folder.path()), "no folder");
+         folder.write(below(labels), "no folder");
        },
        "Not a directory"},
       {"the label has left the catalogue", [&] { std::filesystem::remove(labels / "app.sh"); }, "leave the label out"},

@@ -1,0 +1,73 @@
+// A patch runner with all that it stands on: processes are scripted, time is virtual, bundles and labels are real
+// files.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "helper/patch_runner.h"
+#include "platform/scripted/scripted_child_processes.h"
+#include "platform/scripted/scripted_entropy.h"
+#include "platform/scripted/scripted_files.h"
+#include "platform/scripted/virtual_time.h"
+#include "support/recording_log.h"
+#include "support/temporary_folder.h"
+
+namespace corvane {
+
+inline const std::filesystem::path kReceipts = "/receipts.jsonl";
+inline const std::filesystem::path kRecord = "/helper-run.json";
+
+struct RunnerFixture : ::testing::Test {
+  VirtualMachine machine;
+  ScriptedEntropy entropy;
+  RecordingLog log;
+  testing::TemporaryFolder folder;
+  ScriptedFiles files{machine.clock()};
+  WorkQueue& scans;
+  HelperSetting setting;
+  std::function<ScriptedChild(const ChildSpec&)> onChild = [](const ChildSpec&) { return ScriptedChild{}; };
+  ScriptedChildProcesses children{machine.main(), [this](const ChildSpec& spec) { return onChild(spec); }};
+  VersionChecker versions{{.children = children, .main = machine.main(), .entropy = entropy, .log = log},
+                          "/bin/zsh",
+                          [] { return std::nullopt; }};
+  AppDiscoverer discoverer{{.work = scans,
+                            .main = machine.main(),
+                            .clock = machine.clock(),
+                            .log = log,
+                            .versions = versions,
+                            .setting = [this] { return setting; }}};
+  ReceiptManager receipts{kReceipts, files, log};
+  RunRecord record{kRecord, files, machine.clock(), log};
+  PatchRunner runner{{.children = children,
+                      .main = machine.main(),
+                      .clock = machine.clock(),
+                      .log = log,
+                      .receipts = receipts,
+                      .discoverer = discoverer,
+                      .record = record,
+                      .setting = [this] { return setting; },
+                      .toolHome = "/var/empty",
+                      .ownUid = geteuid()}};
+
+  // Scans of folders are the machine's own work, or that of `work`.
+  explicit RunnerFixture(WorkQueue* work = nullptr) : scans(work == nullptr ? machine.work() : *work) {
+    setting.constants.root = folder.path();
+    setting.constants.home = folder.path() / "Users/ann";
+    const auto tool = setting.constants.installomatorScript();
+    folder.writeExecutable(below(tool), "#!/bin/sh\n");
+    chmod(tool.c_str(), 0755);
+  }
+  [[nodiscard]] std::filesystem::path below(const std::filesystem::path& path) const {
+    return std::filesystem::relative(path, folder.path());
+  }
+  // A label whose vendor offers `latest`.
+  void offer(const std::string& name, const std::string& latest) const {
+    folder.write(below(setting.constants.labelsFolder() / (name + ".sh")),
+                 name + ")\n    name=\"" + name + "\"\n    type=\"zip\"\n    appNewVersion=\"" + latest +
+                     "\"\n    downloadURL=\"https://example.org\"\n    expectedTeamID=\"ABCDE12345\"\n    ;;\n");
+  }
+};
+
+}  // namespace corvane
