@@ -26,29 +26,6 @@ TEST(HelperMessages, EveryQuestionComesBackAsItWasAsked) {
   }
 }
 
-std::string labelsRequest(std::size_t count, std::size_t length) {
-  JsonArray labels;
-  for (std::size_t i = 0; i < count; ++i) {
-    auto label = std::to_string(i);
-    label.insert(0, length > label.size() ? length - label.size() : 0, 'a');
-    labels.emplace_back(label);
-  }
-  return writeJson(JsonObject{
-      {"version", 1}, {"id", "t"}, {"op", "discoverForLabels"}, {"labels", labels}, {"includeLatestVersions", false}});
-}
-
-TEST(HelperMessages, LimitsHoldAtTheLimitAndOnePastIt) {
-  EXPECT_TRUE(parseRequest(labelsRequest(kHelperLabelsLimit, 5)));
-  EXPECT_EQ(parseRequest(labelsRequest(kHelperLabelsLimit + 1, 5)).error().error.code,
-            static_cast<int>(HelperErrorCode::tooLarge));
-  EXPECT_TRUE(parseRequest(labelsRequest(1, kHelperLabelLengthLimit)));
-  EXPECT_EQ(parseRequest(labelsRequest(1, kHelperLabelLengthLimit + 1)).error().error.code,
-            static_cast<int>(HelperErrorCode::tooLarge));
-  EXPECT_TRUE(parseRequest(composeRequest({.id = std::string(kHelperIdLengthLimit, 'x'), .question = ask::Status{}})));
-  EXPECT_FALSE(
-      parseRequest(composeRequest({.id = std::string(kHelperIdLengthLimit + 1, 'x'), .question = ask::Status{}})));
-}
-
 TEST(HelperMessages, AnAnswerOfAnotherRequestOrVersionIsNoAnswer) {
   EXPECT_TRUE(parseAnswer(composeAnswer("a", true), "a"));
   EXPECT_FALSE(parseAnswer(composeAnswer("a", true), "b"));
