@@ -2,47 +2,24 @@
 #include "programs/user/user_machine.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <optional>
 
+#include "support/environment_variable.h"
 #include "support/temporary_folder.h"
 #include "workflow/status_view_model.h"
 
 namespace corvane {
 namespace {
 
-// A variable of the environment for as long as this lives.
-class Variable {
- public:
-  Variable(const char* name, const char* value) : name_(name) {
-    if (const char* old = getenv(name)) old_ = old;
-    if (value == nullptr)
-      unsetenv(name);
-    else
-      setenv(name, value, 1);
-  }
-  ~Variable() {
-    if (old_)
-      setenv(name_, old_->c_str(), 1);
-    else
-      unsetenv(name_);
-  }
-  Variable(const Variable&) = delete;
-  Variable& operator=(const Variable&) = delete;
-
- private:
-  const char* name_;
-  std::optional<std::string> old_;
-};
-
 TEST(PlacesFromEnvironment, NoRootOrTheWholeMachineIsTheMachine) {
-  const Variable home("HOME", "/Users/ada");
-  for (const char* value : {static_cast<const char*>(nullptr), "", "/"}) {
-    const Variable root("CORVANE_ROOT", value);
+  const testing::EnvironmentVariable home("HOME", "/Users/ada");
+  for (const auto& value :
+       {std::optional<std::string>(), std::optional<std::string>(""), std::optional<std::string>("/")}) {
+    const testing::EnvironmentVariable root("CORVANE_ROOT", value);
     const auto places = placesFromEnvironment();
     ASSERT_TRUE(places);
     EXPECT_EQ(places->root, "/");
@@ -54,7 +31,7 @@ TEST(PlacesFromEnvironment, AnOwnFolderIsHonouredByItsCanonicalPath) {
   const testing::TemporaryFolder folder;
   std::filesystem::create_directories(folder.path() / "mac");
   std::filesystem::create_symlink("mac", folder.path() / "link");
-  const Variable root("CORVANE_ROOT", (folder.path() / "link").c_str());
+  const testing::EnvironmentVariable root("CORVANE_ROOT", (folder.path() / "link").string());
   const auto places = placesFromEnvironment();
   ASSERT_TRUE(places) << places.error().text;
   EXPECT_EQ(places->root, folder.path() / "mac");
@@ -86,7 +63,7 @@ TEST(PlacesFromEnvironment, AnyOtherRootIsRefusedWithTheReason) {
       {folder.path() / "gone", "cannot be looked at: No such file or directory", ENOENT},
   };
   for (const auto& row : rows) {
-    const Variable root("CORVANE_ROOT", row.root.c_str());
+    const testing::EnvironmentVariable root("CORVANE_ROOT", row.root);
     const auto places = placesFromEnvironment();
     ASSERT_FALSE(places) << row.root;
     EXPECT_EQ(places.error().code, row.code) << row.root;

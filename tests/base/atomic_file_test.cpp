@@ -6,20 +6,19 @@
 
 #include <cerrno>
 
+#include "support/temporary_folder.h"
+
 namespace corvane {
 namespace {
 
 namespace fs = std::filesystem;
 
-class AtomicFileTest : public testing::Test {
+class AtomicFileTest : public ::testing::Test {
  protected:
-  AtomicFileTest() {
-    auto name = (fs::temp_directory_path() / "corvane-file-XXXXXX").string();
-    folder = ::mkdtemp(name.data());
-  }
-  ~AtomicFileTest() override { fs::remove_all(folder); }
   [[nodiscard]] auto entries() const { return std::distance(fs::directory_iterator(folder), {}); }
-  fs::path folder;
+
+  testing::TemporaryFolder temporary;
+  fs::path folder = temporary.path();
 };
 
 TEST_F(AtomicFileTest, ReplacesContentAndModeAndLeavesNothingElse) {

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include "platform/posix/system_clock.h"
@@ -11,6 +10,7 @@
 #include "platform/uv/uv_main_loop.h"
 #include "support/recording_log.h"
 #include "support/temporary_folder.h"
+#include "support/unix_socket.h"
 
 namespace corvane {
 namespace {
@@ -61,11 +61,8 @@ struct ListenerFixture : ::testing::Test {
     loop.pump([] { return false; }, time);
   }
   [[nodiscard]] int connectTo() const {
-    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    sockaddr_un name{};
-    name.sun_family = AF_UNIX;
-    (folder.path() / "s").string().copy(name.sun_path, sizeof name.sun_path - 1);
-    EXPECT_EQ(connect(fd, reinterpret_cast<sockaddr*>(&name), sizeof name), 0);
+    const int fd = testing::unixSocket(folder.path() / "s", ::connect, SOCK_NONBLOCK);
+    EXPECT_GE(fd, 0);
     return fd;
   }
   static void ask(int fd, const std::string& id) {

@@ -189,15 +189,6 @@ TEST_F(UvChildProcessesTest, StreamsCanBeReopenedByNameAndInputIsEmpty) {
   EXPECT_EQ(exit->errors, "err\n");
 }
 
-TEST_F(UvChildProcessesTest, AProcessThatKeepsTheStreamsOpenDoesNotHoldTheAnswer) {
-  const auto exit = run(RealWorld::shell("sleep 1000 & echo $!; exit 0"), hastyWorld_);
-  ASSERT_TRUE(exit.has_value());
-  EXPECT_EQ(exit->code, 0);
-  const auto left = std::stoi(exit->output);
-  EXPECT_EQ(::kill(left, 0), 0) << "what the child left behind without a time limit lives";
-  ::kill(left, SIGKILL);
-}
-
 TEST_F(UvChildProcessesTest, AChildThatIgnoresThePoliteSignalIsForced) {
   auto spec = RealWorld::shell("trap '' TERM; echo up; while :; do sleep 1000; done");
   spec.timeLimit = 200ms;

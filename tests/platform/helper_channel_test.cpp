@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <thread>
@@ -15,6 +14,7 @@
 #include "platform/uv/socket_address.h"
 #include "platform/uv/uv_main_loop.h"
 #include "support/temporary_folder.h"
+#include "support/unix_socket.h"
 
 namespace corvane::testing {
 
@@ -24,12 +24,7 @@ namespace {
 class OneAnswerServer {
  public:
   OneAnswerServer(const std::filesystem::path& path, std::string bytes) : bytes_(std::move(bytes)) {
-    listener_ = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const auto text = SocketAddress::of(path);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    text->text().copy(address.sun_path, sizeof address.sun_path - 1);
-    EXPECT_EQ(::bind(listener_, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    listener_ = unixSocket(SocketAddress::of(path)->text(), ::bind);
     EXPECT_EQ(::listen(listener_, 4), 0);
     thread_ = std::jthread([this] { serve(); });
   }
@@ -156,24 +151,6 @@ TEST(ScriptedHelperChannelTest, AnswersHangsAndDies) {
   channel.hangUp();
   machine.runUntilIdle();
   EXPECT_THAT(heard, ::testing::ElementsAre("1", "a!", "2"));
-}
-
-TEST(FrameTest, FramesSurviveEveryCutAndTheLimitIsExact) {
-  const auto stream = encodeFrame("one") + encodeFrame("") + encodeFrame(std::string(300, 'x'));
-  for (std::size_t cut = 1; cut <= stream.size(); ++cut) {
-    FrameDecoder decoder(300);
-    std::vector<std::string> bodies;
-    for (std::size_t i = 0; i < stream.size(); i += cut) {
-      ASSERT_TRUE(decoder.feed(std::string_view(stream).substr(i, cut)));
-      while (auto body = decoder.next()) bodies.push_back(*body);
-    }
-    EXPECT_THAT(bodies, ::testing::ElementsAre("one", "", std::string(300, 'x')));
-    EXPECT_FALSE(decoder.insideFrame());
-  }
-  FrameDecoder strict(299);
-  const auto fed = strict.feed(stream);
-  ASSERT_FALSE(fed);
-  EXPECT_EQ(fed.error().code, FrameDecoder::tooLong);
 }
 
 }  // namespace corvane::testing

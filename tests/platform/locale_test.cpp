@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <algorithm>
 #include <vector>
 
 #include "platform/linux/linux_locale.h"
 #include "platform/scripted/scripted_locale.h"
+#include "support/environment_variable.h"
 
 namespace corvane::testing {
 
@@ -24,27 +24,6 @@ std::vector<std::string> sorted(const Locale& locale, std::vector<std::string> n
   std::ranges::stable_sort(names, {}, [&](const std::string& name) { return locale.sortKey(name); });
   return names;
 }
-
-class EnvironmentVariable {
- public:
-  EnvironmentVariable(const char* name, const char* value) : name_(name) {
-    if (const char* old = ::getenv(name)) old_ = old;
-    if (value == nullptr)
-      ::unsetenv(name);
-    else
-      ::setenv(name, value, 1);
-  }
-  ~EnvironmentVariable() {
-    if (old_)
-      ::setenv(name_, old_->c_str(), 1);
-    else
-      ::unsetenv(name_);
-  }
-
- private:
-  const char* name_;
-  std::optional<std::string> old_;
-};
 
 constexpr Date kAfternoon = Date(std::chrono::sys_days(std::chrono::year(2026) / 11 / 22)) + 19h + 40min;
 
@@ -102,7 +81,7 @@ TEST(LinuxLocaleTest, AccentsAndOtherLanguagesFollowTheirOrder) {
 TEST(LinuxLocaleTest, TheEnvironmentNamesLocaleAndZone) {
   const EnvironmentVariable lang("LANG", "de_DE.UTF-8");
   {
-    const EnvironmentVariable all("LC_ALL", nullptr);
+    const EnvironmentVariable all("LC_ALL", std::nullopt);
     const EnvironmentVariable time("LC_TIME", "fr_CA@euro");
     EXPECT_EQ(localeNameFromEnvironment(), "fr_CA");
   }

@@ -47,8 +47,6 @@ class RealWorld {
     const auto tick = loop_.mainQueue().every(5ms, [] {});
     return loop_.pump(done, 30s);
   }
-  MainQueue& queue() { return loop_.mainQueue(); }
-  TemporaryFolder& folder() { return folder_; }
   ~RealWorld() {
     for (const auto& child : started_) child->kill();
   }
@@ -149,18 +147,6 @@ TEST_F(RecordedTable, AnIdentifierFollowsItsFileAndADamagedOneIsAbsent) {
   EXPECT_EQ(identifier(info("org.first")), "org.first");
   EXPECT_EQ(identifier(info("org.second.longer")), "org.second.longer");
   EXPECT_EQ(identifier("<plist><dict>"), std::nullopt);
-}
-
-TEST(LinuxRunningApplicationsTest, ARunningScriptCountsAsItself) {
-  RealWorld world;
-  const auto script = world.folder().writeExecutable("usr/bin/osascript", "#!/bin/sh\nsleep 1000\n");
-  const auto pid = world.start(script, {});
-  EXPECT_TRUE(world.wait([&] {
-    const auto list = world.applications().list().value();
-    for (const auto& process : list)
-      if (process.pid == pid) return process.name() == "osascript";
-    return false;
-  }));
 }
 
 TEST(LinuxRunningApplicationsTest, WhoIsInFrontComesFromTheWindows) {

@@ -4,21 +4,21 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
 
 #include "platform/dbus/bus_connection.h"
+#include "support/environment_variable.h"
 #include "support/private_bus.h"
 #include "support/started_program.h"
 #include "support/temporary_folder.h"
+#include "support/unix_socket.h"
 
 namespace corvane::testing {
 
@@ -53,22 +53,15 @@ bool endsInTime(const std::function<void()>& question) {
 // A socket that takes connections and never says a word.
 class DeafListener {
  public:
-  explicit DeafListener(const std::filesystem::path& path) : descriptor_(::socket(AF_UNIX, SOCK_STREAM, 0)) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path.native().copy(static_cast<char*>(address.sun_path), sizeof(address.sun_path) - 1);
-    listens_ = ::bind(descriptor_, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0 &&
-               ::listen(descriptor_, 8) == 0;
-  }
+  explicit DeafListener(const std::filesystem::path& path) : descriptor_(unixSocket(path, ::bind)) {}
   ~DeafListener() { ::close(descriptor_); }
   DeafListener(const DeafListener&) = delete;
   DeafListener& operator=(const DeafListener&) = delete;
 
-  [[nodiscard]] bool listens() const { return listens_; }
+  [[nodiscard]] bool listens() const { return ::listen(descriptor_, 8) == 0; }
 
  private:
   int descriptor_;
-  bool listens_ = false;
 };
 
 }  // namespace
@@ -83,6 +76,29 @@ class SessionFocusStateTest : public ::testing::Test {
     return SessionFocusState({.session = session_.address(), .system = system_.address()}, patience);
   }
 
+  // A notification service that answers for "Inhibited"; gone with what is given.
+  template <class Getter>
+  std::unique_ptr<BusService> inhibited(Getter getter) {
+    auto made = std::make_unique<BusService>(session_, kNotifications);
+    made->at("/org/freedesktop/Notifications")
+        .registerProperty("Inhibited")
+        .onInterface(kNotifications)
+        .withGetter(std::move(getter));
+    made->answer();
+    return made;
+  }
+  // A login manager with that answer to who inhibits.
+  template <class Answer>
+  std::unique_ptr<BusService> loginManager(Answer answer) {
+    auto made = std::make_unique<BusService>(system_, kLogin);
+    made->at("/org/freedesktop/login1")
+        .registerMethod("ListInhibitors")
+        .onInterface(kLoginManager)
+        .implementedAs(std::move(answer));
+    made->answer();
+    return made;
+  }
+
   PrivateBus session_;
   PrivateBus system_;
 };
@@ -91,24 +107,15 @@ TEST_F(SessionFocusStateTest, TheNotificationServiceSaysWhetherItIsInhibited) {
   const auto state = this->state();
   EXPECT_EQ(state.doNotDisturb(), std::nullopt) << "no service yet";
   {
-    std::atomic<bool> inhibited = true;
-    BusService service(session_, kNotifications);
-    service.at("/org/freedesktop/Notifications")
-        .registerProperty("Inhibited")
-        .onInterface(kNotifications)
-        .withGetter([&] { return inhibited.load(); });
-    service.answer();
+    std::atomic<bool> inhibits = true;
+    const auto service = inhibited([&] { return inhibits.load(); });
     EXPECT_THAT(state.doNotDisturb(), Optional(true));
-    inhibited = false;
+    inhibits = false;
     EXPECT_THAT(state.doNotDisturb(), Optional(false));
   }
   EXPECT_EQ(state.doNotDisturb(), std::nullopt) << "the service has gone";
 
-  BusService service(session_, kNotifications);
-  service.at("/org/freedesktop/Notifications").registerProperty("Inhibited").onInterface(kNotifications).withGetter([] {
-    return std::string("true");
-  });
-  service.answer();
+  const auto service = inhibited([] { return std::string("true"); });
   EXPECT_EQ(state.doNotDisturb(), std::nullopt) << "a text is no answer";
 }
 
@@ -195,11 +202,7 @@ TEST_F(SessionFocusStateTest, IdleInhibitorsOfThisUserAreNamedByTheirProcess) {
       {"sleep:handle-lid-switch", "Idles not", "backup", "block", own, nobody},
       {"idleness", "Likewise", "backup", "block", own, nobody},
   };
-  BusService login(system_, kLogin);
-  login.at("/org/freedesktop/login1").registerMethod("ListInhibitors").onInterface(kLoginManager).implementedAs([&] {
-    return inhibitors;
-  });
-  login.answer();
+  const auto login = loginManager([&] { return inhibitors; });
   const auto state = this->state();
   EXPECT_THAT(state.displaySleepHolders(), Optional(ElementsAre("Slides", "sleep")));
   player.end();
@@ -208,11 +211,9 @@ TEST_F(SessionFocusStateTest, IdleInhibitorsOfThisUserAreNamedByTheirProcess) {
 
 TEST_F(SessionFocusStateTest, TheSessionManagersIdleInhibitorsJoinThem) {
   const auto own = ::getuid();
-  BusService login(system_, kLogin);
-  login.at("/org/freedesktop/login1").registerMethod("ListInhibitors").onInterface(kLoginManager).implementedAs([own] {
+  const auto login = loginManager([own] {
     return std::vector<Inhibitor>{{"idle", "video", "", "block", own, 1U << 30U}};
   });
-  login.answer();
   BusService manager(session_, kSession);
   std::vector<sdbus::ObjectPath> paths;
   const auto add = [&](const std::string& path, std::uint32_t flags, const std::string& application) {
@@ -242,17 +243,11 @@ TEST_F(SessionFocusStateTest, WhereThereIsNothingToAskNothingIsHeld) {
 
   const auto socket = session_.folder().path() / "nobody listens";
   { const DeafListener left(socket); }
-  const std::vector<std::optional<std::string>> addresses{std::nullopt,
-                                                          "",
-                                                          "disabled:",
-                                                          "autolaunch:",
-                                                          "tcp:host=127.0.0.1,port=1",
-                                                          "unix:path=/nowhere/bus",
-                                                          "unix:path=" + std::string(200, 'x'),
-                                                          "unix:path=%2",
-                                                          "unix:path=%zz",
-                                                          "unix:tmpdir=/tmp",
-                                                          "unix:path=" + socket.string()};
+  std::vector<std::optional<std::string>> addresses{
+      std::nullopt, "", "disabled:", "autolaunch:", "unix:path=%2", "unix:path=%zz", "unix:tmpdir=/tmp"};
+  for (const auto& path : {std::string("/nowhere/bus"), std::string(200, 'x'), socket.string()})
+    addresses.emplace_back("unix:path=" + path);
+  addresses.emplace_back("tcp:host=127.0.0.1,port=1");
   for (const auto& address : addresses) {
     const SessionFocusState lonely({.session = address, .system = address}, kAmple);
     EXPECT_EQ(lonely.doNotDisturb(), std::nullopt) << address.value_or("none");
@@ -261,11 +256,7 @@ TEST_F(SessionFocusStateTest, WhereThereIsNothingToAskNothingIsHeld) {
 }
 
 TEST_F(SessionFocusStateTest, AddressesAreReadAsTheBusWritesThem) {
-  BusService service(session_, kNotifications);
-  service.at("/org/freedesktop/Notifications").registerProperty("Inhibited").onInterface(kNotifications).withGetter([] {
-    return true;
-  });
-  service.answer();
+  const auto service = inhibited([] { return true; });
   auto escaped = session_.address();
   escaped.replace(escaped.find("corvane"), 1, "%63");
   for (const auto& address :
@@ -334,31 +325,23 @@ TEST_F(SessionFocusStateTest, WhatDoesNotAnswerIsUnreadableInTime) {
 }
 
 TEST_F(SessionFocusStateTest, AnswersNotAgreedAreUnreadable) {
-  struct Row {
-    const char* what;
-    std::function<void(sdbus::IObject&)> manager;
-    bool readable;
-  };
-  const auto answering = [](auto answer) {
-    return [answer](sdbus::IObject& object) {
-      object.registerMethod("ListInhibitors").onInterface(kLoginManager).implementedAs(answer);
-    };
-  };
-  const std::vector<Row> rows{
-      {"a list of texts", answering([] { return std::vector<std::string>{"idle"}; }), false},
-      {"no value at all", answering([] {}), false},
-      {"a refusal", answering([]() -> std::vector<Inhibitor> {
-         throw sdbus::Error("org.freedesktop.DBus.Error.AccessDenied", "not for you");
-       }),
-       false},
-      {"no such operation", [](sdbus::IObject&) {}, true},
-  };
   const auto state = this->state();
-  for (const auto& row : rows) {
-    BusService login(system_, kLogin);
-    row.manager(login.at("/org/freedesktop/login1"));
-    login.answer();
-    EXPECT_EQ(state.displaySleepHolders().has_value(), row.readable) << row.what;
+  const auto holders = [&](auto answer) {
+    const auto login = loginManager(std::move(answer));
+    return state.displaySleepHolders();
+  };
+  EXPECT_EQ(holders([] { return std::vector<std::string>{"idle"}; }), std::nullopt) << "a list of texts";
+  EXPECT_EQ(holders([] {}), std::nullopt) << "no value at all";
+  EXPECT_EQ(holders([]() -> std::vector<Inhibitor> {
+              throw sdbus::Error("org.freedesktop.DBus.Error.AccessDenied", "not for you");
+            }),
+            std::nullopt)
+      << "a refusal";
+  {
+    BusService silent(system_, kLogin);
+    silent.at("/org/freedesktop/login1");
+    silent.answer();
+    EXPECT_TRUE(state.displaySleepHolders()) << "no such operation";
   }
 
   BusService manager(session_, kSession);
@@ -374,14 +357,7 @@ TEST_F(SessionFocusStateTest, AnswersNotAgreedAreUnreadable) {
 
 TEST_F(SessionFocusStateTest, ABusThatWentIsFoundAgain) {
   const auto state = this->state();
-  const auto service = [&] {
-    auto made = std::make_unique<BusService>(session_, kNotifications);
-    made->at("/org/freedesktop/Notifications").registerProperty("Inhibited").onInterface(kNotifications).withGetter([] {
-      return true;
-    });
-    made->answer();
-    return made;
-  };
+  const auto service = [&] { return inhibited([] { return true; }); };
   auto running = service();
   EXPECT_THAT(state.doNotDisturb(), Optional(true));
   running.reset();
@@ -400,15 +376,12 @@ TEST_F(SessionFocusStateTest, ABusThatWentIsFoundAgain) {
 }
 
 TEST(BusAddressesTest, TheEnvironmentNamesTheBuses) {
-  const auto before = BusAddresses::ofEnvironment();
-  ::unsetenv("DBUS_SESSION_BUS_ADDRESS");
-  ::unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
+  const EnvironmentVariable session("DBUS_SESSION_BUS_ADDRESS", std::nullopt);
+  EnvironmentVariable system("DBUS_SYSTEM_BUS_ADDRESS", std::nullopt);
   EXPECT_EQ(BusAddresses::ofEnvironment().session, std::nullopt);
   EXPECT_EQ(BusAddresses::ofEnvironment().system, "unix:path=/run/dbus/system_bus_socket");
-  ::setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/elsewhere", 1);
+  system.set("unix:path=/elsewhere");
   EXPECT_EQ(BusAddresses::ofEnvironment().system, "unix:path=/elsewhere");
-  ::unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
-  if (before.session) ::setenv("DBUS_SESSION_BUS_ADDRESS", before.session->c_str(), 1);
 }
 
 }  // namespace corvane::testing

@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "support/environment_variable.h"
 #include "support/started_program.h"
 #include "support/temporary_folder.h"
 
@@ -97,7 +98,6 @@ class Client {
 class X11WindowOrderTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    if (const char* display = std::getenv("DISPLAY")) before_ = display;
     if (!isInstalled(kServer) || !isInstalled(kManager)) GTEST_SKIP() << "needs Xvfb and openbox";
     const auto number = firstLineOf([&](int line) {
       server_.emplace(std::vector<std::string>{kServer, "-displayfd", std::to_string(line), "-nolisten", "tcp",
@@ -105,13 +105,7 @@ class X11WindowOrderTest : public ::testing::Test {
                       std::vector<std::string>{"PATH=/usr/bin:/bin"}, line);
     });
     if (number.empty()) GTEST_SKIP() << "the X server does not start here";
-    ::setenv("DISPLAY", (":" + number).c_str(), 1);
-  }
-  ~X11WindowOrderTest() override {
-    if (before_)
-      ::setenv("DISPLAY", before_->c_str(), 1);
-    else
-      ::unsetenv("DISPLAY");
+    display_.set(":" + number);
   }
   void startManager() {
     manager_.emplace(std::vector<std::string>{kManager, "--sm-disable"},
@@ -122,7 +116,7 @@ class X11WindowOrderTest : public ::testing::Test {
   static constexpr const char* kServer = "/usr/bin/Xvfb";
   static constexpr const char* kManager = "/usr/bin/openbox";
   TemporaryFolder home_;
-  std::optional<std::string> before_;
+  EnvironmentVariable display_{"DISPLAY", std::nullopt};
   std::optional<StartedProgram> server_;
   std::optional<StartedProgram> manager_;
 };
@@ -178,9 +172,9 @@ TEST_F(X11WindowOrderTest, WithoutAManagerOrAServerNothingIsInFront) {
   EXPECT_EQ(order->activeProcess(), std::nullopt) << "the server went away";
   EXPECT_EQ(order->activeProcess(), std::nullopt) << "and is tried again";
   EXPECT_FALSE(order->raise(1));
-  ::setenv("DISPLAY", "no display at all", 1);
+  display_.set("no display at all");
   EXPECT_EQ(makeX11WindowOrder()->activeProcess(), std::nullopt);
-  ::unsetenv("DISPLAY");
+  display_.set(std::nullopt);
   EXPECT_EQ(makeX11WindowOrder(), nullptr);
 }
 

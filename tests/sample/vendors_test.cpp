@@ -1,12 +1,12 @@
 // What the vendors' server takes and answers.
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
 
 #include "sample/files.h"
 #include "sample/vendors/http_request.h"
 #include "sample/vendors/vendor_folder.h"
+#include "support/temporary_folder.h"
 
 namespace corvane::sample {
 namespace {
@@ -27,15 +27,10 @@ TEST(HttpRequest, TakesDecentPathsOnly) {
   EXPECT_TRUE(parseRequest("HEAD /a HTTP/1.1\r\n\r\n")->headOnly);
 }
 
-class VendorFolderTest : public testing::Test {
+class VendorFolderTest : public ::testing::Test {
  protected:
-  VendorFolderTest() {
-    auto name = (fs::temp_directory_path() / "vendors.XXXXXX").string();
-    folder_ = ::mkdtemp(name.data());
-  }
-  ~VendorFolderTest() override { fs::remove_all(folder_); }
-
-  fs::path folder_;
+  corvane::testing::TemporaryFolder temporary_;
+  fs::path folder_ = temporary_.path();
 };
 
 TEST_F(VendorFolderTest, AnswersPagesFoldersAndWhatIsNotThere) {
