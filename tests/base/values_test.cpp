@@ -97,10 +97,12 @@ TEST(JsonTest, TheLastOfEqualKeysWins) {
 
 TEST(JsonTest, RefusesWhatIsNotStrictJson) {
   const auto nested = [](int depth) { return std::string(depth, '[') + "1" + std::string(depth, ']'); };
+  std::string objects;
+  for (int i = 0; i < 100000; ++i) objects += "{\"a\":";
   EXPECT_TRUE(parseJson(nested(256)));
   for (const auto& text :
        {std::string(), std::string("{"), std::string("[1,]"), std::string("{'a':1}"), std::string("1 2"),
-        std::string("\"\xff\""), std::string("nul"), nested(257), nested(100000)}) {
+        std::string("\"\xff\""), std::string("nul"), nested(257), nested(100000), std::string(100000, '['), objects}) {
     const auto read = parseJson(text);
     ASSERT_FALSE(read) << text.substr(0, 20);
     EXPECT_FALSE(read.error().text.empty());

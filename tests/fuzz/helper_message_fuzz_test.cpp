@@ -46,26 +46,11 @@ bool taken(const std::string& bytes) {
 TEST(HelperMessageFuzz, theCorpusIsJudgedRightly) { replay(corpusOf("request"), taken); }
 
 TEST(HelperMessageFuzz, damagedRequestsNeverCrashAndNoForbiddenLabelPasses) {
-  HostileInputs inputs(goodOnes(corpusOf("request")), {"\"labels\":[",
-                                                       "\"alsoStageLabels\":[]",
-                                                       "\"includeLatestVersions\":true",
-                                                       "\"version\":1",
-                                                       "\"op\":\"status\"",
-                                                       "\"id\":\"",
-                                                       "null",
-                                                       "1e0",
-                                                       "-1",
-                                                       ",",
-                                                       "{",
-                                                       "}",
-                                                       "[",
-                                                       "]",
-                                                       "\"",
-                                                       "\\u0000",
-                                                       "$(id)",
-                                                       "../",
-                                                       "'",
-                                                       "\xff"});
+  HostileInputs inputs(
+      goodOnes(corpusOf("request")),
+      wordsIn(R"("labels":[ "alsoStageLabels":[] "includeLatestVersions":true "version":1 "op":"status")"
+              R"( "id":" null 1e0 -1 , { } [ ] " \u0000 $(id) ../ ')"
+              " \xff"));
   std::size_t read = 0;
   for (int i = 0; i < 6000; ++i) read += taken(inputs.next()) ? 1 : 0;
   EXPECT_GT(read, 50U) << "some damage goes deep: " << read;

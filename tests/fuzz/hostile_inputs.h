@@ -9,9 +9,11 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <iterator>
 #include <limits>
 #include <map>
 #include <random>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -46,6 +48,12 @@ void replay(const Corpus& corpus, const Check& taken) {
     EXPECT_TRUE(good || name.starts_with("bad-"));
     EXPECT_EQ(taken(bytes), good);
   }
+}
+
+// The words of a line, apart by blanks.
+inline std::vector<std::string> wordsIn(const std::string& line) {
+  std::istringstream in(line);
+  return {std::istream_iterator<std::string>(in), {}};
 }
 
 class HostileInputs {
@@ -128,16 +136,9 @@ class HostileInputs {
 
   // A length or an offset in either byte order, at the edges where sums overflow.
   void writeNumber(std::string& bytes, std::size_t at) {
-    constexpr std::array<std::uint64_t, 10> kEdges = {0,
-                                                      1,
-                                                      0x7f,
-                                                      0xff,
-                                                      0x7fffffff,
-                                                      0x80000000,
-                                                      0xffffffff,
-                                                      0x7fffffffffffffff,
-                                                      0x8000000000000000,
-                                                      std::numeric_limits<std::uint64_t>::max()};
+    constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
+    constexpr std::array<std::uint64_t, 10> kEdges = {0,          1,          0x7f,      0xff,          0x7fffffff,
+                                                      0x80000000, 0xffffffff, kMost / 2, kMost / 2 + 1, kMost};
     const auto value = kEdges[below(kEdges.size())] - below(3);
     const auto width = std::size_t{1} << below(4);
     const bool bigEndian = below(2) == 0;

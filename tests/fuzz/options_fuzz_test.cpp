@@ -54,27 +54,10 @@ TEST(OptionsFuzz, whateverIsWrittenIsQuotedAndSurvives) {
     SCOPED_TRACE(name);
     check(options);
   }
-  HostileInputs inputs(corpus, {"NOTIFY=",
-                                "LOGO=/",
-                                "PROMPT_TIMEOUT=",
-                                "SYSTEMOWNER=",
-                                "'",
-                                "\\'",
-                                "\"",
-                                "`id`",
-                                "$(id)",
-                                "=",
-                                " ",
-                                "\t",
-                                "\n",
-                                ";",
-                                "&",
-                                "-1",
-                                "99999999999999999999",
-                                "a[$(id)]",
-                                std::string(1, '\0'),
-                                "\xc2\xa0",
-                                "\xff"});
+  auto words = wordsIn(R"(NOTIFY= LOGO=/ PROMPT_TIMEOUT= SYSTEMOWNER= ' \' " `id` $(id) = ; & -1 99999999999999999999)"
+                       " a[$(id)] \xc2\xa0 \xff");
+  words.insert(words.end(), {" ", "\t", "\n", std::string(1, '\0')});
+  HostileInputs inputs(corpus, std::move(words));
   for (int i = 0; i < 400; ++i) check(inputs.next());
 }
 
