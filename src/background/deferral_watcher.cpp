@@ -210,8 +210,7 @@ DeferralWatcher::TickResult DeferralWatcher::engage(DeferralDeadlineStatus statu
   }
   log_.info(fmt::format(
       "Deadline trigger fired (status={}{}, NextAutoLaunch={}) with {} pending update(s); engaging updateAll().",
-      rawName(status), reason, armed ? calendar.iso8601(*armed) : "<none>",
-      model_.fields().inventory.pendingUpdates));
+      rawName(status), reason, armed ? calendar.iso8601(*armed) : "<none>", model_.fields().inventory.pendingUpdates));
   announce(status, config);
   model_.updateAll(DeferralPromptHost::standalone);
   return TickResult::engaged;
