@@ -49,6 +49,14 @@ class Settings(sample_mac.SampleMacTest):
         self.assertEqual(self.receipts()[-1]["installomatorExitCode"], 5)
         self.assertEqual(self.log_lines("is left out"), [])
 
+    def test_a_managed_options_string_of_no_use_lends_the_users_nothing(self):
+        self.set_user({"InstallomatorOptions": "NOTIFY=silent expectedTeamID=ANOTHER000"})
+        self.set_managed({"InstallomatorOptions": 7})
+        self.ctl("discover")
+        self.ctl("update", "quill")
+        self.assertIn("NOTIFY='silent'", self.arguments())
+        self.assertEqual(len(self.log_lines("Installomator option expectedTeamID is left out: ")), 1, self.log())
+
     def test_a_root_that_others_may_change_is_refused(self):
         self.root.chmod(0o777)
         refused = self.ctl("list", expect=1)

@@ -6,7 +6,6 @@
 #include <spawn.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -20,6 +19,7 @@
 #include "core/places.h"
 #include "core/records/history_records.h"
 #include "support/temporary_folder.h"
+#include "support/unix_socket.h"
 
 namespace corvane {
 
@@ -28,16 +28,15 @@ inline constexpr const char* kInfo = R"(<?xml version="1.0" encoding="UTF-8"?>
 <key>CFBundleIdentifier</key><string>org.example.quill</string></dict></plist>
 )";
 
-// Installs by writing the version into the bundle; "broken" ends well and does nothing; "slow" waits to be killed.
+// Installs by writing the version into the bundle; "slow" waits to be killed.
 inline constexpr const char* kTool = R"(#!/bin/sh
 root="${0%/Library/*}"
 echo "2026-11-22 21:04:42 : REQ   : $1 : Start"
 case "$1" in
   quill) sed -i "s/>1.0</>2.0</" "$root/Applications/Quill.app/Contents/Info.plist" ;;
   slow) touch "$root/slow-started"; exec sleep 600 ;;
-  declined) exit 10 ;;
 esac
-env > "$root/tool-environment"; printf '%s\n' "$@" > "$root/tool-arguments"
+env > "$root/tool-environment";
 )";
 
 inline bool eventually(const std::function<bool()>& holds) {
@@ -55,11 +54,9 @@ class HelperProcess : public ::testing::Test {
     places_.root = folder_.path();
     places_.home = folder_.path() / "Users/ann";
     std::filesystem::create_directories(places_.labelsFolder());
-    for (const char* name : {"Quill", "Broken", "Slow", "Declined"}) writeApplication(name);
+    for (const char* name : {"Quill", "Slow"}) writeApplication(name);
     writeLabel("quill", "Quill", "appNewVersion=\"2.0\"");
-    writeLabel("broken", "Broken", "appNewVersion=$(printf '2%s' .0)");
     writeLabel("slow", "Slow", "appNewVersion=\"2.0\"");
-    writeLabel("declined", "Declined", "appNewVersion=$(echo https://page/of/errors)");
     std::ofstream(places_.fragmentsPath() / "functions.sh") << "printlog() { echo \"$1\" }\n";
     std::ofstream(places_.installomatorScript()) << kTool;
     chmod(places_.installomatorScript().c_str(), 0755);
@@ -94,11 +91,8 @@ class HelperProcess : public ::testing::Test {
   }
 
   [[nodiscard]] int connectTo() const {
-    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_un name{};
-    name.sun_family = AF_UNIX;
-    places_.helperSocket().string().copy(name.sun_path, sizeof name.sun_path - 1);
-    EXPECT_EQ(connect(fd, reinterpret_cast<sockaddr*>(&name), sizeof name), 0);
+    const int fd = testing::unixSocket(places_.helperSocket(), ::connect);
+    EXPECT_GE(fd, 0);
     return fd;
   }
   // Sends the bytes, ends the sending side when told to, and gives the first whole answer; absent at a hang-up.
