@@ -1,14 +1,15 @@
 #include "sample/bundle_writer.h"
 
-#include "sample/code_signature.h"
 #include "sample/files.h"
 #include "sample/icon_artist.h"
+#include "sample/mach_o_builder.h"
 
 namespace corvane::sample {
 
 namespace {
 
 constexpr auto kIconName = "AppIcon";
+constexpr std::size_t kCodeBytes = 8192;  // of a signed executable
 
 std::string executableName(const BundleSpec& spec) { return spec.fileName.substr(0, spec.fileName.rfind('.')); }
 
@@ -36,17 +37,23 @@ std::string infoBytes(const BundleSpec& spec) {
   return bytes;
 }
 
+std::string machO(mach_o::Architecture architecture, const BundleSpec& spec) {
+  std::vector<mach_o::Signing> signings;
+  if (!spec.team.empty()) signings.push_back({.identifier = spec.identifier, .team = spec.team});
+  return mach_o::thin(signings, {.architecture = architecture, .codeBytes = kCodeBytes});
+}
+
 std::string executableBytes(const BundleSpec& spec, const std::string& program) {
-  const Signer signer{.identifier = spec.identifier, .team = spec.team};
+  using enum mach_o::Architecture;
   switch (spec.executable) {
     case Executable::runnable:
       return program;
     case Executable::thinArm64:
-      return thinMachO(Processor::arm64, signer);
+      return machO(arm64, spec);
     case Executable::thinIntel:
-      return thinMachO(Processor::intel, signer);
+      return machO(x86_64, spec);
     case Executable::universal:
-      return universalMachO(signer);
+      return mach_o::universal({{x86_64, machO(x86_64, spec)}, {arm64, machO(arm64, spec)}});
     case Executable::none:
       break;
   }
@@ -77,7 +84,7 @@ std::vector<BundleFile> bundleFiles(const BundleSpec& spec, const std::string& p
   // A main executable that is no Mach-O has its signature in files beside it.
   if (spec.executable == Executable::runnable && !spec.team.empty())
     files.push_back({contents + "_CodeSignature/CodeDirectory",
-                     codeDirectory({.identifier = spec.identifier, .team = spec.team}, program)});
+                     mach_o::codeDirectory({.identifier = spec.identifier, .team = spec.team}, program)});
   files.push_back({contents + "Resources/release.txt", spec.version + "\n"});
   if (spec.icon) files.push_back({contents + "Resources/" + kIconName + ".icns", iconFor(executableName(spec))});
   if (spec.storeReceipt) files.push_back({contents + "_MASReceipt/receipt", "store receipt\n"});

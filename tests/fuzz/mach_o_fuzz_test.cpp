@@ -4,7 +4,7 @@
 
 #include "core/discovery/mach_o_signature.h"
 #include "fuzz/hostile_inputs.h"
-#include "support/mach_o_builder.h"
+#include "sample/mach_o_builder.h"
 
 namespace corvane::testing {
 

@@ -9,13 +9,13 @@
 
 #include "core/discovery/bundle_reader.h"
 #include "core/discovery/mac_folder.h"
+#include "support/recording_log.h"
 
 namespace corvane {
 namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using testing::KeptLog;
 using testing::MacFolder;
 
 class Discovery : public ::testing::Test {
@@ -34,7 +34,7 @@ class Discovery : public ::testing::Test {
   std::vector<std::string> scannedLabels() { return labelsOf(scan()); }
 
   MacFolder mac;
-  KeptLog log;
+  RecordingLog log;
   CorvaneConfiguration config;
 };
 
@@ -64,7 +64,7 @@ TEST_F(Discovery, tellsAllThatIsKnownOfAnInstalledApplication) {
   EXPECT_FALSE(apps[1].teamIDMismatch);
   EXPECT_EQ(apps[1].currentVersion, "b9");
   EXPECT_EQ(apps[1].newVersion, std::nullopt) << "no version but a sentence";
-  EXPECT_THAT(log.lines, IsEmpty());
+  EXPECT_THAT(log.messages(), IsEmpty());
 }
 
 TEST_F(Discovery, comparesOnlyRealTeamIdentifiers) {
@@ -141,7 +141,7 @@ TEST_F(Discovery, aReceiptComesFirstButNotForAnApplicationThatWasThrownAway) {
   EXPECT_EQ(apps[1].currentBundleVersion, "9");
   EXPECT_EQ(apps[2].currentVersion, "5");
   EXPECT_EQ(apps[2].appPath, std::nullopt);
-  EXPECT_EQ(log.naming("org.example.torn.plist"), 1U);
+  EXPECT_EQ(log.count("org.example.torn.plist"), 1U);
 }
 
 TEST_F(Discovery, oneLabelABundle) {
@@ -203,11 +203,11 @@ TEST_F(Discovery, damagedFilesCountAsAbsentWithALineEach) {
   const auto info = "/Applications/Quill.app/Contents/Info.plist";
   for (const std::string_view bytes :
        {"", "<plist><dict><key>a</key></dict>", "bplist00", "not a list", "<plist><array/></plist>"}) {
-    log.lines.clear();
+    log.clear();
     mac.write(info, bytes);
     EXPECT_THAT(scannedLabels(), IsEmpty()) << bytes;
-    EXPECT_EQ(log.naming("Quill.app/Contents/Info.plist"), 1U) << bytes;
-    EXPECT_EQ(log.naming("broken.sh"), 1U);
+    EXPECT_EQ(log.count("Quill.app/Contents/Info.plist"), 1U) << bytes;
+    EXPECT_EQ(log.count("broken.sh"), 1U);
   }
   config.requiredLabels = {"quill"};
   EXPECT_THAT(scannedLabels(), ElementsAre("quill"));
@@ -318,7 +318,7 @@ TEST_F(Discovery, unreadableFoldersNeverLookLikeMissingApplications) {
   const WithoutPrivilege nobody(mac.root);
   ::chmod((mac.root / "Applications/Closed").c_str(), 0);
   EXPECT_THAT(scannedLabels(), ElementsAre("quill"));
-  EXPECT_EQ(log.naming("Applications/Closed"), 1U);
+  EXPECT_EQ(log.count("Applications/Closed"), 1U);
   ::chmod((mac.root / "Applications/Closed").c_str(), 0700);
   ::chmod((mac.root / "Applications").c_str(), 0);
   EXPECT_FALSE(AppDiscoveryService(config, false, {}, mac.constants, log).discoverApps());
@@ -400,7 +400,7 @@ TEST_F(Discovery, whatIsNoUtf8IsLeftOutWithALineAndSpoilsNothingElse) {
   mac.bundle("/Applications/Odd\xff.app");
   mac.bundle("/Applications/Fol\xff/Other.app");
   EXPECT_THAT(scannedLabels(), ElementsAre("quill"));
-  EXPECT_EQ(log.naming("is no UTF-8"), 3U);
+  EXPECT_EQ(log.count("is no UTF-8"), 3U);
 }
 
 TEST_F(Discovery, findsTheFileOfAnIcon) {

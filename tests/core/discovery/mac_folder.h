@@ -1,39 +1,16 @@
-// A throw-away system root with bundles, labels and receipts, and a sink that keeps what was logged.
+// A throw-away system root with bundles, labels and receipts.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <stdlib.h>
-
-#include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <mutex>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "base/plist.h"
-#include "core/logging/logging_service.h"
 #include "core/places.h"
-#include "support/mach_o_builder.h"
+#include "sample/mach_o_builder.h"
+#include "support/temporary_folder.h"
 
 namespace corvane::testing {
-
-class KeptLog : public LogSink {
- public:
-  void write(LogLevel level, std::string_view message) override {
-    const std::scoped_lock lock(mutex_);
-    if (level != LogLevel::verbose) lines.emplace_back(message);
-  }
-  [[nodiscard]] std::size_t naming(std::string_view part) const {
-    return static_cast<std::size_t>(
-        std::ranges::count_if(lines, [&](const std::string& line) { return line.find(part) != std::string::npos; }));
-  }
-  std::vector<std::string> lines;
-
- private:
-  std::mutex mutex_;
-};
 
 struct BundleRecipe {
   std::string shortVersion = "1.0";
@@ -47,26 +24,13 @@ struct BundleRecipe {
 class MacFolder {
  public:
   MacFolder() {
-    auto name = (std::filesystem::temp_directory_path() / "corvane-discovery-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) throw std::filesystem::filesystem_error("mkdtemp", std::error_code());
-    root = std::filesystem::canonical(name);
-    constants = {.root = root, .home = root / "Users/sam"};
     std::filesystem::create_directories(root / "Applications/Utilities");
     std::filesystem::create_directories(constants.home / "Applications");
   }
-  ~MacFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(root, ignored);
-  }
-  MacFolder(const MacFolder&) = delete;
-  MacFolder& operator=(const MacFolder&) = delete;
 
   // `path` as the Mac sees it; returns it under the root.
   std::filesystem::path write(std::string_view path, std::string_view bytes) const {
-    const auto file = root / path.substr(1);
-    std::filesystem::create_directories(file.parent_path());
-    std::ofstream(file, std::ios::binary) << bytes;
-    return file;
+    return folder_.write(path.substr(1), bytes);
   }
 
   std::filesystem::path bundle(std::string_view path, const BundleRecipe& recipe = {}) const {
@@ -99,8 +63,12 @@ class MacFolder {
               .value());
   }
 
-  std::filesystem::path root;
-  CorvaneConstants constants;
+ private:
+  TemporaryFolder folder_;
+
+ public:
+  std::filesystem::path root = folder_.path();
+  CorvaneConstants constants{.root = root, .home = root / "Users/sam"};
 };
 
 }  // namespace corvane::testing

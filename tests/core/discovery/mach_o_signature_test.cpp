@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
-
 #include "core/discovery/mac_folder.h"
 
 namespace corvane {
@@ -64,6 +62,9 @@ TEST_F(MachOSignature, theStrongestHashCountsAndAdHocHasNoTeam) {
   EXPECT_EQ(read(mach_o::thin({weak}))->cdhash, mach_o::cdhash(weak, code));
   EXPECT_EQ(read(mach_o::thin({weak, kQuill}))->cdhash, mach_o::cdhash(kQuill, code));
   EXPECT_EQ(read(mach_o::thin({kQuill, weak}))->cdhash, mach_o::cdhash(kQuill, code));
+  const auto both = read(mach_o::thin({kQuill, kOther}));
+  EXPECT_EQ(both->teamIdentifier, kQuill.team) << "the names are those of the hash";
+  EXPECT_EQ(both->cdhash, mach_o::cdhash(kQuill, code));
   const auto adHoc = read(mach_o::thin({{.identifier = "quill-5", .team = ""}}));
   ASSERT_TRUE(adHoc);
   EXPECT_EQ(adHoc->identifier, "quill-5");
@@ -93,27 +94,10 @@ TEST_F(MachOSignature, tellsWhyThereIsNone) {
   EXPECT_FALSE(readMachOSignature(mac_.root));
 }
 
-// Every cut and every flipped byte of the headers gives an answer or an error, and never a foreign hash.
-TEST_F(MachOSignature, survivesDamageAnywhere) {
-  const auto arm = mach_o::thin({kQuill, kOther});
-  const auto whole = mach_o::universal({{Architecture::arm64, arm}});
-  const auto hash = read(whole)->cdhash;
+TEST_F(MachOSignature, noCutOfAFileGivesAnAnswer) {
   const auto single = mach_o::universal({{Architecture::arm64, mach_o::thin({kQuill})}});
   for (std::size_t cut = 0; cut < single.size(); cut += cut < 64 || cut > 4000 ? 3 : 512)
     EXPECT_FALSE(read(single.substr(0, cut))) << cut;
-  std::mt19937 random(7);
-  for (int i = 0; i < 1500; ++i) {
-    auto hurt = whole;
-    for (int flips = 0; flips < 3; ++flips) {
-      const auto reach = random() % 2 == 0 ? 48U : static_cast<unsigned>(arm.size());
-      const auto at = random() % 3 == 0 ? random() % 48 : 4096 + random() % reach;
-      hurt[at % hurt.size()] = static_cast<char>(random());
-    }
-    const auto signature = read(hurt);
-    if (signature && signature->cdhash == hash) {
-      EXPECT_EQ(signature->teamIdentifier, kQuill.team);
-    }
-  }
 }
 
 }  // namespace

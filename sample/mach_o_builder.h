@@ -1,4 +1,4 @@
-// Small signed Mach-O files, for tests and sample trees: a header, one code-signature command, a few bytes of code
+// Small signed Mach-O files, for sample trees and tests: a header, one code-signature command, a few bytes of code
 // and a signature with a real code directory. They run nowhere.
 #pragma once
 
