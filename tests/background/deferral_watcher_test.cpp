@@ -22,7 +22,7 @@ class DeferralWatcherTest : public WorkflowTest {
   }
   void set(const char* key, PlistValue value) { preferences.writePreference(key, std::move(value)); }
   void arm(Duration ahead) { preferences.writeNextAutoLaunch(time.now() + ahead, false, false); }
-  [[nodiscard]] bool says(std::string_view line) const { return log.holds(line); }
+  [[nodiscard]] bool says(std::string_view line) const { return log.holds("DeferralWatcher: " + std::string(line)); }
   [[nodiscard]] bool isRechecking() const { return fields().updateAll.userRecheckInFlight; }
 
   std::unique_ptr<DeferralWatcher> watcher;
@@ -33,15 +33,15 @@ TEST_F(DeferralWatcherTest, looksEveryMinuteAndExactlyWhenTheArmedMomentComes) {
   watch({outdated("a")});
   arm(10min + 3s);
   watcher->start();
-  EXPECT_TRUE(says("DeferralWatcher: Armed watchpoint in 603s (NextAutoLaunch)."));
-  EXPECT_TRUE(says("DeferralWatcher: Started — interval=60s, firstTick=30s"));
+  EXPECT_TRUE(says("Armed watchpoint in 603s (NextAutoLaunch)."));
+  EXPECT_TRUE(says("Started — interval=60s, firstTick=30s"));
   advance(10min + 2s);
   EXPECT_FALSE(isRechecking());
   advance(1s);
   EXPECT_TRUE(isRechecking());
   EXPECT_TRUE(
-      says("DeferralWatcher: Deadline trigger fired (status=normal, NextAutoLaunch=2026-11-01T12:10:03+00:00) with 1 "
-           "pending update(s); engaging updateAll()."));
+      says("Deadline trigger fired (status=normal, NextAutoLaunch=2026-11-01T12:10:03+00:00) with 1 pending update(s); "
+           "engaging updateAll()."));
   EXPECT_EQ(notices.told, std::vector<std::string>{"ended, 1 pending"});
   answer(Apps{outdated("a")});
   EXPECT_TRUE(fields().deferral.showDeferralPrompt);
@@ -56,7 +56,7 @@ TEST_F(DeferralWatcherTest, aMomentArmedAnewMovesTheWatchpoint) {
   settle();
   arm(5s);
   settle();
-  EXPECT_TRUE(says("DeferralWatcher: Armed watchpoint in 5s (NextAutoLaunch)."));
+  EXPECT_TRUE(says("Armed watchpoint in 5s (NextAutoLaunch)."));
   advance(5s);
   EXPECT_TRUE(isRechecking());
 }
@@ -68,7 +68,7 @@ TEST_F(DeferralWatcherTest, theMomentIsKeptAcrossSleepAndAChangedClock) {
   settle();
   time.suspend(3h);
   settle();
-  EXPECT_TRUE(says("helper or Installomator not ready")) << "due on wake, sooner than the helper's next heartbeat";
+  EXPECT_TRUE(log.holds("helper or Installomator not ready")) << "due on wake, sooner than the helper's next heartbeat";
   advance(15s);
   ASSERT_TRUE(isRechecking());
   answer(Apps{outdated("a")});
@@ -87,7 +87,7 @@ TEST_F(DeferralWatcherTest, whatIsDueDuringACheckIsTriedAgainIn15Seconds) {
   watcher->start();
   model->checkForUpdates();
   advance(5s);
-  EXPECT_TRUE(says("DeferralWatcher: Watchpoint elapsed during a check or patch — retrying in 15s."));
+  EXPECT_TRUE(says("Watchpoint elapsed during a check or patch — retrying in 15s."));
   answer(Apps{outdated("a")});
   advance(14s);
   EXPECT_FALSE(isRechecking());
@@ -105,7 +105,7 @@ TEST_F(DeferralWatcherTest, aDueMomentWithNothingPendingIsForgotten) {
   watch({current("a")});
   arm(-1s);
   EXPECT_EQ(watcher->tick(), TickResult::idle);
-  EXPECT_TRUE(says("DeferralWatcher: No pending updates remain; clearing stale watchpoint."));
+  EXPECT_TRUE(says("No pending updates remain; clearing stale watchpoint."));
   EXPECT_EQ(preferences.readNextAutoLaunch(), std::nullopt);
   EXPECT_EQ(helper.discoveriesAsked, 0);
 }
@@ -116,8 +116,7 @@ TEST_F(DeferralWatcherTest, aHelperThatIsNotReadyIsWaitedFor) {
   arm(-1s);
   EXPECT_EQ(watcher->tick(), TickResult::busy);
   EXPECT_TRUE(
-      says("DeferralWatcher: Tick skipped — helper or Installomator not ready (helperOperational=true, "
-           "installomatorAvailable=false)."));
+      says("Tick skipped — helper or Installomator not ready (helperOperational=true, installomatorAvailable=false)."));
 }
 
 TEST_F(DeferralWatcherTest, aDismissedHardPromptStaysAwayUntilItsEnforcement) {
@@ -129,11 +128,10 @@ TEST_F(DeferralWatcherTest, aDismissedHardPromptStaysAwayUntilItsEnforcement) {
   preferences.writeHardDeadlineDialogDismissedUntil(*preferences.readNextAutoLaunch() + 3s);
   EXPECT_EQ(watcher->tick(), TickResult::engaged) << "of another enforcement";
   EXPECT_TRUE(
-      says("DeferralWatcher: Deadline trigger fired (status=hardDeadlineReached, trigger=count, "
+      says("Deadline trigger fired (status=hardDeadlineReached, trigger=count, "
            "NextAutoLaunch=2026-11-01T12:10:00+00:00) with 1 pending update(s); engaging updateAll()."));
   EXPECT_TRUE(
-      says("DeferralWatcher: Deadline status hardDeadlineReached — presenting the standalone prompt; leaving the "
-           "dashboard closed."));
+      says("Deadline status hardDeadlineReached — presenting the standalone prompt; leaving the dashboard closed."));
 }
 
 TEST_F(DeferralWatcherTest, aCompleteCycleForgetsWhatIsArmedAndKeepsWhatIsPending) {
@@ -142,16 +140,6 @@ TEST_F(DeferralWatcherTest, aCompleteCycleForgetsWhatIsArmedAndKeepsWhatIsPendin
   arm(-1s);
   EXPECT_EQ(watcher->tick(), TickResult::idle);
   EXPECT_EQ(preferences.readNextAutoLaunch(), std::nullopt);
-}
-
-TEST_F(DeferralWatcherTest, aFailedRunIsTriedAgainAtItsTime) {
-  watch({outdated("a")});
-  preferences.writeNextAutoLaunch(time.now() + 1h, false, true);
-  set("DeadlineCountHard", PlistValue(0));
-  EXPECT_EQ(watcher->tick(), TickResult::idle) << "waits, even at the deadline";
-  advance(1h);
-  EXPECT_TRUE(isRechecking());
-  EXPECT_FALSE(preferences.readPatchErrorRetryArmed());
 }
 
 TEST_F(DeferralWatcherTest, anEnforcementMissedAfterHoursGetsAnHour) {
@@ -164,10 +152,10 @@ TEST_F(DeferralWatcherTest, anEnforcementMissedAfterHoursGetsAnHour) {
   EXPECT_EQ(preferences.readNextAutoLaunch(), time.now() + 1h);
   EXPECT_EQ(preferences.readLastHardDeadlineFiredAt(), std::nullopt) << "not armed a second time";
   EXPECT_TRUE(
-      says("DeferralWatcher: Missed after-hours enforcement detected (hard deadline fired 2026-10-31T20:00:00+00:00 "
-           "outside business hours, now back inside) — arming 1-hour countdown to 2026-11-01T13:00:00+00:00."));
+      says("Missed after-hours enforcement detected (hard deadline fired 2026-10-31T20:00:00+00:00 outside business "
+           "hours, now back inside) — arming 1-hour countdown to 2026-11-01T13:00:00+00:00."));
   answer(Apps{outdated("a")});
-  EXPECT_TRUE(says("keeping the enforcement already armed for 2026-11-01T13:00:00+00:00."));
+  EXPECT_TRUE(log.holds("keeping the enforcement already armed for 2026-11-01T13:00:00+00:00."));
 }
 
 TEST_F(DeferralWatcherTest, focusHidesThePromptAndSaysWhatItDid) {
@@ -176,16 +164,16 @@ TEST_F(DeferralWatcherTest, focusHidesThePromptAndSaysWhatItDid) {
   focus.disturbed = true;
   arm(-1s);
   EXPECT_EQ(watcher->tick(), TickResult::engaged);
-  EXPECT_TRUE(says("DeferralWatcher: Automatic focus deferral; dialog and toast suppressed."));
+  EXPECT_TRUE(says("Automatic focus deferral; dialog and toast suppressed."));
   EXPECT_TRUE(notices.told.empty());
   set("FocusDeferralNotificationsEnabled", PlistValue(true));
   arm(-1s);
   EXPECT_EQ(watcher->tick(), TickResult::engaged);
-  EXPECT_TRUE(says("DeferralWatcher: Automatic focus deferral; dialog hidden, toast posted."));
+  EXPECT_TRUE(says("Automatic focus deferral; dialog hidden, toast posted."));
   focus.holders = std::nullopt;
   arm(-1s);
   EXPECT_EQ(watcher->tick(), TickResult::engaged);
-  EXPECT_TRUE(says("DeferralWatcher: Display assertion check inconclusive; dialog hidden until the recheck."));
+  EXPECT_TRUE(says("Display assertion check inconclusive; dialog hidden until the recheck."));
   EXPECT_FALSE(fields().deferral.showDeferralPrompt);
 }
 
@@ -198,19 +186,16 @@ TEST_F(DeferralWatcherTest, aNewCycleLooksAnewAtOnceOrAsSoonAsItMay) {
   model->startPatching({label("a")}, DiscoveryOperation::patchSingle, {}, nullptr);
   settle();
   EXPECT_EQ(watcher->tick(), TickResult::busy);
-  EXPECT_TRUE(
-      says("DeferralWatcher: Patching cycle reached 2026-11-02T00:00:00+00:00 — arming the next cycle and resetting "
-           "deferral counters."));
-  EXPECT_TRUE(says("DeferralWatcher: Cadence reset rediscovery deferred — check/patch in flight; retrying in 15s."));
+  EXPECT_TRUE(says(
+      "Patching cycle reached 2026-11-02T00:00:00+00:00 — arming the next cycle and resetting deferral counters."));
+  EXPECT_TRUE(says("Cadence reset rediscovery deferred — check/patch in flight; retrying in 15s."));
   EXPECT_EQ(preferences.readDeferralInfo().hardDeferralCount, 0);
   EXPECT_EQ(preferences.readDeferralInfo().hardDeferralDate, kMonday + 168h + 72h);
   EXPECT_EQ(watcher->tick(), TickResult::busy) << "no deadline is looked at before";
   answerRun(PatchRunAnswer{.success = true, .message = "Updated 1 of 1.", .installedCount = 1});
   answer(Apps{current("a")});
   advance(15s);
-  EXPECT_TRUE(
-      says("DeferralWatcher: Cadence reset — running immediate discovery + update check (full notify/dialog "
-           "path)."));
+  EXPECT_TRUE(says("Cadence reset — running immediate discovery + update check (full notify/dialog path)."));
   EXPECT_TRUE(fields().gate.isLoading);
 }
 

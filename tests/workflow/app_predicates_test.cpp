@@ -13,6 +13,12 @@ AppFacts plainFacts() {
   return facts;
 }
 
+// Three failures put the label aside.
+void hold(AppFacts& facts, const Label& label) {
+  facts.failures[label] = {.count = 3, .targetVersion = "2.0", .lastFailureAt = Date(5h), .holdingFailureAt = Date(4h)};
+  facts.failureTargets[label] = "2.0";
+}
+
 struct Row {
   const char* name;
   AppInfo app;
@@ -39,11 +45,7 @@ TEST(AppPredicates, everyKindOfApplicationFallsWhereItBelongs) {
           LatestReceipts{{Label("quill"), {.label = Label("quill"), .status = status, .installomatorExitCode = code}}});
     };
   };
-  const auto held = [](AppFacts& facts) {
-    facts.failures[Label("quill")] = {
-        .count = 3, .targetVersion = "2.0", .lastFailureAt = Date(5h), .holdingFailureAt = Date(4h)};
-    facts.failureTargets[Label("quill")] = "2.0";
-  };
+  const auto held = [](AppFacts& facts) { hold(facts, Label("quill")); };
   const auto reinstalls = [&](AppFacts& facts) {
     required(facts);
     facts.reinstallsCurrentRequiredApps = true;
@@ -87,9 +89,7 @@ TEST(AppPredicates, everyKindOfApplicationFallsWhereItBelongs) {
 
 TEST(AppPredicates, countsFollowTheCycleAndLeaveHeldLabelsOut) {
   auto facts = plainFacts();
-  facts.failures[Label("held")] = {
-      .count = 3, .targetVersion = "2.0", .lastFailureAt = Date(5h), .holdingFailureAt = Date(4h)};
-  facts.failureTargets[Label("held")] = "2.0";
+  hold(facts, Label("held"));
   const Apps apps{outdated("a"), outdated("held"), current("c"), unchecked("d")};
   EXPECT_EQ(deriveCounts(apps, facts), (AppCounts{1, 0, 1, 1}));
   facts.cycleComplete = true;
@@ -113,9 +113,7 @@ TEST(AppPredicates, promptsAskAboutActionableLabelsThatAreNotHeld) {
 
 TEST(AppPredicates, filtersShowTheirBucketSortedByName) {
   auto facts = plainFacts();
-  facts.failures[Label("held")] = {
-      .count = 3, .targetVersion = "2.0", .lastFailureAt = Date(5h), .holdingFailureAt = Date(4h)};
-  facts.failureTargets[Label("held")] = "2.0";
+  hold(facts, Label("held"));
   auto failed = outdated("failed");
   failed.updateCheckFailed = true;
   const Apps apps{unchecked("zeta"), outdated("held"), failed, current("Alpha"), outdated("beta10"), outdated("beta9")};

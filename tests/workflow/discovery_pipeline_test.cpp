@@ -14,46 +14,26 @@ class DiscoveryPipelineTest : public WorkflowTest {
 };
 
 TEST_F(DiscoveryPipelineTest, theHelperCallFollowsWhatIsAsked) {
-  struct Row {
-    const char* name;
-    Apps known;
-    DiscoveryRequest request;
-    Kind kind;
-    Labels labels;
-  };
-  std::vector<Row> rows;
-  rows.push_back(
-      {"inventory", {current("a")}, {.operation = DiscoveryOperation::discoverInstalled}, Kind::installed, {}});
-  rows.push_back({"inventory ignores a filter",
-                  {},
-                  {.operation = DiscoveryOperation::discoverInstalled, .labelsFilter = Labels{label("x")}},
-                  Kind::installed,
-                  {}});
-  rows.push_back({"filter without repetitions",
-                  {},
-                  {.includeLatestVersions = true, .labelsFilter = Labels{label("x"), label("y"), label("x")}},
-                  Kind::forLabels,
-                  {label("x"), label("y")}});
-  rows.push_back(
-      {"forced", {current("a")}, {.includeLatestVersions = true, .forceFullDiscovery = true}, Kind::withUpdates, {}});
-  rows.push_back({"known labels",
-                  {current("a"), current("b")},
-                  {.includeLatestVersions = true},
-                  Kind::forLabels,
-                  {label("a"), label("b")}});
-  rows.push_back({"nothing known", {}, {.includeLatestVersions = true}, Kind::withUpdates, {}});
-  for (auto& row : rows) {
-    SCOPED_TRACE(row.name);
+  const Labels filter{label("x"), label("y"), label("x")};
+  const auto expectCall = [this](const Apps& known, DiscoveryRequest request, Kind kind, const Labels& labels) {
     model.reset();
-    buildWith(row.known);
-    model->startDiscovery(std::move(row.request));
+    buildWith(known);
+    model->startDiscovery(std::move(request));
     settle();
     ASSERT_EQ(helper.discoveries.size(), 1U);
-    EXPECT_EQ(helper.discoveries.back().kind, row.kind);
-    EXPECT_EQ(helper.discoveries.back().labels, row.labels);
+    EXPECT_EQ(helper.discoveries.back().kind, kind);
+    EXPECT_EQ(helper.discoveries.back().labels, labels);
     helper.discoveries.back().done.abandon();
     helper.discoveries.clear();
-  }
+  };
+  const auto inventory = DiscoveryOperation::discoverInstalled;
+  expectCall({current("a")}, {.operation = inventory}, Kind::installed, {});
+  expectCall({}, {.operation = inventory, .labelsFilter = filter}, Kind::installed, {});
+  expectCall({}, {.includeLatestVersions = true, .labelsFilter = filter}, Kind::forLabels, {label("x"), label("y")});
+  expectCall({current("a")}, {.includeLatestVersions = true, .forceFullDiscovery = true}, Kind::withUpdates, {});
+  const Apps two{current("a"), current("b")};
+  expectCall(two, {.includeLatestVersions = true}, Kind::forLabels, {label("a"), label("b")});
+  expectCall({}, {.includeLatestVersions = true}, Kind::withUpdates, {});
 }
 
 TEST_F(DiscoveryPipelineTest, aFullCheckTakesTheInventoryDatesAndSignal) {
@@ -78,13 +58,12 @@ TEST_F(DiscoveryPipelineTest, aFullCheckTakesTheInventoryDatesAndSignal) {
   EXPECT_EQ(fields().inventory.lastUpdateCheckDate, time.now());
   EXPECT_EQ(display.lookedUp, 1);
   EXPECT_EQ(signals.sent, (std::vector<UsageSignal>{{.name = "Updates.checked", .parameters = {{"pending", "1"}}}}));
-  for (const auto* line :
-       {"StatusViewModel: Inventory unchanged since last discovery; using fast subset update check",
-        "StatusViewModel: Starting discovery (includeLatestVersions = true, labelsFilterCount = 0)...",
-        "StatusViewModel: Discovery successful via XPC, found 2 apps",
-        "StatusViewModel: Recorded full inventory check as the start of the DiscoveryFrequency interval.",
-        "StatusViewModel: Check for Updates summary - total apps: 2, apps with updates: 1 [a]"})
-    EXPECT_TRUE(log.holds(line)) << line;
+  for (const auto* line : {"Inventory unchanged since last discovery; using fast subset update check",
+                           "Starting discovery (includeLatestVersions = true, labelsFilterCount = 0)...",
+                           "Discovery successful via XPC, found 2 apps",
+                           "Recorded full inventory check as the start of the DiscoveryFrequency interval.",
+                           "Check for Updates summary - total apps: 2, apps with updates: 1 [a]"})
+    EXPECT_TRUE(said(line)) << line;
 }
 
 TEST_F(DiscoveryPipelineTest, aScopedCheckMergesAndIsNoFullCheck) {
@@ -98,7 +77,7 @@ TEST_F(DiscoveryPipelineTest, aScopedCheckMergesAndIsNoFullCheck) {
   EXPECT_FALSE(stored("LastFullInventoryCheckDate"));
   EXPECT_TRUE(signals.sent.empty());
   model->checkForUpdates(Labels{});
-  EXPECT_TRUE(log.holds("StatusViewModel: checkForUpdates(forLabels:) called with empty label list; skipping."));
+  EXPECT_TRUE(said("checkForUpdates(forLabels:) called with empty label list; skipping."));
   EXPECT_EQ(helper.discoveriesAsked, 1);
 }
 
@@ -128,8 +107,7 @@ TEST_F(DiscoveryPipelineTest, settingsDropWhatTheHelperSends) {
   settle();
   answer(Apps{current("a"), current("b"), current("c")});
   EXPECT_EQ(fields().inventory.apps.size(), 1U);
-  EXPECT_TRUE(
-      log.holds("StatusViewModel: Dropped b, c from the discovery result because the current settings exclude it."));
+  EXPECT_TRUE(said("Dropped b, c from the discovery result because the current settings exclude it."));
 }
 
 TEST_F(DiscoveryPipelineTest, anEmptyFilterAnswersWithTheCurrentAppsAsAFullCheck) {
@@ -142,7 +120,7 @@ TEST_F(DiscoveryPipelineTest, anEmptyFilterAnswersWithTheCurrentAppsAsAFullCheck
   EXPECT_TRUE(completed);
   EXPECT_EQ(helper.discoveriesAsked, 0);
   EXPECT_EQ(stored("LastFullInventoryCheckDate"), time.now());
-  EXPECT_TRUE(log.holds("StatusViewModel: labelsFilter is empty; returning current apps without contacting helper."));
+  EXPECT_TRUE(said("labelsFilter is empty; returning current apps without contacting helper."));
 }
 
 TEST_F(DiscoveryPipelineTest, ofTwoPassesTheNewerAnswersAndTheOlderWaiterIsReleasedAtItsEnd) {
@@ -155,7 +133,7 @@ TEST_F(DiscoveryPipelineTest, ofTwoPassesTheNewerAnswersAndTheOlderWaiterIsRelea
   EXPECT_EQ(fields().inventory.apps.size(), 1U);
   EXPECT_TRUE(fields().gate.isLoading);
   EXPECT_EQ(order, "");
-  EXPECT_TRUE(log.holds("StatusViewModel: Discarding discovery result from superseded pass 1 (current is 2)."));
+  EXPECT_TRUE(said("Discarding discovery result from superseded pass 1 (current is 2)."));
   answer(Apps{current("a")}, 0);
   EXPECT_EQ(order, "new old ");
   EXPECT_FALSE(fields().gate.isLoading);
@@ -205,9 +183,7 @@ TEST_F(DiscoveryPipelineTest, anInventoryChainsACheckWhenHelperAndToolAreThere) 
     EXPECT_EQ(status(), "Discovering installed applications...");
     settle();
     answer(Apps{unchecked("a"), unchecked("b")});
-    EXPECT_EQ(
-        log.holds("StatusViewModel: Discovery complete; chaining Check for Updates so version state is populated."),
-        ready);
+    EXPECT_EQ(said("Discovery complete; chaining Check for Updates so version state is populated."), ready);
     EXPECT_EQ(fields().gate.isLoading, ready);
     EXPECT_EQ(helper.discoveries.size(), ready ? 1U : 0U);
     EXPECT_EQ(fields().inventory.lastUpdateCheckDate, std::nullopt);
@@ -226,20 +202,19 @@ TEST_F(DiscoveryPipelineTest, theFingerprintDecidesBetweenFullAndFast) {
     model->checkForUpdates();
     settle();
     EXPECT_EQ(helper.discoveries.back().kind, kind) << line;
-    EXPECT_TRUE(log.holds(line)) << line;
+    EXPECT_TRUE(said(line)) << line;
     answer(Apps{current("a")});
   };
-  check(Kind::withUpdates,
-        "StatusViewModel: No prior inventory fingerprint; running full discovery before update check");
-  check(Kind::forLabels, "StatusViewModel: Inventory unchanged since last discovery; using fast subset update check");
+  check(Kind::withUpdates, "No prior inventory fingerprint; running full discovery before update check");
+  check(Kind::forLabels, "Inventory unchanged since last discovery; using fast subset update check");
   writeBundle("Quill", "1.0");
   check(Kind::withUpdates,
-        "StatusViewModel: Inventory fingerprint changed since last discovery; running full discovery before update "
+        "Inventory fingerprint changed since last discovery; running full discovery before update "
         "check");
   preferences.writeDiscoveredApps({current("corvane")});
   build();
   check(Kind::withUpdates,
-        "StatusViewModel: A saved app is bound to the other Corvane label; running full discovery so corvane4 can "
+        "A saved app is bound to the other Corvane label; running full discovery so corvane4 can "
         "claim it.");
 }
 
@@ -249,7 +224,7 @@ TEST_F(DiscoveryPipelineTest, aSlowCheckGetsAWordAt90SecondsAndGoesOn) {
   advance(89s);
   EXPECT_FALSE(log.holds("taking longer than expected"));
   advance(1s);
-  EXPECT_TRUE(log.holds("StatusViewModel: Check for Updates is taking longer than expected but is still running"));
+  EXPECT_TRUE(said("Check for Updates is taking longer than expected but is still running"));
   EXPECT_EQ(status(),
             "Check for Updates is taking longer than usual. You can keep this window open while we finish checking.");
   answer(Apps{current("a")});
@@ -272,12 +247,10 @@ TEST_F(DiscoveryPipelineTest, aSilentHelperIsReplacedByTheDirectScanAfter15Secon
   EXPECT_EQ(fields().discovery.discoveryGeneration, 1);
   setHelperAlive(true);
   time.advance(1s);
-  EXPECT_TRUE(log.holds("StatusViewModel: XPC timeout, falling back to direct discovery (no latest-version checks)"));
-  EXPECT_TRUE(
-      log.holds("StatusViewModel: Starting direct discovery (bypassing XPC, includeLatestVersions = false)..."));
-  EXPECT_TRUE(log.holds("StatusViewModel: Direct discovery successful, found 1 apps"));
-  EXPECT_TRUE(log.holds(
-      "StatusViewModel: Direct discovery complete; chaining Check for Updates so version state is populated."));
+  EXPECT_TRUE(said("XPC timeout, falling back to direct discovery (no latest-version checks)"));
+  EXPECT_TRUE(said("Starting direct discovery (bypassing XPC, includeLatestVersions = false)..."));
+  EXPECT_TRUE(said("Direct discovery successful, found 1 apps"));
+  EXPECT_TRUE(said("Direct discovery complete; chaining Check for Updates so version state is populated."));
   ASSERT_EQ(fields().inventory.apps.size(), 1U);
   EXPECT_EQ(fields().inventory.apps[0].currentVersion, "1.0");
   answer(Apps{current("late")}, 0);
@@ -311,8 +284,8 @@ TEST_F(DiscoveryPipelineTest, failuresFollowTheirKind) {
     settle();
     helper.answerDiscovery(std::unexpected(row.error));
     settle();
-    EXPECT_TRUE(log.holds("StatusViewModel: XPC discovery failed: " + row.error.text));
-    EXPECT_EQ(log.holds("StatusViewModel: Falling back to direct discovery (no latest-version checks)"), row.scans);
+    EXPECT_TRUE(said("XPC discovery failed: " + row.error.text));
+    EXPECT_EQ(said("Falling back to direct discovery (no latest-version checks)"), row.scans);
     EXPECT_EQ(completed, row.scans ? 0 : 1);
     if (row.scans) continue;
     EXPECT_EQ(error(), row.shown);
@@ -330,7 +303,7 @@ TEST_F(DiscoveryPipelineTest, aDirectScanThatFailsEmptiesTheInventory) {
   settle();
   helper.answerDiscovery(std::unexpected(kOutOfReach));
   settle();
-  EXPECT_TRUE(log.holds("StatusViewModel: Direct discovery failed: Discovery failed: "));
+  EXPECT_TRUE(said("Direct discovery failed: Discovery failed: "));
   EXPECT_EQ(error().rfind("Discovery failed: ", 0), 0U);
   EXPECT_EQ(status(), "<none>");
   EXPECT_TRUE(fields().inventory.apps.empty());
@@ -363,25 +336,21 @@ TEST_F(DiscoveryPipelineTest, anEmptyAnswerIsExplained) {
   settle();
   EXPECT_TRUE(model->isIdle());
   EXPECT_TRUE(
-      log.holds("StatusViewModel: Empty discovery finished — 1 installed app(s) with matching labels excluded "
-                "by administrator policy."));
+      said("Empty discovery finished — 1 installed app(s) with matching labels excluded by administrator policy."));
 }
 
 TEST_F(DiscoveryPipelineTest, theHelpersOwnInventoryIsTakenWithoutTouchingTheGate) {
   build();
   notifications.post(CorvaneScheduledDiscoveryCompleted{.runID = "r1"});
-  EXPECT_TRUE(log.holds(
-      "StatusViewModel: Scheduled discovery completed but helper-discovered-apps.json was missing or unreadable."));
+  EXPECT_TRUE(said("Scheduled discovery completed but helper-discovered-apps.json was missing or unreadable."));
   ASSERT_TRUE(files.makeFolders(places.supportFolder()));
   ASSERT_TRUE(scheduledApps.write({outdated("a"), current("b")}));
   model->checkForUpdates();
   const auto generation = fields().discovery.discoveryGeneration;
   notifications.post(CorvaneScheduledDiscoveryCompleted{.runID = "r2"});
-  EXPECT_TRUE(log.holds(
-      "StatusViewModel: Received .corvaneScheduledDiscoveryCompleted (runID r2); applying inventory-only refresh."));
+  EXPECT_TRUE(said("Received .corvaneScheduledDiscoveryCompleted (runID r2); applying inventory-only refresh."));
   EXPECT_TRUE(
-      log.holds("StatusViewModel: Applied helper scheduled-discovery inventory (2 app(s)); notify/dialog "
-                "suppressed until NextAutoLaunch."));
+      said("Applied helper scheduled-discovery inventory (2 app(s)); notify/dialog suppressed until NextAutoLaunch."));
   EXPECT_EQ(fields().inventory.pendingUpdates, 1);
   EXPECT_EQ(sideEffects.started, 0);
   EXPECT_EQ(fields().inventory.lastUpdateCheckDate, time.now());
@@ -398,24 +367,24 @@ TEST_F(DiscoveryPipelineTest, forcedRechecksTestTheGate) {
   EXPECT_EQ(helper.discoveriesAsked, 0);
   model->checkForUpdates(Labels{label("a")});
   model->forceRecheck(label("b"));
-  EXPECT_TRUE(log.holds("StatusViewModel: Skipping force re-check — another operation is running."));
+  EXPECT_TRUE(said("Skipping force re-check — another operation is running."));
   settle();
   answer(Apps{failed});
   model->forceRecheckAllAlerts();
-  EXPECT_TRUE(log.holds("StatusViewModel: Force re-check requested for 1 Alert label(s)."));
+  EXPECT_TRUE(said("Force re-check requested for 1 Alert label(s)."));
   model->forceRecheckAllAlerts();
-  EXPECT_TRUE(log.holds("StatusViewModel: Skipping force re-check (all) — another operation is running."));
+  EXPECT_TRUE(said("Skipping force re-check (all) — another operation is running."));
   settle();
   EXPECT_EQ(helper.discoveries.back().labels, Labels{label("a")});
   answer(Apps{current("a")});
   model->forceRecheck(label("a"));
-  EXPECT_TRUE(log.holds("StatusViewModel: Force re-check requested for label a."));
+  EXPECT_TRUE(said("Force re-check requested for label a."));
 }
 
 TEST_F(DiscoveryPipelineTest, theFirstLoadDiscoversOnlyWhereNothingEverWas) {
   build();
   model->loadStatus();
-  EXPECT_TRUE(log.holds("StatusViewModel: No lastDiscoveryDate found; performing initial automatic discovery"));
+  EXPECT_TRUE(said("No lastDiscoveryDate found; performing initial automatic discovery"));
   EXPECT_EQ(fields().gate.currentOperation, DiscoveryOperation::discoverInstalled);
   EXPECT_EQ(helper.statuses.size(), 1U);
   EXPECT_GE(reset.evaluated, 1);
@@ -426,11 +395,11 @@ TEST_F(DiscoveryPipelineTest, theFirstLoadDiscoversOnlyWhereNothingEverWas) {
   model.reset();
   buildWith({current("a")});
   model->loadStatus();
-  EXPECT_TRUE(log.holds("StatusViewModel: Skipping automatic discovery; lastDiscoveryDate exists"));
+  EXPECT_TRUE(said("Skipping automatic discovery; lastDiscoveryDate exists"));
   EXPECT_EQ(fields().gate.currentOperation, std::nullopt);
   helper.statuses.back()(std::unexpected(kOutOfReach));
   helper.statuses.pop_back();
-  EXPECT_TRUE(log.holds("StatusViewModel: Initial getStatus failed: connection refused"));
+  EXPECT_TRUE(said("Initial getStatus failed: connection refused"));
 }
 
 TEST_F(DiscoveryPipelineTest, anAnswerToAModelThatIsGoneIsALineInTheLog) {
@@ -440,7 +409,7 @@ TEST_F(DiscoveryPipelineTest, anAnswerToAModelThatIsGoneIsALineInTheLog) {
   model.reset();
   helper.answerDiscovery(Apps{current("a")});
   time.advance(200s);
-  EXPECT_TRUE(log.holds("StatusViewModel: Self is nil in completion handler"));
+  EXPECT_TRUE(said("Self is nil in completion handler"));
 }
 
 }  // namespace

@@ -55,7 +55,7 @@ TEST_F(HelperLifecycleTest, AResetReportsHowItEnded) {
     EXPECT_TRUE(canReset()) << "the token was given back";
     EXPECT_EQ(fields().helper.helperOperational, one.beats);
   }
-  EXPECT_TRUE(log.holds("StatusViewModel: Reset Helper requested by user"));
+  EXPECT_TRUE(said("Reset Helper requested by user"));
 }
 
 TEST_F(HelperLifecycleTest, AFailureTellsDomainAndCode) {
@@ -64,7 +64,7 @@ TEST_F(HelperLifecycleTest, AFailureTellsDomainAndCode) {
   model->resetHelper(false);
   finish();
   EXPECT_EQ(error(), "Reset Helper failed: it would not stop (domain: Manager, code: 5)");
-  EXPECT_TRUE(log.holds("StatusViewModel: Reset Helper failed: it would not stop (domain: Manager, code: 5)"));
+  EXPECT_TRUE(said("Reset Helper failed: it would not stop (domain: Manager, code: 5)"));
   EXPECT_TRUE(canReset());
 }
 
@@ -78,7 +78,7 @@ TEST_F(HelperLifecycleTest, OnlyOneResetIsOutAtATime) {
   EXPECT_EQ(status(), "Refreshing root helper…") << "an automatic one is silent";
   model->resetHelper(false);
   EXPECT_EQ(status(), "A helper reset is already in progress.");
-  EXPECT_TRUE(log.holds("StatusViewModel: Reset Helper skipped — a reset is already in progress."));
+  EXPECT_TRUE(said("Reset Helper skipped — a reset is already in progress."));
   finish();
   EXPECT_EQ(registration.registered, 1);
 }
@@ -99,7 +99,7 @@ TEST_F(HelperLifecycleTest, AnAutomaticResetThatFailedDoesNotUseUpTheHour) {
   EXPECT_FALSE(reset(HelperStatus::enabled, false));
   EXPECT_FALSE(reset(HelperStatus::unknown, false)) << "a success by its answer, and yet no helper";
   EXPECT_TRUE(reset(HelperStatus::requiresApproval, false));
-  EXPECT_TRUE(log.holds("StatusViewModel: Reset Helper requested by auto-trigger"));
+  EXPECT_TRUE(said("Reset Helper requested by auto-trigger"));
 }
 
 TEST_F(HelperLifecycleTest, AFirstRegistrationRefreshesOrTellsWhy) {

@@ -33,7 +33,7 @@ TEST_F(PatchRunTest, aStartShowsTheRunAndRecordsItsEvents) {
   domains.setUser({});
   model->startPatching({label("a"), label("b")}, DiscoveryOperation::patchAll, {label("c")}, nullptr);
   settle();
-  EXPECT_TRUE(log.holds("StatusViewModel: Starting patch for 2 app(s) (operation: patchAll)"));
+  EXPECT_TRUE(said("Starting patch for 2 app(s) (operation: patchAll)"));
   EXPECT_TRUE(fields().gate.isPatching);
   EXPECT_EQ(fields().gate.currentOperation, DiscoveryOperation::patchAll);
   EXPECT_EQ(status(), "Updating The a (1 of 2)…");
@@ -55,7 +55,7 @@ TEST_F(PatchRunTest, anEventThatCannotBeWrittenStopsNoRun) {
   buildWith({outdated("a")});
   files.failPath(deferralEvents.file(), 28);
   start({label("a")});
-  EXPECT_TRUE(log.holds("StatusViewModel: Could not write deferral event for a: "));
+  EXPECT_TRUE(said("Could not write deferral event for a: "));
   EXPECT_EQ(helper.runs.size(), 1U);
 }
 
@@ -66,13 +66,13 @@ TEST_F(PatchRunTest, guardedStartsRefuseWhileSomethingRuns) {
   EXPECT_TRUE(ended.success);
   EXPECT_TRUE(model->isIdle());
   model->updateApp(current("c"));
-  EXPECT_TRUE(log.holds("StatusViewModel: Ignoring Update request for app without a known update: c"));
+  EXPECT_TRUE(said("Ignoring Update request for app without a known update: c"));
   model->updateApp(outdated("a"));
   EXPECT_EQ(fields().gate.currentOperation, DiscoveryOperation::patchSingle);
   model->updateApp(outdated("b"));
-  EXPECT_TRUE(log.holds("StatusViewModel: Ignoring Update for b — another operation is running."));
+  EXPECT_TRUE(said("Ignoring Update for b — another operation is running."));
   model->startBackgroundPatch({label("b")}, {}, into(ended));
-  EXPECT_TRUE(log.holds("StatusViewModel: Skipping background patch — another operation is already running"));
+  EXPECT_TRUE(said("Skipping background patch — another operation is already running"));
   EXPECT_FALSE(ended.success);
   EXPECT_EQ(ended.message, "Another operation is already running");
   EXPECT_EQ(helper.runsAsked, 1);
@@ -145,8 +145,8 @@ TEST_F(PatchRunTest, aSuccessWithMorePendingLeavesTheCycleOpen) {
   start({label("a"), label("b")});
   answerRun(PatchRunAnswer{.success = true, .message = "Updated 2 of 2.", .installedCount = 2});
   EXPECT_TRUE(
-      log.holds("StatusViewModel: Patched 2 label(s), but other apps still have updates pending — leaving the "
-                "deferral cycle and any active deadline in place."));
+      said("Patched 2 label(s), but other apps still have updates pending — leaving the deferral cycle and any active "
+           "deadline in place."));
   EXPECT_EQ(preferences.readDeferralInfo().hardDeferralCount, 2);
   EXPECT_EQ(preferences.readPatchingCadenceState().lastPatchingCompletionDate, std::nullopt);
 }
@@ -165,41 +165,16 @@ TEST_F(PatchRunTest, failuresFollowTheirTable) {
   const Result<PatchRunAnswer> failed =
       PatchRunAnswer{.success = false, .message = "Updated 1 of 2. Failed: quill", .installedCount = 1};
   const Result<PatchRunAnswer> gone = failure("CRVHelperChannel", 2, "connection lost");
+  using enum DiscoveryOperation;
+  const char* lost = "Failed to start patching: connection lost";
+  const char* named = "Updated 1 of 2. Failed: The quill";
   const Row rows[] = {
-      {"connection, retry",
-       DiscoveryOperation::patchAll,
-       false,
-       gone,
-       "Failed to start patching: connection lost",
-       true,
-       false,
-       {}},
-      {"connection, single",
-       DiscoveryOperation::patchSingle,
-       false,
-       gone,
-       "Failed to start patching: connection lost",
-       false,
-       false,
-       {}},
-      {"all, retry", DiscoveryOperation::patchAll, false, failed, "Updated 1 of 2. Failed: The quill", true, false, {}},
-      {"all, marked complete",
-       DiscoveryOperation::patchAll,
-       true,
-       failed,
-       "Updated 1 of 2. Failed: The quill",
-       false,
-       true,
-       {Label("quill")}},
-      {"single", DiscoveryOperation::patchSingle, true, failed, "Updated 1 of 2. Failed: The quill", false, false, {}},
-      {"background",
-       DiscoveryOperation::patchBackground,
-       true,
-       failed,
-       "Updated 1 of 2. Failed: The quill",
-       false,
-       false,
-       {}},
+      {"connection, retry", patchAll, false, gone, lost, true, false, {}},
+      {"connection, single", patchSingle, false, gone, lost, false, false, {}},
+      {"all, retry", patchAll, false, failed, named, true, false, {}},
+      {"all, marked complete", patchAll, true, failed, named, false, true, {Label("quill")}},
+      {"single", patchSingle, true, failed, named, false, false, {}},
+      {"background", patchBackground, true, failed, named, false, false, {}},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
@@ -225,12 +200,11 @@ TEST_F(PatchRunTest, failuresFollowTheirTable) {
     EXPECT_EQ(preferences.readUpdateAllErrorClearedLabels(), row.cleared);
     EXPECT_EQ(preferences.readDeferralInfo().hardDeferralCount, 1) << "counters are kept";
     EXPECT_EQ(signals.find("Patch.finished") != nullptr, row.answer.has_value());
-    EXPECT_EQ(log.holds("StatusViewModel: Update All finished with errors; next attempt at "), row.retryArmed);
-    EXPECT_EQ(
-        log.holds("StatusViewModel: Cleared failed Update All label(s) from the queue until the next cycle: quill."),
-        row.cycleComplete);
-    EXPECT_EQ(log.holds("StatusViewModel: Update All finished with errors; "
-                        "WorkflowUpdateAllErrorCompletesPatching is true, so this cadence is marked complete."),
+    EXPECT_EQ(said("Update All finished with errors; next attempt at "), row.retryArmed);
+    EXPECT_EQ(said("Cleared failed Update All label(s) from the queue until the next cycle: quill."),
+              row.cycleComplete);
+    EXPECT_EQ(said("Update All finished with errors; WorkflowUpdateAllErrorCompletesPatching is true, so this cadence "
+                   "is marked complete."),
               row.cycleComplete);
     while (!helper.discoveries.empty()) answer(Apps{a});
     EXPECT_TRUE(model->isIdle());
@@ -261,8 +235,8 @@ TEST_F(PatchRunTest, anOpenCycleWithNothingLeftIsClosed) {
   answer(Apps{current("a")});
   EXPECT_TRUE(model->completeSatisfiedDeferralCycleIfNeeded());
   EXPECT_TRUE(
-      log.holds("StatusViewModel: No pending updates remain for the open deferral cycle (FocusDeferralCount=0, "
-                "HardDeferralCount=2) — completing the patching cycle."));
+      said("No pending updates remain for the open deferral cycle (FocusDeferralCount=0, HardDeferralCount=2) — "
+           "completing the patching cycle."));
   EXPECT_TRUE(fields().inventory.cycleCompletionMessage);
   EXPECT_EQ(preferences.readDeferralInfo().hardDeferralCount, 0);
 }

@@ -26,9 +26,8 @@ TEST_F(RoomTest, anOpenPromptIsClosedBeforeARetryIsArmed) {
   cycle.applyPatchErrorFollowUp(DiscoveryOperation::patchAll, {label("a")}, "Failed: a");
   EXPECT_EQ(crossings.calls, (Calls{"dismissDeferralPrompt", "armed"}));
   EXPECT_EQ(state.messages.statusMessage, "An update failed. Corvane will try again in 60 minutes.");
-  EXPECT_TRUE(
-      log.holds("StatusViewModel: Update All finished with errors; next attempt at 2026-11-01T13:00:00+00:00 "
-                "(DeferralTimerError=60 minutes)."));
+  EXPECT_TRUE(said(
+      "Update All finished with errors; next attempt at 2026-11-01T13:00:00+00:00 (DeferralTimerError=60 minutes)."));
 }
 
 TEST_F(RoomTest, aConfiguredTitleStandsInTheRetryText) {
@@ -65,13 +64,13 @@ TEST_F(RoomTest, theGateOfTheSequenceDecidesWhatCountsAndFailuresLeadTo) {
   sequence.pendingUpdatesCounted();
   EXPECT_EQ(at, Gate::idle);
   EXPECT_EQ(sideEffects.delivered, 1);
-  EXPECT_TRUE(log.holds("StatusViewModel: Closed-app pass finished; delivering the deferral."));
+  EXPECT_TRUE(said("Closed-app pass finished; delivering the deferral."));
   sequence.refreshFailed();
   EXPECT_EQ(sideEffects.delivered, 1);
   at = Gate::refreshThenNotify;
   sequence.refreshFailed();
   EXPECT_EQ(sideEffects.delivered, 2);
-  EXPECT_TRUE(log.holds("StatusViewModel: Post-patch refresh failed; delivering the deferral."));
+  EXPECT_TRUE(said("Post-patch refresh failed; delivering the deferral."));
 }
 
 }  // namespace

@@ -98,14 +98,8 @@ TEST(StatusTexts, backgroundPassesAreWordedByNameAndPlace) {
 }
 
 TEST(StatusTexts, passesAndChecksAreWorded) {
-  const std::pair<DiscoveryOperation, const char*> starts[] = {
-      {DiscoveryOperation::initialLoad, "Loading status and discovering applications..."},
-      {DiscoveryOperation::discoverInstalled, "Discovering installed applications..."},
-      {DiscoveryOperation::checkUpdates, "Checking for updates for 3 applications (this may take a few minutes)..."},
-      {DiscoveryOperation::patchAll, "Updating applications..."},
-      {DiscoveryOperation::patchSingle, "Updating application..."},
-      {DiscoveryOperation::patchBackground, "Background updating applications…"}};
-  for (const auto& [operation, text] : starts) EXPECT_EQ(startText(operation, 3), text);
+  EXPECT_EQ(startText(DiscoveryOperation::checkUpdates, 3),
+            "Checking for updates for 3 applications (this may take a few minutes)...");
   EXPECT_EQ(startText(DiscoveryOperation::checkUpdates, 0), "Checking for updates (this may take a few minutes)...");
 
   InventoryFields inventory{.pendingUpdates = 2, .updatesAwaitingNextCycle = 0, .upToDateCount = 5};

@@ -20,7 +20,7 @@ TEST_F(StatusViewModelTest, constructionLoadsAndTouchesNothing) {
   EXPECT_EQ(fields().inventory.lastUpdateCheckDate, time.now() - 2h);
   EXPECT_EQ(fields().deferral.currentHardDeadlineDate, time.now() + 48h);
   EXPECT_EQ(fields().deferral.selectedDeferralMinutes, 60);
-  EXPECT_TRUE(log.holds("StatusViewModel: Loaded 1 previously discovered apps from preferences"));
+  EXPECT_TRUE(said("Loaded 1 previously discovered apps from preferences"));
   settle();
   EXPECT_EQ(domains.user().version, before) << "nothing is written";
   EXPECT_TRUE(application.badges.empty());
@@ -30,7 +30,7 @@ TEST_F(StatusViewModelTest, constructionLoadsAndTouchesNothing) {
 
   model->begin();
   EXPECT_EQ(application.badge, "1");
-  EXPECT_TRUE(log.holds("StatusViewModel: Dock badge set to 1 (pendingUpdates=1, activationPolicy=regular)"));
+  EXPECT_TRUE(said("Dock badge set to 1 (pendingUpdates=1, activationPolicy=regular)"));
   EXPECT_EQ(sideEffects.started, 1);
   EXPECT_EQ(reset.reconciled, 1);
   EXPECT_TRUE(fields().helper.helperOperational);
@@ -86,10 +86,10 @@ TEST_F(StatusViewModelTest, settingsAreTakenWithoutSettingAnythingOff) {
   EXPECT_EQ(application.badge, "1");
   EXPECT_EQ(sideEffects.started, before);
   EXPECT_EQ(fields().deferral.currentHardDeadlineDate, time.now() + 24h);
-  EXPECT_TRUE(log.holds("StatusViewModel: Hard deadline for display is now 2026-11-02T12:00:00+00:00."));
+  EXPECT_TRUE(said("Hard deadline for display is now 2026-11-02T12:00:00+00:00."));
   preferences.deletePreference("DeadlineDaysHard");
   notifications.post(CorvaneSettingsDidChange{});
-  EXPECT_TRUE(log.holds("StatusViewModel: Hard deadline for display is now <none>."));
+  EXPECT_TRUE(said("Hard deadline for display is now <none>."));
 }
 
 TEST_F(StatusViewModelTest, broadcastsReachTheirFlows) {
@@ -100,16 +100,13 @@ TEST_F(StatusViewModelTest, broadcastsReachTheirFlows) {
   notifications.post(ShowDeferralPromptFromNotification{});
   EXPECT_EQ(fields().deferral.deferralPromptHost, DeferralPromptHost::standalone);
   EXPECT_TRUE(fields().updateAll.userRecheckInFlight);
-  EXPECT_TRUE(
-      log.holds("StatusViewModel: Received notification deep-link — invoking updateAll() to surface the "
-                "deferral prompt."));
+  EXPECT_TRUE(said("Received notification deep-link — invoking updateAll() to surface the deferral prompt."));
 }
 
 TEST_F(StatusViewModelTest, aPassOfTheHelperIsShownAndEnded) {
   buildWith({outdated("a")});
   notifications.post(CorvaneHelperPassStarted{.runID = "r1", .totalLabels = 2, .currentLabelDisplayName = "Quill"});
-  EXPECT_TRUE(
-      log.holds("StatusViewModel: Received .corvaneHelperPassStarted (runID r1, totalLabels=2, currentLabel=<nil>)."));
+  EXPECT_TRUE(said("Received .corvaneHelperPassStarted (runID r1, totalLabels=2, currentLabel=<nil>)."));
   EXPECT_TRUE(fields().gate.isPatching);
   EXPECT_TRUE(fields().gate.helperPassOwnsPatchingState);
   EXPECT_EQ(status(), "Background patching Quill (1 of 2)…");
@@ -132,7 +129,7 @@ TEST_F(StatusViewModelTest, aCompletedPassRefreshesItsLabels) {
   buildWith({outdated("a")});
   notifications.post(CorvaneHelperPassStarted{.runID = "r1", .totalLabels = 1, .currentLabel = "a"});
   notifications.post(CorvaneHelperPassCompleted{.labels = {label("a")}, .runID = "r1"});
-  EXPECT_TRUE(log.holds("StatusViewModel: Received .corvaneHelperPassCompleted (runID r1, labels: 1); refreshing."));
+  EXPECT_TRUE(said("Received .corvaneHelperPassCompleted (runID r1, labels: 1); refreshing."));
   EXPECT_EQ(fields().sideEffects.openAppsNotifyStageGeneration, 1);
   settle();
   EXPECT_EQ(helper.discoveries.back().labels, Labels{label("a")});
@@ -194,8 +191,7 @@ TEST_F(StatusViewModelTest, theHelpersStateIsReadAndTheFirstDiscoveryWaitsForThe
   helper.answerDiscovery(std::unexpected(XPCError::discovery("none")));
   settle();
   model->refreshHelperState(true);
-  EXPECT_TRUE(
-      log.holds("StatusViewModel: Installomator is now deployed and no apps are discovered; running discovery."));
+  EXPECT_TRUE(said("Installomator is now deployed and no apps are discovered; running discovery."));
   EXPECT_EQ(fields().gate.currentOperation, DiscoveryOperation::discoverInstalled);
   EXPECT_FALSE(fields().helper.sawInstallomatorMissing);
   EXPECT_EQ(reset.evaluated, 1);

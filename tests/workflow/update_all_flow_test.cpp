@@ -26,29 +26,29 @@ TEST_F(UpdateAllTest, aRequestWhileSomethingRunsIsDropped) {
   buildWith({outdated("a")});
   model->checkForUpdates();
   model->updateAll(DeferralPromptHost::settings);
-  EXPECT_TRUE(log.holds("StatusViewModel: Skipping updateAll — another operation is already running"));
+  EXPECT_TRUE(said("Skipping updateAll — another operation is already running"));
   EXPECT_EQ(prompt().deferralPromptHost, DeferralPromptHost::dashboard) << "left as it was";
 }
 
 TEST_F(UpdateAllTest, nothingPendingIsToldAndAsksNobody) {
   buildWith({current("a")});
   model->updateAll(DeferralPromptHost::dashboard);
-  EXPECT_TRUE(log.holds("StatusViewModel: Update All requested but no apps have updates available"));
+  EXPECT_TRUE(said("Update All requested but no apps have updates available"));
   EXPECT_EQ(status(), "No applications currently require updates.");
   EXPECT_EQ(helper.discoveriesAsked, 0);
   model->updateAllFromMenuBar();
-  EXPECT_TRUE(log.holds("StatusViewModel: Menu bar Update All requested but no apps have updates available"));
+  EXPECT_TRUE(said("Menu bar Update All requested but no apps have updates available"));
 }
 
 TEST_F(UpdateAllTest, theQuestionComesAfterAFreshCheck) {
   buildWith({outdated("a"), outdated("b")});
   model->updateAll(DeferralPromptHost::standalone);
-  EXPECT_TRUE(log.holds("StatusViewModel: Rechecking 2 pending label(s) before the deferral prompt."));
+  EXPECT_TRUE(said("Rechecking 2 pending label(s) before the deferral prompt."));
   EXPECT_TRUE(fields().updateAll.userRecheckInFlight);
   EXPECT_FALSE(prompt().showDeferralPrompt);
   answer(Apps{current("a"), outdated("b")});
   EXPECT_FALSE(fields().updateAll.userRecheckInFlight);
-  EXPECT_TRUE(log.holds("StatusViewModel: Update All — checking deferral status"));
+  EXPECT_TRUE(said("Update All — checking deferral status"));
   EXPECT_TRUE(prompt().showDeferralPrompt);
   EXPECT_EQ(prompt().deferralPromptGeneration, 1);
   EXPECT_EQ(prompt().currentDeferralEscalation, DeferralEscalation::normal);
@@ -67,9 +67,7 @@ TEST_F(UpdateAllTest, onlyTheStandaloneHostOpensAWindowOfItsOwn) {
 TEST_F(UpdateAllTest, aRecheckThatFindsEverythingCurrentCompletesTheCycle) {
   buildWith({outdated("a")});
   ask({current("a")});
-  EXPECT_TRUE(
-      log.holds("StatusViewModel: Update All recheck found no apps that still need an update — completing the "
-                "patching cycle."));
+  EXPECT_TRUE(said("Update All recheck found no apps that still need an update — completing the patching cycle."));
   EXPECT_EQ(status(), "No applications currently require updates.");
   EXPECT_EQ(preferences.readPatchingCadenceState().lastPatchingCompletionDate, time.now());
   EXPECT_FALSE(prompt().showDeferralPrompt);
@@ -78,14 +76,14 @@ TEST_F(UpdateAllTest, aRecheckThatFindsEverythingCurrentCompletesTheCycle) {
 TEST_F(UpdateAllTest, aCheckThatFailsForOneStillAsksForAllAndInstallsAll) {
   buildWith({outdated("a"), outdated("b"), outdated("c")});
   ask({outdated("a"), failedCheck("b"), outdated("c")});
-  EXPECT_TRUE(log.holds("StatusViewModel: The recheck could not confirm b; keeping it pending."));
+  EXPECT_TRUE(said("The recheck could not confirm b; keeping it pending."));
   EXPECT_EQ(pending(), (Labels{label("a"), label("c"), label("b")}));
   EXPECT_EQ(model->deferralPromptApps().size(), 3U);
   model->installNow();
-  EXPECT_TRUE(log.holds("StatusViewModel: Rechecking 3 label(s) before installing."));
+  EXPECT_TRUE(said("Rechecking 3 label(s) before installing."));
   answer(Apps{outdated("a"), failedCheck("b"), current("c")});
-  EXPECT_TRUE(log.holds("StatusViewModel: The recheck could not confirm b; installing anyway."));
-  EXPECT_TRUE(log.holds("StatusViewModel: Dropped c because a fresh check shows no update."));
+  EXPECT_TRUE(said("The recheck could not confirm b; installing anyway."));
+  EXPECT_TRUE(said("Dropped c because a fresh check shows no update."));
   expectInstalling({label("a"), label("b")});
   EXPECT_FALSE(prompt().showDeferralPrompt);
   EXPECT_TRUE(pending().empty());
@@ -99,7 +97,7 @@ TEST_F(UpdateAllTest, aCompletedCycleInstallsWithoutAsking) {
   model->recomputeCounts();
   ASSERT_TRUE(fields().inventory.cycleCompletionMessage);
   ask({outdated("b"), outdated("a")});
-  EXPECT_TRUE(log.holds("StatusViewModel: Update All during a completed cycle — installing a, b without a deferral."));
+  EXPECT_TRUE(said("Update All during a completed cycle — installing a, b without a deferral."));
   EXPECT_FALSE(prompt().showDeferralPrompt);
   expectInstalling({label("b"), label("a")});
 }
@@ -119,17 +117,17 @@ TEST_F(UpdateAllTest, labelsThatTheSettingsIgnoreMeanwhileAreDropped) {
   model->installNow();
   set("IgnoredLabels", PlistArray{PlistValue("a")});
   answer(Apps{outdated("a"), outdated("b")});
-  EXPECT_TRUE(log.holds("StatusViewModel: Dropped a because the current settings exclude it."));
+  EXPECT_TRUE(said("Dropped a because the current settings exclude it."));
   expectInstalling({label("b")});
 }
 
 TEST_F(UpdateAllTest, theMenuBarInstallsWhatWasConfirmed) {
   buildWith({outdated("b"), outdated("a")});
   model->updateAllFromMenuBar();
-  EXPECT_TRUE(log.holds("StatusViewModel: Menu bar Update All — rechecking a, b."));
+  EXPECT_TRUE(said("Menu bar Update All — rechecking a, b."));
   EXPECT_EQ(notices.told.front(), "dismissed");
   model->updateAllFromMenuBar();
-  EXPECT_TRUE(log.holds("StatusViewModel: Menu bar Update All is waiting for the current check to finish."));
+  EXPECT_TRUE(said("Menu bar Update All is waiting for the current check to finish."));
   answer(Apps{outdated("b"), outdated("a")});
   expectInstalling({label("b"), label("a")});
 }
@@ -137,9 +135,7 @@ TEST_F(UpdateAllTest, theMenuBarInstallsWhatWasConfirmed) {
 TEST_F(UpdateAllTest, installNowWithNothingToInstallCompletesTheCycle) {
   buildWith({current("a")});
   model->installNow();
-  EXPECT_TRUE(
-      log.holds("StatusViewModel: Install Now had no apps that still need an update — completing the patching "
-                "cycle."));
+  EXPECT_TRUE(said("Install Now had no apps that still need an update — completing the patching cycle."));
   EXPECT_EQ(status(), "No applications currently require updates.");
 }
 
@@ -195,8 +191,8 @@ TEST_F(HardDeadlineTest, atNightTheShortCountdownRunsAndTheInstallIsRecordedAsFo
   EXPECT_EQ(preferences.readNextAutoLaunch(), time.now() + 1s);
   EXPECT_EQ(preferences.readLastHardDeadlineFiredAt(), time.now());
   EXPECT_TRUE(
-      log.holds("StatusViewModel: Hard deadline reached outside business hours — presenting required-update prompt "
-                "with no further deferral and a 1-second enforcement countdown (DialogTimeoutDeferral)."));
+      said("Hard deadline reached outside business hours — presenting required-update prompt with no further deferral "
+           "and a 1-second enforcement countdown (DialogTimeoutDeferral)."));
   model->installNow();
   answer(Apps{outdated("a")});
   const auto events = model->deferralEvents(label("a"), 5);

@@ -4,7 +4,6 @@
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -27,6 +26,7 @@
 #include "platform/scripted/virtual_time.h"
 #include "support/recording_log.h"
 #include "support/scripted_service_client.h"
+#include "support/temporary_folder.h"
 #include "workflow/neutral_parts.h"
 #include "workflow/status_view_model.h"
 
@@ -124,20 +124,7 @@ struct CountingDisplay final : SelfUpdateDisplay {
   void lookUp(const Apps&) override { ++lookedUp; }
 };
 
-// A folder that is gone when the test is.
-class TemporaryRoot {
- public:
-  TemporaryRoot() {
-    auto pattern = (std::filesystem::temp_directory_path() / "corvane-workflow-XXXXXX").string();
-    path = mkdtemp(pattern.data());
-  }
-  ~TemporaryRoot() { std::filesystem::remove_all(path); }
-  TemporaryRoot(const TemporaryRoot&) = delete;
-  TemporaryRoot& operator=(const TemporaryRoot&) = delete;
-  std::filesystem::path path;
-};
-
-class WorkflowTest : public testing::Test {
+class WorkflowTest : public ::testing::Test {
  protected:
   WorkflowTest() {
     helper.generation = [this] { return model ? model->fields().discovery.discoveryGeneration : 0; };
@@ -231,12 +218,14 @@ class WorkflowTest : public testing::Test {
     settle();
   }
 
+  // The model wrote a line that begins so.
+  [[nodiscard]] bool said(std::string_view line) const { return log.holds("StatusViewModel: " + std::string(line)); }
   [[nodiscard]] const StatusFields& fields() const { return model->fields(); }
   [[nodiscard]] std::string status() const { return fields().messages.statusMessage.value_or("<none>"); }
   [[nodiscard]] std::string error() const { return fields().messages.errorMessage.value_or("<none>"); }
 
-  TemporaryRoot folder;
-  CorvaneConstants places{.root = folder.path, .home = folder.path / "Users/ada"};
+  testing::TemporaryFolder folder;
+  CorvaneConstants places{.root = folder.path(), .home = folder.path() / "Users/ada"};
   VirtualMachine time;
   ScriptedLocale locale;
   ScriptedEntropy entropy;
