@@ -1,21 +1,14 @@
 #include "helper/saved_apps.h"
 
 #include <gtest/gtest.h>
-
-#include "base/notification_center.h"
-#include "platform/scripted/scripted_preference_domains.h"
-#include "platform/scripted/virtual_time.h"
-#include "support/recording_log.h"
+#include "support/scripted_preferences.h"
 
 namespace corvane {
 namespace {
 
-TEST(SavedApps, AreParsedOnceForEachStateOfThePreferences) {
-  VirtualMachine machine;
-  NotificationCenter notifications{machine.main()};
-  ScriptedPreferenceDomains domains{machine.main()};
-  RecordingLog log;
-  const PreferenceManager preferences{domains, notifications, log};
+struct SavedAppsTest : ::testing::Test, testing::ScriptedPreferences {};
+
+TEST_F(SavedAppsTest, AreParsedOnceForEachStateOfThePreferences) {
   SavedApps saved{domains, preferences};
   const auto store = [&](std::string text, const char* title) {
     domains.setUser({{"DiscoveredAppsData", PlistData{std::move(text)}}, {"AppTitle", title}});

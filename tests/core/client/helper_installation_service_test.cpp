@@ -2,35 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include "base/notification_center.h"
-#include "core/preferences/preference_manager.h"
-#include "platform/scripted/scripted_entropy.h"
-#include "platform/scripted/scripted_files.h"
-#include "platform/scripted/scripted_helper_registration.h"
-#include "platform/scripted/scripted_own_bundle.h"
-#include "platform/scripted/scripted_preference_domains.h"
-#include "platform/scripted/virtual_time.h"
-#include "support/recording_log.h"
+#include "support/scripted_installation.h"
 
 namespace corvane {
 namespace {
 
-struct InstallationFixture : ::testing::Test {
-  VirtualMachine machine;
-  ScriptedHelperRegistration registration{machine.main()};
-  ScriptedFiles files{machine.clock()};
-  ScriptedOwnBundle bundle;
-  ScriptedPreferenceDomains domains{machine.main()};
-  NotificationCenter notifications{machine.main()};
-  RecordingLog log;
-  PreferenceManager preferences{domains, notifications, log};
-  ScriptedEntropy entropy;
-  HelperInstallationService service{
-      {registration, files, bundle, preferences, machine.clock(), machine.main(), entropy},
-      "/support/helper-heartbeat"};
+struct InstallationFixture : ::testing::Test, testing::ScriptedInstallation {
   std::optional<Result<HelperResetResult>> result;
 
-  void beat() { files.put("/support/helper-heartbeat", "x"); }
   void reset(Uuid token) {
     service.performReset(token, [this](Result<HelperResetResult> r) { result = std::move(r); });
   }

@@ -4,29 +4,21 @@
 
 #include <vector>
 
-#include "base/notification_center.h"
 #include "core/policies/calendar_days.h"
 #include "core/policies/deferral_limit_summary.h"
-#include "platform/scripted/scripted_preference_domains.h"
-#include "platform/scripted/virtual_time.h"
-#include "support/recording_log.h"
+#include "support/scripted_preferences.h"
 
 namespace corvane {
 namespace {
 
-class DeferralManagerTest : public testing::Test {
+class DeferralManagerTest : public ::testing::Test, protected testing::ScriptedPreferences {
  protected:
   // Callers make a fresh one whenever they need it, and so do the tests.
-  DeferralManager manager() { return {config_, preferences_, machine_.clock(), zone("Europe/Berlin")}; }
-  Date now() { return machine_.now(); }
-  void storeDate(const char* key, Date date) { preferences_.writePreference(key, PlistValue(date)); }
+  DeferralManager manager() { return {config_, preferences, machine.clock(), zone("Europe/Berlin")}; }
+  Date now() { return machine.now(); }
+  void storeDate(const char* key, Date date) { preferences.writePreference(key, PlistValue(date)); }
   static Date day(const std::string& text) { return localTime(zone("Europe/Berlin"), text); }
 
-  VirtualMachine machine_;
-  ScriptedPreferenceDomains domains_{machine_.main()};
-  NotificationCenter notifications_{machine_.main()};
-  RecordingLog log_;
-  PreferenceManager preferences_{domains_, notifications_, log_};
   CorvaneConfiguration config_;
 };
 
@@ -36,19 +28,19 @@ TEST_F(DeferralManagerTest, AUsersDeferralCountsOnTheHardSideAtEveryLevelAndArms
   for (const auto level : {DeferralEscalation::normal, DeferralEscalation::focus, DeferralEscalation::hard})
     manager().recordDeferral(90, level);
   EXPECT_EQ(manager().getDeferralInfo(), (DeferralInfo{.focusDeferralCount = 0, .hardDeferralCount = 3}));
-  EXPECT_TRUE(sameSecond(preferences_.readNextAutoLaunch().value(), now() + 90min));
-  EXPECT_FALSE(preferences_.readAutomaticFocusDeferralArmed());
-  EXPECT_FALSE(preferences_.readPatchErrorRetryArmed());
+  EXPECT_TRUE(sameSecond(preferences.readNextAutoLaunch().value(), now() + 90min));
+  EXPECT_FALSE(preferences.readAutomaticFocusDeferralArmed());
+  EXPECT_FALSE(preferences.readPatchErrorRetryArmed());
 }
 
 TEST_F(DeferralManagerTest, CountsFromWhatStandsInTheDomainAndNeverOverflows) {
   constexpr auto kMost = std::numeric_limits<std::int64_t>::max();
   const std::pair<PlistValue, std::int64_t> stored[] = {{7, 8}, {-3, 1}, {"many", 1}, {PlistValue(kMost), kMost}};
   for (const auto& [before, after] : stored) {
-    domains_.setUser({{"HardDeferralCount", before}, {"FocusDeferralCount", before}, {"Other", "stays"}});
+    domains.setUser({{"HardDeferralCount", before}, {"FocusDeferralCount", before}, {"Other", "stays"}});
     manager().recordDeferral(60, DeferralEscalation::normal);
     manager().recordAutomaticFocusDeferral(60);
-    const auto values = *domains_.user().values;
+    const auto values = *domains.user().values;
     EXPECT_EQ(values.at("HardDeferralCount"), PlistValue(after));
     EXPECT_EQ(values.at("FocusDeferralCount"), PlistValue(after));
     EXPECT_EQ(values.at("Other"), PlistValue("stays"));
@@ -58,17 +50,17 @@ TEST_F(DeferralManagerTest, CountsFromWhatStandsInTheDomainAndNeverOverflows) {
 TEST_F(DeferralManagerTest, AnAutomaticDeferralCountsOnTheFocusSideOnlyAndSaysSo) {
   manager().recordAutomaticFocusDeferral(30);
   EXPECT_EQ(manager().getDeferralInfo(), (DeferralInfo{.focusDeferralCount = 1, .hardDeferralCount = 0}));
-  EXPECT_TRUE(preferences_.readAutomaticFocusDeferralArmed());
-  EXPECT_TRUE(sameSecond(preferences_.readNextAutoLaunch().value(), now() + 30min));
+  EXPECT_TRUE(preferences.readAutomaticFocusDeferralArmed());
+  EXPECT_TRUE(sameSecond(preferences.readNextAutoLaunch().value(), now() + 30min));
 }
 
 TEST_F(DeferralManagerTest, ArmsAtLeastAMinuteAheadAndNeverOverflows) {
   for (const std::int64_t minutes : {std::int64_t{0}, std::int64_t{-5}}) {
     manager().recordDeferral(minutes, DeferralEscalation::hard);
-    EXPECT_TRUE(sameSecond(preferences_.readNextAutoLaunch().value(), now() + 1min));
+    EXPECT_TRUE(sameSecond(preferences.readNextAutoLaunch().value(), now() + 1min));
   }
   manager().recordDeferral(std::numeric_limits<std::int64_t>::max(), DeferralEscalation::hard);
-  EXPECT_GT(preferences_.readNextAutoLaunch().value(), now() + std::chrono::days(365));
+  EXPECT_GT(preferences.readNextAutoLaunch().value(), now() + std::chrono::days(365));
 }
 
 TEST_F(DeferralManagerTest, CountLimitsFireWhenReachedAndTheHardSideWins) {
@@ -100,7 +92,7 @@ TEST_F(DeferralManagerTest, APassedDateCountsForAnyLimitOfItsSide) {
   EXPECT_EQ(manager().checkDeadlines(), hardDeadlineReached);
   storeDate("HardDeferralDate", now() + 1s);
   EXPECT_EQ(manager().checkDeadlines(), focusDeadlineReached);
-  machine_.advance(1s);
+  machine.advance(1s);
   EXPECT_EQ(manager().checkDeadlines(), hardDeadlineReached) << "the moment itself has passed";
 }
 
@@ -109,7 +101,7 @@ TEST_F(DeferralManagerTest, SeedsEachSidesDateFromTheAnchorWithinTheCycle) {
   config_.deadlineDaysHard = 30;
   const auto anchor = day("2026-10-19");
   manager().seedDeadlineDatesFromAnchor(anchor, day("2026-11-02"));
-  EXPECT_EQ(preferences_.readFocusDeferralDate(), day("2026-10-22"));
+  EXPECT_EQ(preferences.readFocusDeferralDate(), day("2026-10-22"));
   EXPECT_EQ(manager().hardDeadlineDate(), day("2026-11-02")) << "not behind the next start";
 
   config_.deadlineDaysHard = 7;
@@ -119,16 +111,16 @@ TEST_F(DeferralManagerTest, SeedsEachSidesDateFromTheAnchorWithinTheCycle) {
   config_.deadlineDaysFocus.reset();
   config_.deadlineDaysHard.reset();
   manager().seedDeadlineDatesFromAnchor(anchor, std::nullopt);
-  EXPECT_FALSE(preferences_.readFocusDeferralDate());
+  EXPECT_FALSE(preferences.readFocusDeferralDate());
   EXPECT_FALSE(manager().getDeferralInfo().hardDeferralDate);
 }
 
 TEST_F(DeferralManagerTest, SeedingTheSameDatesWritesNothing) {
   config_.deadlineDaysHard = 7;
   manager().seedDeadlineDatesFromAnchor(day("2026-10-19"), std::nullopt);
-  const auto written = domains_.user().version;
+  const auto written = domains.user().version;
   manager().seedDeadlineDatesFromAnchor(day("2026-10-19"), std::nullopt);
-  EXPECT_EQ(domains_.user().version, written);
+  EXPECT_EQ(domains.user().version, written);
 }
 
 TEST_F(DeferralManagerTest, ShowsNoHardDateWhileTheDayLimitIsOff) {
@@ -145,8 +137,8 @@ TEST_F(DeferralManagerTest, ResettingKeepsWhatIsArmed) {
   storeDate("FocusDeferralDate", now());
   manager().resetDeferralCounts();
   EXPECT_EQ(manager().getDeferralInfo(), DeferralInfo{});
-  EXPECT_FALSE(preferences_.readFocusDeferralDate());
-  EXPECT_TRUE(preferences_.readNextAutoLaunch());
+  EXPECT_FALSE(preferences.readFocusDeferralDate());
+  EXPECT_TRUE(preferences.readNextAutoLaunch());
 }
 
 TEST(DeferralRules, KeepsTheOptionsThatEndBeforeTheHardDeadline) {

@@ -17,11 +17,9 @@
 #include "platform/scripted/scripted_entropy.h"
 #include "platform/scripted/scripted_files.h"
 #include "platform/scripted/scripted_http_client.h"
-#include "platform/scripted/scripted_preference_domains.h"
 #include "platform/scripted/scripted_running_applications.h"
 #include "platform/scripted/scripted_surroundings.h"
-#include "platform/scripted/virtual_time.h"
-#include "support/recording_log.h"
+#include "support/scripted_preferences.h"
 
 namespace corvane {
 namespace {
@@ -96,42 +94,37 @@ TEST(FocusModeDetector, SplitsTheIgnoreListAtCommas) {
 }
 
 TEST(FocusModeDetector, WeighsDoNotDisturbAndWhoKeepsTheDisplayAwake) {
-  using Holders = std::optional<std::vector<std::string>>;
   const std::vector<std::string> ignored{"caffeinate", "Final Cut Pro"};
+  using Holders = std::optional<std::vector<std::string>>;
+  const Holders none(std::in_place);
+  const Holders zoom({"zoom.us"});
+  const Holders unreadable;
   const struct {
     std::optional<bool> disturbed;
     Holders holders;
-    FocusModeDetector::Evaluation expected;
+    bool active;
+    const char* diagnostic;
   } rows[] = {
-      {false, Holders(std::in_place), {.diagnostic = "Do Not Disturb off, no display assertion"}},
-      {true, Holders(std::in_place), {.isActive = true, .diagnostic = "Do Not Disturb on, no display assertion"}},
+      {false, none, false, "Do Not Disturb off, no display assertion"},
+      {true, none, true, "Do Not Disturb on, no display assertion"},
       {false,
-       Holders({"Caffeinate", "final cut pro"}),
-       {.diagnostic = "Do Not Disturb off, display kept awake by ignored Caffeinate, final cut pro"}},
-      {false,
-       Holders({"caffeinate", "zoom.us"}),
-       {.isActive = true, .diagnostic = "Do Not Disturb off, display kept awake by zoom.us"}},
-      {std::nullopt,
-       Holders({"zoom.us"}),
-       {.isActive = true,
-        .doNotDisturbUnreadable = true,
-        .diagnostic = "Do Not Disturb unreadable, display kept awake by zoom.us"}},
-      {true,
-       std::nullopt,
-       {.isActive = true,
-        .displayCheckInconclusive = true,
-        .diagnostic = "Do Not Disturb on, display assertions unreadable"}},
-      {std::nullopt,
-       std::nullopt,
-       {.doNotDisturbUnreadable = true,
-        .displayCheckInconclusive = true,
-        .diagnostic = "Do Not Disturb unreadable, display assertions unreadable"}},
+       {{"Caffeinate", "final cut pro"}},
+       false,
+       "Do Not Disturb off, display kept awake by ignored Caffeinate, final cut pro"},
+      {false, {{"caffeinate", "zoom.us"}}, true, "Do Not Disturb off, display kept awake by zoom.us"},
+      {std::nullopt, zoom, true, "Do Not Disturb unreadable, display kept awake by zoom.us"},
+      {true, unreadable, true, "Do Not Disturb on, display assertions unreadable"},
+      {std::nullopt, unreadable, false, "Do Not Disturb unreadable, display assertions unreadable"},
   };
   for (const auto& row : rows) {
     ScriptedFocusState state;
     state.disturbed = row.disturbed;
     state.holders = row.holders;
-    EXPECT_EQ(FocusModeDetector::evaluate(state, ignored), row.expected) << row.expected.diagnostic;
+    EXPECT_EQ(FocusModeDetector::evaluate(state, ignored),
+              (FocusModeDetector::Evaluation{.isActive = row.active,
+                                             .doNotDisturbUnreadable = !row.disturbed,
+                                             .displayCheckInconclusive = !row.holders,
+                                             .diagnostic = row.diagnostic}));
   }
 }
 
@@ -281,12 +274,9 @@ TEST(SelfUpdateVersionDisplay, ReadsTheVersionOfABuildFromTheReleases) {
     EXPECT_FALSE(SelfUpdateVersionDisplay::displayIn(damaged, "1234")) << damaged;
 }
 
-TEST(SelfUpdateVersionDisplay, AsksOnceADayAndKeepsTheLastAnswer) {
-  VirtualMachine machine;
-  ScriptedPreferenceDomains domains{machine.main()};
-  NotificationCenter notifications{machine.main()};
-  RecordingLog log;
-  PreferenceManager preferences{domains, notifications, log};
+struct VersionDisplayTest : ::testing::Test, testing::ScriptedPreferences {};
+
+TEST_F(VersionDisplayTest, AsksOnceADayAndKeepsTheLastAnswer) {
   ScriptedHttpClient http{machine.main()};
   const auto refresh = [&](const char* build) {
     std::optional<std::optional<std::string>> answer;

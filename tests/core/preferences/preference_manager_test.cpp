@@ -6,22 +6,15 @@
 #include <thread>
 
 #include "core/preferences/display_title.h"
-#include "platform/scripted/scripted_preference_domains.h"
-#include "platform/scripted/virtual_time.h"
-#include "support/recording_log.h"
+#include "support/scripted_preferences.h"
 
 namespace corvane {
 namespace {
 
-using testing::ElementsAre;
+using ::testing::ElementsAre;
 
-class PreferenceManagerTest : public testing::Test {
+class PreferenceManagerTest : public ::testing::Test, protected testing::ScriptedPreferences {
  protected:
-  VirtualMachine machine;
-  NotificationCenter notifications{machine.main()};
-  ScriptedPreferenceDomains domains{machine.main()};
-  RecordingLog log;
-  PreferenceManager preferences{domains, notifications, log};
   const Date date = *parseIso8601("2026-11-22T21:04:42Z");
 
   bool userHas(std::string_view key) const { return domains.user().values->contains(key); }
@@ -30,16 +23,6 @@ class PreferenceManagerTest : public testing::Test {
 TEST_F(PreferenceManagerTest, NothingStoredGivesTheDefaults) {
   const auto config = preferences.loadConfiguration();
   EXPECT_EQ(config, CorvaneConfiguration{});
-  EXPECT_EQ(config.deferralTimerDefault, 60);
-  EXPECT_THAT(config.deferralTimerMenu, ElementsAre(60, 120, 240, 1440));
-  EXPECT_EQ(config.deferralTimerFocus, 30);
-  EXPECT_EQ(config.dialogTimeoutDeferral, 300);
-  EXPECT_EQ(config.dialogTimeoutDeferralAction, DeferralAction::defer);
-  EXPECT_EQ(config.patchWeekStartDay, 2);
-  EXPECT_EQ(config.daysUntilReset, 7);
-  EXPECT_EQ(config.deadlineCountHard, std::nullopt);
-  EXPECT_EQ(config.selfUpdateLabel.text, "corvane4");
-  EXPECT_EQ(config.appTitle, "Corvane");
   EXPECT_TRUE(log.lines().empty());
 }
 
