@@ -50,39 +50,31 @@ TEST(LaunchLine, TellsWhatIsKnownAndSaysUnknownForTheRest) {
 }
 
 TEST(SingleInstance, OnlyAHolderStopsTheLaunchAndEveryOutcomeIsLogged) {
-  using Outcome = SessionLock::Outcome;
+  using enum SessionLock::Outcome;
+  const auto info = LogLevel::info;
+  const auto warning = LogLevel::warning;
+  const std::string support = "/Users/ada/Library/Application Support/Corvane";
+  const std::string other = "Another instance is already running; this launch will exit without a menu bar item.";
+  const auto noFolder =
+      "Could not create " + support + " for the single-instance lock (Read-only file system); continuing.";
+  const auto noFile = "Could not open the single-instance lock at " + support + "/gui.instance.lock; continuing.";
   const struct {
     SessionLock::Attempt attempt;
     bool byAgent;
     bool goesOn;
     LogLevel level;
-    const char* line;
-  } rows[] = {
-      {{Outcome::taken, ""}, true, true, LogLevel::info, "This is the only Corvane instance (launchAgent=true)."},
-      {{Outcome::taken, ""}, false, true, LogLevel::info, "This is the only Corvane instance (launchAgent=false)."},
-      {{Outcome::heldByOther, ""},
-       false,
-       false,
-       LogLevel::info,
-       "Another instance is already running; this launch will exit without a menu bar item."},
-      {{Outcome::couldNotMakeFolder, "Read-only file system"},
-       false,
-       true,
-       LogLevel::warning,
-       "Could not create /Users/ada/Library/Application Support/Corvane for the single-instance lock (Read-only file "
-       "system); continuing."},
-      {{Outcome::couldNotOpen, "Permission denied"},
-       false,
-       true,
-       LogLevel::warning,
-       "Could not open the single-instance lock at /Users/ada/Library/Application Support/Corvane/gui.instance.lock; "
-       "continuing."}};
+    std::string line;
+  } rows[] = {{{taken, ""}, true, true, info, "This is the only Corvane instance (launchAgent=true)."},
+              {{taken, ""}, false, true, info, "This is the only Corvane instance (launchAgent=false)."},
+              {{heldByOther, ""}, false, false, info, other},
+              {{couldNotMakeFolder, "Read-only file system"}, false, true, warning, noFolder},
+              {{couldNotOpen, "Permission denied"}, false, true, warning, noFile}};
   for (const auto& row : rows) {
     RecordingLog log;
     SetLock lock;
     lock.answer = row.attempt;
     EXPECT_EQ(claimSingleInstance(lock, row.byAgent, Logger(log, "Corvane")), row.goesOn) << row.line;
-    const RecordingLog::Line expected{row.level, std::string("Corvane: ") + row.line};
+    const RecordingLog::Line expected{row.level, "Corvane: " + row.line};
     EXPECT_EQ(log.lines(), std::vector{expected});
   }
 }

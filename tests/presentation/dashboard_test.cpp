@@ -229,21 +229,19 @@ TEST_F(DashboardTest, WordsARowByTheFirstTestThatHolds) {
   unversioned.currentVersion.reset();
   facts_.config.requiredLabels = {"quill"};
 
+  const auto* const triangle = "exclamationmark.triangle.fill";
+  const auto* const unanswered = "Couldn't retrieve latest version";
+  const auto* const foreign = "Signature mismatch—won't update";
+  const auto* const byStore = "Updated by the App Store";
   const RowCase cases[] = {
-      {"outdated", quill(), "Installed: 1.0", "Latest: 2.0", orange, "exclamationmark.triangle.fill", yellow, true,
-       false},
+      {"outdated", quill(), "Installed: 1.0", "Latest: 2.0", orange, triangle, yellow, true, false},
       {"current", current, "Installed: 2.0", "Latest: 2.0", secondary, "checkmark.circle.fill", green, false, false},
       {"unchecked", unchecked, "Installed: 1.0", "", secondary, "", clear, false, false},
-      {"check failed", failed, "Installed: 1.0", "Couldn't retrieve latest version", orange,
-       "exclamationmark.triangle.fill", orange, false, true},
-      {"mismatch before all", mismatch, "Installed: 1.0", "Signature mismatch—won't update", orange, "lock.shield.fill",
-       orange, false, true},
-      {"of the store", fromStore, "Installed: 1.0", "Updated by the App Store", secondary, "bag.fill", secondary, false,
-       true},
-      {"required, missing", required, "Not installed (required)", "Latest: 2.0", orange,
-       "exclamationmark.triangle.fill", yellow, true, false},
-      {"no version found", unversioned, "", "Latest: 2.0", orange, "exclamationmark.triangle.fill", yellow, true,
-       false},
+      {"check failed", failed, "Installed: 1.0", unanswered, orange, triangle, orange, false, true},
+      {"mismatch before all", mismatch, "Installed: 1.0", foreign, orange, "lock.shield.fill", orange, false, true},
+      {"of the store", fromStore, "Installed: 1.0", byStore, secondary, "bag.fill", secondary, false, true},
+      {"required, missing", required, "Not installed (required)", "Latest: 2.0", orange, triangle, yellow, true, false},
+      {"no version found", unversioned, "", "Latest: 2.0", orange, triangle, yellow, true, false},
   };
   for (const auto& c : cases) {
     const auto shown = row(c.app);

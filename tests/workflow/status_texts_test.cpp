@@ -98,6 +98,9 @@ TEST(StatusTexts, backgroundPassesAreWordedByNameAndPlace) {
 }
 
 TEST(StatusTexts, passesAndChecksAreWorded) {
+  EXPECT_EQ(startText(DiscoveryOperation::initialLoad, 3), "Loading status and discovering applications...");
+  EXPECT_EQ(startText(DiscoveryOperation::patchSingle, 3), "Updating application...");
+  EXPECT_EQ(startText(DiscoveryOperation::patchBackground, 3), "Background updating applications…");
   EXPECT_EQ(startText(DiscoveryOperation::checkUpdates, 3),
             "Checking for updates for 3 applications (this may take a few minutes)...");
   EXPECT_EQ(startText(DiscoveryOperation::checkUpdates, 0), "Checking for updates (this may take a few minutes)...");

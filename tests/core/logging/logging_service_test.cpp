@@ -7,6 +7,7 @@
 #include "core/logging/log_record_codec.h"
 #include "core/logging/logging_service.h"
 #include "platform/scripted/scripted_files.h"
+#include "platform/scripted/virtual_time.h"
 
 namespace corvane {
 namespace {
@@ -14,27 +15,20 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-class FixedClock final : public Clock {
- public:
-  Date time = *parseIso8601("2026-11-22T21:04:42.123Z");
-  Date now() const override { return time; }
-  SteadyTime steadyNow() const override { return {}; }
-};
-
 class LoggingServiceTest : public testing::Test {
  protected:
   const std::filesystem::path system = "/logs/crv.log";
   const std::filesystem::path archive = "/archive";
   const std::filesystem::path fallback = "/home/logs/crv.log";
-  FixedClock clock;
-  ScriptedFiles files{clock};
+  VirtualMachine machine{*parseIso8601("2026-11-22T21:04:42.123Z")};
+  ScriptedFiles files{machine.clock()};
 
   void SetUp() override { files.put(system.parent_path() / "other", ""); }  // the installation ships the folder
 
   LoggingService make(LogRole role) {
     LogPaths paths{.system = system, .archive = archive, .fallback = fallback};
     if (role == LogRole::helper) paths.fallback = std::nullopt;
-    return {paths, role, files, clock, [] { return *Calendar::named("Europe/Berlin"); }};
+    return {paths, role, files, machine.clock(), [] { return *Calendar::named("Europe/Berlin"); }};
   }
 };
 
@@ -70,7 +64,7 @@ TEST_F(LoggingServiceTest, ControlBytesAreEscapedAndComeBack) {
 TEST_F(LoggingServiceTest, OnlyTheHelperMakesTheSystemFolder) {
   const std::filesystem::path missing = "/missing/crv.log";
   const auto log = [&](LogRole role) {
-    return LoggingService({.system = missing, .archive = archive, .fallback = fallback}, role, files, clock,
+    return LoggingService({.system = missing, .archive = archive, .fallback = fallback}, role, files, machine.clock(),
                           [] { return Calendar::utc(); });
   };
   auto user = log(LogRole::user);

@@ -39,11 +39,32 @@ bool held(const std::vector<Outcome>& runs, std::optional<std::string> target = 
   return LabelFailureHistory::isHeld(kQuill, target, cycleStart, LabelFailureHistory::failureRecords(receipts(runs)));
 }
 
-TEST(LabelFailureHistory, HoldsAfterThreeCountedFailuresInARow) {
-  EXPECT_FALSE(held({}));
-  EXPECT_FALSE(held({{failure, 2}, {failure, 2}}));
-  EXPECT_TRUE(held({{failure, 2}, {failure, -1}, {failure, 137}}));
-  EXPECT_TRUE(held({{failure, 2}, {failure, 2}, {failure, 2}, {failure, 2}}));
+TEST(LabelFailureHistory, HoldsAfterThreeCountedFailuresInARowOfOneTargetVersion) {
+  const Outcome failed{failure, 2};
+  const Outcome old{failure, 2, "1.9"};
+  const Outcome untold{failure, 2, {}};
+  const struct {
+    const char* what;
+    std::vector<Outcome> runs;
+    bool held;
+    std::optional<std::string> target = "2.0";
+  } rows[] = {
+      {"nothing ran", {}, false},
+      {"two", {failed, failed}, false},
+      {"three of any counted code", {failed, {failure, -1}, {failure, 137}}, true},
+      {"four", {failed, failed, failed, failed}, true},
+      {"a success ends the row", {failed, failed, failed, {success, 0}}, false},
+      {"a success within", {failed, {success, 0}, failed, failed}, false},
+      {"neither skipped nor uncounted ones lengthen it", {failed, {failure, 6}, {skipped, 11}, failed}, false},
+      {"nor end it", {failed, {skipped, 10}, {failure, 13}, failed, failed}, true},
+      {"an older version's does not count", {old, failed, failed}, false},
+      {"another version's within", {failed, failed, old, failed}, false},
+      {"a new version is tried", {failed, failed, failed}, false, "2.1"},
+      {"no newer version is known", {failed, failed, failed}, true, std::nullopt},
+      {"of a version nobody told", {untold, untold, untold}, false},
+      {"and none is known now either", {untold, untold, untold}, true, std::nullopt},
+  };
+  for (const auto& row : rows) EXPECT_EQ(held(row.runs, row.target), row.held) << row.what;
 }
 
 TEST(LabelFailureHistory, HoldsAtOnceWhereAnotherTryCannotHelp) {
@@ -56,25 +77,6 @@ TEST(LabelFailureHistory, HoldsAtOnceWhereAnotherTryCannotHelp) {
     // Older failures do not take the hold back into the cycle before.
     EXPECT_TRUE(held({{failure, 2}, {failure, 2}, {failure, code}}, "2.0", kStart + 2h)) << code;
   }
-}
-
-TEST(LabelFailureHistory, ASuccessEndsTheRow) {
-  EXPECT_FALSE(held({{failure, 2}, {failure, 2}, {failure, 2}, {success, 0}}));
-  EXPECT_FALSE(held({{failure, 2}, {success, 0}, {failure, 2}, {failure, 2}}));
-}
-
-TEST(LabelFailureHistory, SkippedAndUncountedRunsNeitherLengthenNorEndIt) {
-  EXPECT_FALSE(held({{failure, 2}, {failure, 6}, {skipped, 11}, {failure, 2}}));
-  EXPECT_TRUE(held({{failure, 2}, {skipped, 10}, {failure, 13}, {failure, 2}, {failure, 2}}));
-}
-
-TEST(LabelFailureHistory, CountsFailuresOfOneTargetVersionOnly) {
-  EXPECT_FALSE(held({{failure, 2, "1.9"}, {failure, 2}, {failure, 2}}));
-  EXPECT_FALSE(held({{failure, 2}, {failure, 2}, {failure, 2, "1.9"}, {failure, 2}}));
-  EXPECT_FALSE(held({{failure, 2}, {failure, 2}, {failure, 2}}, "2.1")) << "a new version is tried";
-  EXPECT_TRUE(held({{failure, 2}, {failure, 2}, {failure, 2}}, std::nullopt)) << "no newer version is known";
-  EXPECT_FALSE(held({{failure, 2, {}}, {failure, 2, {}}, {failure, 2, {}}}, "2.0"));
-  EXPECT_TRUE(held({{failure, 2, {}}, {failure, 2, {}}, {failure, 2, {}}}, std::nullopt));
 }
 
 TEST(LabelFailureHistory, StartsAnewWithTheCycle) {

@@ -16,38 +16,23 @@ struct Pair {
 };
 
 TEST(VersionComparator, PlacesVersionsThatDifferInTheirOrder) {
-  const Pair ascending[] = {
-      {"1.9", "1.10"},
-      {"1.10.0", "1.10.1"},
-      {"0.9", "1"},
-      {"", "1"},
-      {"0.1", "word"},
-      {"v3-beta2", "3"},
-      {"v3-beta2", "3-beta10"},
-      {"3.0-beta", "3.0.1"},
-      {"3.0-dev", "3.0-alpha"},
-      {"3.0 Alpha 4", "3.0 BETA 1"},
-      {"3.0-beta.2", "3.0-preview"},
-      {"3.0-pre", "3.0-rc1"},
-      {"3.0rc1", "3.0"},
-      {"3.0b2", "3.0"},
-      {"2.9", "3.0b2"},
-      {"1.0.2", "1.0.2k"},
-      {"1.0.2k", "1.0.2l"},
-      {"1.0.2k", "1.0.2.1"},
-      {"2024a", "2024b"},
-      {"2024.3", "2024.3 (build 7)"},
-      {"2024.3 (build 7)", "2024.3 (build 10)"},
-      {"2024.3 build 7", "2024.3.1"},
-      {"1.2.3+9", "1.2.3+10"},
-      {"99999999999999999999999999999999999998", "99999999999999999999999999999999999999"},
-      {"9", "10000000000000000000000000000000000000"},
-      {"1.2_3", "1-2.4"},
-  };
-  for (const auto& [less, more] : ascending) {
+  const Pair ascending[] = {{"1.9", "1.10"},      {"1.10.0", "1.10.1"},  {"0.9", "1"},          {"", "1"},
+                            {"0.1", "word"},      {"v3-beta2", "3"},     {"3.0-beta", "3.0.1"}, {"3.0-pre", "3.0-rc1"},
+                            {"3.0rc1", "3.0"},    {"3.0b2", "3.0"},      {"2.9", "3.0b2"},      {"1.0.2", "1.0.2k"},
+                            {"1.0.2k", "1.0.2l"}, {"1.0.2k", "1.0.2.1"}, {"2024a", "2024b"},    {"1.2_3", "1-2.4"}};
+  const Pair longer[] = {{"v3-beta2", "3-beta10"},      {"3.0-dev", "3.0-alpha"},       {"3.0 Alpha 4", "3.0 BETA 1"},
+                         {"3.0-beta.2", "3.0-preview"}, {"2024.3", "2024.3 (build 7)"}, {"2024.3 build 7", "2024.3.1"},
+                         {"1.2.3+9", "1.2.3+10"}};
+  const auto expectOrder = [](const std::string& less, const std::string& more) {
     EXPECT_TRUE(VersionComparator::compare(less, more) < 0) << less << " / " << more;
     EXPECT_TRUE(VersionComparator::compare(more, less) > 0) << less << " / " << more;
-  }
+  };
+  for (const auto& [less, more] : ascending) expectOrder(less, more);
+  for (const auto& [less, more] : longer) expectOrder(less, more);
+  expectOrder("2024.3 (build 7)", "2024.3 (build 10)");
+  const std::string nines(37, '9');
+  expectOrder(nines + "8", nines + "9");
+  expectOrder("9", "1" + std::string(37, '0'));
 }
 
 TEST(VersionComparator, TakesSpellingsOfOneVersionAsEqual) {

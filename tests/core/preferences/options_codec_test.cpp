@@ -7,12 +7,13 @@
 #include <filesystem>
 
 #include "core/preferences/options_codec.h"
+#include "support/temporary_folder.h"
 
 namespace corvane {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
 
 constexpr auto kDefaults =
     "BLOCKING_PROCESS_ACTION=tell_user IGNORE_APP_STORE_APPS=no INTERRUPT_DND=yes LOGO=appstore NOTIFY=success "
@@ -120,51 +121,20 @@ TEST(OptionArguments, WhatTheToolComparesAsANumberMustBeOne) {
 }
 
 TEST(OptionArguments, AShellSetsExactlyTheConfiguredTextAndRunsNothing) {
-  const auto folder = std::filesystem::temp_directory_path() / "corvane-options-XXXXXX";
-  auto pattern = folder.string();
-  ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-  for (const std::string value : {"$(touch x)",
-                                  "`touch x`",
-                                  ";touch x",
-                                  "a&touch x",
-                                  "| touch x",
-                                  "'",
-                                  "''",
-                                  "'; touch x; '",
-                                  "\\'; touch x #",
-                                  "\"; touch x; \"",
-                                  "\"",
-                                  "\\",
-                                  "\\\\",
-                                  "a b  c",
-                                  "~",
-                                  "~root/x",
-                                  "*",
-                                  "?[a-z]*",
-                                  "=ls",
-                                  "==",
-                                  "!!",
-                                  "!touch",
-                                  "$HOME",
-                                  "${(e)HOME}",
-                                  "$((1+1))",
-                                  "<(touch x)",
-                                  "> x",
-                                  "x\ty",
-                                  "(touch x)",
-                                  "{a,b}",
-                                  "%s%n",
-                                  "#c",
-                                  "Zoë – 数字 🦊",
-                                  "\x01\x7f\xff",
-                                  "-n",
-                                  ""}) {
+  const testing::TemporaryFolder folder;
+  const std::vector<std::string> marks = {"'",    "''",      "\"",   "\\", "\\\\", "a b  c", "~",     "~root/x",
+                                          "*",    "?[a-z]*", "=ls",  "==", "!!",   "!touch", "$HOME", "> x",
+                                          "x\ty", "{a,b}",   "%s%n", "#c", "-n",   ""};
+  std::vector<std::string> values = {
+      "$(touch x)",      "`touch x`",  ";touch x", "a&touch x",  "| touch x", "'; touch x; '",        "\\'; touch x #",
+      "\"; touch x; \"", "${(e)HOME}", "$((1+1))", "<(touch x)", "(touch x)", "Zoë – 数字 🦊", "\x01\x7f\xff"};
+  values.insert(values.end(), marks.begin(), marks.end());
+  for (const auto& value : values) {
     const auto argument = quotedAssignment("PROXY", value);
     ASSERT_TRUE(argument) << value;
-    EXPECT_EQ(evaluated(*argument, "PROXY", pattern), value);
+    EXPECT_EQ(evaluated(*argument, "PROXY", folder.path()), value);
   }
-  EXPECT_TRUE(std::filesystem::is_empty(pattern));
-  std::filesystem::remove_all(pattern);
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
 }
 
 TEST(OptionArguments, LineBreaksNulAndOddNamesAreRefused) {
