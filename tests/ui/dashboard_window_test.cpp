@@ -14,6 +14,7 @@
 #include "base/atomic_file.h"
 #include "base/plist.h"
 #include "support/temporary_folder.h"
+#include "ui/heard_prompt.h"
 #include "ui/page_states.h"
 #include "ui/prompt_states.h"
 
@@ -83,12 +84,7 @@ class DashboardWindowTest : public ::testing::Test {
   [[nodiscard]] std::string heard() { return std::exchange(heard_, {}); }
 
   std::string heard_;
-  PromptBridge prompt_{{.select = [this](std::int64_t minutes) { heard_ += "select:" + std::to_string(minutes) + " "; },
-                        .defer = [this] { heard_ += "defer "; },
-                        .install = [this] { heard_ += "install "; },
-                        .accept = [this] { heard_ += "accept "; },
-                        .decline = [this] { heard_ += "decline "; },
-                        .close = [this] { heard_ += "close "; }}};
+  PromptBridge prompt_{heardBy(heard_)};
   DashboardBridge bridge_{{.discoverInstalledApps = [this] { heard_ += "discover "; },
                            .checkForUpdates = [this] { heard_ += "check "; },
                            .updateAll = [this] { heard_ += "updateAll "; },

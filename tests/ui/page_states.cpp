@@ -77,27 +77,6 @@ PageState ordinary(std::string name) {
   return state;
 }
 
-PageState patchingOne() {
-  auto state = ordinary("patching-one");
-  state.fields.gate = {.isPatching = true, .currentOperation = DiscoveryOperation::patchSingle};
-  state.fields.patch.progress = PatchProgress{.operation = DiscoveryOperation::patchSingle,
-                                              .labels = {Label("bramble")},
-                                              .currentLabel = Label("bramble"),
-                                              .total = 1};
-  state.fields.messages.statusMessage = "Updating Bramble (1 of 1)…";
-  count(state);
-  return state;
-}
-
-PageState checking() {
-  auto state = ordinary("checking");
-  state.fields.gate = {.isLoading = true, .currentOperation = DiscoveryOperation::checkUpdates};
-  state.fields.discovery.updateCheckCoversAllApps = true;
-  state.fields.messages.statusMessage = startText(DiscoveryOperation::checkUpdates, 12);
-  count(state);
-  return state;
-}
-
 PageState expanded() {
   auto state = ordinary("expanded");
   const Label label("harbor");
@@ -153,71 +132,11 @@ PageState installomatorMissing() {
   return state;
 }
 
-PageState selfUpdate() {
-  auto state = ordinary("self-update");
-  state.fields.selfUpdate.selfUpdateAvailable =
-      SelfUpdateAvailability{.label = Label("corvane4"), .availableVersion = "4.1", .runningVersion = "4.0"};
-  state.capabilities = {.updatesItself = true};
-  return state;
-}
-
-PageState deadlines() {
-  auto state = ordinary("deadlines");
-  state.fields.deferral.currentHardDeadlineDate = kNow - 1h;
-  state.fields.deferral.currentDeferralEscalation = DeferralEscalation::hard;
-  state.watchpoint = watchpoint::Enforcement{kNow + 21h};
-  count(state);
-  return state;
-}
-
-PageState deferred() {
-  auto state = ordinary("deferred");
-  state.watchpoint = watchpoint::DeferralReminder{kNow + 1h + 58min + 20s};
-  return state;
-}
-
-PageState focusDeferred() {
-  auto state = ordinary("focus-deferred");
-  state.watchpoint = watchpoint::FocusDeferral{kNow + 29min};
-  return state;
-}
-
-PageState errorState() {
-  auto state = ordinary("error");
-  state.fields.messages.errorMessage =
-      "Reset Helper failed: the helper does not end (process 4711) (domain: CRVHelperRegistration, code: 110)";
-  count(state);
-  return state;
-}
-
-PageState alertsFilter() {
-  auto state = ordinary("filter-alerts");
-  state.fields.filterMode = FilterMode::alerts;
-  count(state);
-  return state;
-}
-
-PageState emptyFilter() {
-  auto state = scanned("filter-empty");
-  state.fields.inventory.apps = {app("quill", "Quill", "2.0", "2.0")};
-  state.fields.filterMode = FilterMode::needsUpdate;
-  count(state);
-  return state;
-}
-
 PageState thousand() {
   auto state = scanned("thousand-rows");
   for (int i = 0; i < 1000; ++i)
     state.fields.inventory.apps.push_back(
         app(fmt::format("app{:04}", i), fmt::format("Application {}", i), "1.0", i % 3 == 0 ? "1.1" : "1.0"));
-  count(state);
-  return state;
-}
-
-PageState discovering() {
-  auto state = bare("discovering-first");
-  state.fields.gate = {.isLoading = true, .currentOperation = DiscoveryOperation::discoverInstalled};
-  state.fields.messages.statusMessage = startText(DiscoveryOperation::discoverInstalled, 0);
   count(state);
   return state;
 }
@@ -277,44 +196,73 @@ PageState ordinaryState() {
 }
 
 std::vector<PageState> allPageStates() {
-  std::vector<PageState> states{bare("never-scanned"),
-                                scanned("empty-after-scan"),
-                                discovering(),
-                                checking(),
-                                ordinary("ordinary"),
-                                patchingOne(),
-                                expanded(),
-                                completed(),
-                                banner("helper-not-registered", HelperStatus::notRegistered, true),
-                                banner("helper-requires-approval", HelperStatus::requiresApproval, true),
-                                banner("helper-not-found", HelperStatus::notFound, true),
-                                banner("helper-not-operational", HelperStatus::enabled, false),
-                                installomatorMissing(),
-                                selfUpdate(),
-                                deadlines(),
-                                deferred(),
-                                focusDeferred(),
-                                errorState(),
-                                alertsFilter(),
-                                emptyFilter(),
-                                thousand()};
-  auto small = ordinary("small");
-  small.width = 640;
-  small.height = 480;
-  states.push_back(small);
-  auto smallDeadlines = deadlines();
-  smallDeadlines.name = "small-deadlines";
-  smallDeadlines.width = 640;
-  smallDeadlines.height = 480;
-  states.push_back(smallDeadlines);
-  auto smallBanner = banner("small-banner", HelperStatus::notRegistered, false);
-  smallBanner.width = 640;
-  smallBanner.height = 480;
-  states.push_back(smallBanner);
-  auto wide = ordinary("wide");
-  wide.width = 1920;
-  wide.height = 1080;
-  states.push_back(wide);
+  using enum DiscoveryOperation;
+  std::vector<PageState> states{bare("never-scanned"), scanned("empty-after-scan")};
+  const auto add = [&](PageState state, const auto& edit) {
+    edit(state.fields, state);
+    count(state);
+    states.push_back(std::move(state));
+  };
+  add(bare("discovering-first"), [](auto& fields, auto&) {
+    fields.gate = {.isLoading = true, .currentOperation = discoverInstalled};
+    fields.messages.statusMessage = startText(discoverInstalled, 0);
+  });
+  add(ordinary("checking"), [](auto& fields, auto&) {
+    fields.gate = {.isLoading = true, .currentOperation = checkUpdates};
+    fields.discovery.updateCheckCoversAllApps = true;
+    fields.messages.statusMessage = startText(checkUpdates, 12);
+  });
+  states.push_back(ordinary("ordinary"));
+  add(ordinary("patching-one"), [](auto& fields, auto&) {
+    const Label label("bramble");
+    fields.gate = {.isPatching = true, .currentOperation = patchSingle};
+    fields.patch.progress =
+        PatchProgress{.operation = patchSingle, .labels = {label}, .currentLabel = label, .total = 1};
+    fields.messages.statusMessage = "Updating Bramble (1 of 1)…";
+  });
+  states.push_back(expanded());
+  states.push_back(completed());
+  states.push_back(banner("helper-not-registered", HelperStatus::notRegistered, true));
+  states.push_back(banner("helper-requires-approval", HelperStatus::requiresApproval, true));
+  states.push_back(banner("helper-not-found", HelperStatus::notFound, true));
+  states.push_back(banner("helper-not-operational", HelperStatus::enabled, false));
+  states.push_back(installomatorMissing());
+  add(ordinary("self-update"), [](auto& fields, auto& state) {
+    fields.selfUpdate.selfUpdateAvailable =
+        SelfUpdateAvailability{.label = Label("corvane4"), .availableVersion = "4.1", .runningVersion = "4.0"};
+    state.capabilities = {.updatesItself = true};
+  });
+  const auto enforced = [](auto& fields, auto& state) {
+    fields.deferral.currentHardDeadlineDate = kNow - 1h;
+    fields.deferral.currentDeferralEscalation = DeferralEscalation::hard;
+    state.watchpoint = watchpoint::Enforcement{kNow + 21h};
+  };
+  add(ordinary("deadlines"), enforced);
+  add(ordinary("deferred"),
+      [](auto&, auto& state) { state.watchpoint = watchpoint::DeferralReminder{kNow + 1h + 58min + 20s}; });
+  add(ordinary("focus-deferred"),
+      [](auto&, auto& state) { state.watchpoint = watchpoint::FocusDeferral{kNow + 29min}; });
+  add(ordinary("error"), [](auto& fields, auto&) {
+    fields.messages.errorMessage =
+        "Reset Helper failed: the helper does not end (process 4711) (domain: CRVHelperRegistration, code: 110)";
+  });
+  add(ordinary("filter-alerts"), [](auto& fields, auto&) { fields.filterMode = FilterMode::alerts; });
+  add(scanned("filter-empty"), [](auto& fields, auto&) {
+    fields.inventory.apps = {app("quill", "Quill", "2.0", "2.0")};
+    fields.filterMode = FilterMode::needsUpdate;
+  });
+  states.push_back(thousand());
+  const auto addSized = [&](PageState state, int width, int height) {
+    state.width = width;
+    state.height = height;
+    states.push_back(std::move(state));
+  };
+  addSized(ordinary("small"), 640, 480);
+  add(ordinary("small-deadlines"), enforced);
+  states.back().width = 640;
+  states.back().height = 480;
+  addSized(banner("small-banner", HelperStatus::notRegistered, false), 640, 480);
+  addSized(ordinary("wide"), 1920, 1080);
   for (std::size_t i = 0, light = states.size(); i < light; ++i) {
     states.push_back(states[i]);
     states.back().dark = true;

@@ -6,6 +6,7 @@
 #include <QQuickWindow>
 #include <QTest>
 
+#include "ui/heard_prompt.h"
 #include "ui/page_engine.h"
 #include "ui/prompt_states.h"
 
@@ -25,12 +26,7 @@ class PromptPanelTest : public ::testing::Test {
   }
 
   std::string heard_;
-  PromptBridge bridge_{{.select = [this](std::int64_t minutes) { heard_ += "select:" + std::to_string(minutes) + " "; },
-                        .defer = [this] { heard_ += "defer "; },
-                        .install = [this] { heard_ += "install "; },
-                        .accept = [this] { heard_ += "accept "; },
-                        .decline = [this] { heard_ += "decline "; },
-                        .close = [this] { heard_ += "close "; }}};
+  PromptBridge bridge_{heardBy(heard_)};
   PromptPanel panel_{bridge_};
 };
 
