@@ -10,8 +10,7 @@
 
 #include "base/json.h"
 #include "platform/posix/process_stamp.h"
-#include "platform/posix/system_clock.h"
-#include "platform/uv/uv_main_loop.h"
+#include "support/real_loop.h"
 #include "support/temporary_folder.h"
 
 namespace corvane::testing {
@@ -30,13 +29,8 @@ class ChildHelperRegistrationTest : public ::testing::Test {
     const auto json = parseJson(TemporaryFolder::read(record_));
     return json && json->find("pid") != nullptr ? static_cast<pid_t>(*json->find("pid")->integer()) : 0;
   }
-  // Looks again every few milliseconds: nothing in the loop tells of other processes.
-  bool wait(const std::function<bool()>& done) {
-    const auto tick = loop_.mainQueue().every(5ms, [] {});
-    return loop_.pump(done, 30s);
-  }
   bool isUp() {
-    return wait([&] { return std::filesystem::exists(folder_.path() / "up"); });
+    return loop_.wait([&] { return std::filesystem::exists(folder_.path() / "up"); });
   }
   Status unregister() {
     std::optional<Status> ended;
@@ -47,8 +41,7 @@ class ChildHelperRegistrationTest : public ::testing::Test {
   }
 
   TemporaryFolder folder_;
-  SystemClock clock_;
-  UvMainLoop loop_{clock_};
+  RealLoop loop_;
   std::filesystem::path record_ = folder_.path() / "support/helper-registration.json";
   std::filesystem::path socket_ = folder_.path() / std::string(120, 'd') / "helper.sock";
   std::vector<std::string> told_;
@@ -80,7 +73,7 @@ TEST_F(ChildHelperRegistrationTest, TheHelperLivesThroughItsStates) {
   EXPECT_EQ(recordedPid(), pid) << "a running helper is kept";
 
   ::kill(pid, SIGKILL);
-  ASSERT_TRUE(wait([&] { return !processStamp(pid).has_value(); }));
+  ASSERT_TRUE(loop_.wait([&] { return !processStamp(pid).has_value(); }));
   EXPECT_EQ(registration_.status(), HelperStatus::enabled);
   EXPECT_EQ(registration_.printExitCode(), kDaemonNotLoaded);
   EXPECT_EQ(registration_.kickstart(), 0);

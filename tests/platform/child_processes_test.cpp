@@ -4,19 +4,16 @@
 #include <unistd.h>
 
 #include "platform/posix/process_stamp.h"
-#include "platform/posix/system_clock.h"
 #include "platform/scripted/scripted_child_processes.h"
 #include "platform/scripted/virtual_time.h"
 #include "platform/uv/line_splitter.h"
 #include "platform/uv/uv_child_processes.h"
-#include "platform/uv/uv_main_loop.h"
+#include "support/real_loop.h"
 #include "support/temporary_folder.h"
 
 namespace corvane::testing {
 
 namespace {
-
-constexpr Duration kPatience = 30s;  // a failing test's, never a passing one's
 
 class RealWorld {
  public:
@@ -25,16 +22,11 @@ class RealWorld {
   static ChildSpec shell(const std::string& script) {
     return {.executable = "/bin/sh", .arguments = {"-c", script}, .environment = {{"PATH", "/usr/bin:/bin"}}};
   }
-  // Looks again every few milliseconds: nothing in the loop tells of a grandchild's end.
-  bool wait(const std::function<bool()>& done) {
-    const auto tick = loop_.mainQueue().every(5ms, [] {});
-    return loop_.pump(done, kPatience);
-  }
+  bool wait(const std::function<bool()>& done) { return loop_.wait(done); }
 
  private:
   ChildLimits limits_;
-  SystemClock clock_;
-  UvMainLoop loop_{clock_};
+  RealLoop loop_;
   UvChildProcesses children_{loop_.loop(), loop_.mainQueue(), limits_};
 };
 
@@ -220,8 +212,7 @@ TEST_F(UvChildProcessesTest, ChildrenRunAsAnotherUserWithoutOurGroups) {
 }
 
 TEST_F(UvChildProcessesTest, OwnersMayDieBeforeTheirChildren) {
-  SystemClock clock;
-  UvMainLoop loop(clock);
+  RealLoop loop;
   pid_t pid = 0;
   {
     UvChildProcesses children(loop.loop(), loop.mainQueue());

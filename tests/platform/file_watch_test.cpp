@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/posix/system_clock.h"
-#include "platform/uv/uv_main_loop.h"
+#include "support/real_loop.h"
 #include "support/temporary_folder.h"
 
 namespace corvane::testing {
@@ -13,10 +12,9 @@ class UvFileWatchTest : public ::testing::Test {
   [[nodiscard]] Lease watch(const std::filesystem::path& folder) {
     return watch_.watch(folder, [this] { ++heard_; });
   }
-  // How often the watch spoke since the last question. Events are in the kernel's queue when the change returns,
-  // so a look and what it posts will do.
+  // How often the watch spoke since the last question.
   int heard() {
-    for (int turn = 0; turn < 4; ++turn) loop_.turn();
+    loop_.look();
     return std::exchange(heard_, 0);
   }
   void makeFolder(const std::string& name) const { std::filesystem::create_directories(root() / name); }
@@ -24,8 +22,7 @@ class UvFileWatchTest : public ::testing::Test {
   [[nodiscard]] const std::filesystem::path& root() const { return folder_.path(); }
 
   TemporaryFolder folder_;
-  SystemClock clock_;
-  UvMainLoop loop_{clock_};
+  RealLoop loop_;
   UvFileWatch watch_{loop_.loop(), loop_.mainQueue()};
   int heard_ = 0;
 };

@@ -8,11 +8,10 @@
 #include <thread>
 
 #include "base/frame.h"
-#include "platform/posix/system_clock.h"
 #include "platform/scripted/scripted_helper_channel.h"
 #include "platform/scripted/virtual_time.h"
 #include "platform/uv/socket_address.h"
-#include "platform/uv/uv_main_loop.h"
+#include "support/real_loop.h"
 #include "support/temporary_folder.h"
 #include "support/unix_socket.h"
 
@@ -79,8 +78,7 @@ class UvHelperChannelTest : public ::testing::Test {
     return std::move(answer).value_or(failure("test", 0, "no answer"));
   }
 
-  SystemClock clock_;
-  UvMainLoop loop_{clock_};
+  RealLoop loop_;
   TemporaryFolder folder_;
   std::filesystem::path socket_ = folder_.path() / "helper.sock";
 };

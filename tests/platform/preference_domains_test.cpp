@@ -10,11 +10,10 @@
 
 #include "base/atomic_file.h"
 #include "platform/posix/posix_preference_domains.h"
-#include "platform/posix/system_clock.h"
 #include "platform/scripted/scripted_preference_domains.h"
 #include "platform/scripted/virtual_time.h"
 #include "platform/uv/uv_file_watch.h"
-#include "platform/uv/uv_main_loop.h"
+#include "support/real_loop.h"
 #include "support/temporary_folder.h"
 
 namespace corvane::testing {
@@ -27,10 +26,7 @@ class RealWorld {
   PreferenceDomains& domains() { return domains_; }
   void writeUser(PlistDict values) { write(paths_.user, std::move(values)); }
   void writeManaged(PlistDict values) { write(paths_.managed, std::move(values)); }
-  // Events are in the kernel's queue when the write returns, so one look and what it posts will do.
-  void settle() {
-    for (int turn = 0; turn < 4; ++turn) loop_.turn();
-  }
+  void settle() { loop_.look(); }
 
  private:
   static void write(const std::filesystem::path& path, PlistDict values) {
@@ -39,8 +35,7 @@ class RealWorld {
   }
 
   TemporaryFolder folder_;
-  SystemClock clock_;
-  UvMainLoop loop_{clock_};
+  RealLoop loop_;
   UvFileWatch watch_{loop_.loop(), loop_.mainQueue()};
   PosixPreferenceDomains::Paths paths_{.user = folder_.path() / "home/Library/Preferences/d.plist",
                                        .managed = folder_.path() / "Library/Managed Preferences/d.plist"};

@@ -11,11 +11,10 @@
 #include "platform/linux/process_table.h"
 #include "platform/linux/x11_window_order.h"
 #include "platform/posix/bundle_path.h"
-#include "platform/posix/system_clock.h"
 #include "platform/scripted/scripted_running_applications.h"
 #include "platform/scripted/virtual_time.h"
 #include "platform/uv/uv_child_processes.h"
-#include "platform/uv/uv_main_loop.h"
+#include "support/real_loop.h"
 #include "support/temporary_folder.h"
 
 namespace corvane::testing {
@@ -42,19 +41,14 @@ class RealWorld {
     started_.push_back(child);
     return child->pid();
   }
-  // Looks again every few milliseconds: nothing in the loop tells of other processes.
-  bool wait(const std::function<bool()>& done) {
-    const auto tick = loop_.mainQueue().every(5ms, [] {});
-    return loop_.pump(done, 30s);
-  }
+  bool wait(const std::function<bool()>& done) { return loop_.wait(done); }
   ~RealWorld() {
     for (const auto& child : started_) child->kill();
   }
 
  private:
   TemporaryFolder folder_;
-  SystemClock clock_;
-  UvMainLoop loop_{clock_};
+  RealLoop loop_;
   UvChildProcesses children_{loop_.loop(), loop_.mainQueue()};
   LinuxRunningApplications applications_{loop_.mainQueue()};
   std::vector<std::shared_ptr<ChildHandle>> started_;
