@@ -21,6 +21,31 @@ Mon 26 Oct 10:00 asked: 3 applications
 )");
 }
 
+// What cannot be looked up is an alert, not pending: it leaves the rounds that begin after its failure, and returns
+// with the check that answers again.
+TEST_F(PromptDiaryTest, aCheckThatFailsForEverHoldsUpNeitherTheRoundsNorTheCycle) {
+  plan.habits = {.answer = Habits::Answer::defers};
+  start();
+  mac->runUntil("2026-10-26 09:30");
+  mac->helper().behaviour.failingChecks = {"bellows"};
+  mac->runUntil("2026-10-27 08:00");
+  EXPECT_EQ(mac->model().fields().inventory.alertCount, 1);
+  mac->helper().behaviour.failingChecks.clear();
+  mac->person().habits.answer = Habits::Answer::ignores;
+  mac->runUntil("2026-11-02 00:04");
+  expectDiary(R"(Mon 26 Oct 09:00 asked: 3 applications
+Mon 26 Oct 09:00 deferred for 1 hour
+Mon 26 Oct 10:00 asked: 3 applications
+Mon 26 Oct 10:01 deferred for 1 hour
+Mon 26 Oct 10:01 required: 2 applications by Mon 26 Oct 11:01
+Mon 26 Oct 11:01 forced: anvil, crucible
+Mon 26 Oct 11:03 installed anvil, crucible
+Mon 26 Oct 11:03 the cycle is complete
+Mon 02 Nov 00:00 a new cycle
+Mon 02 Nov 00:00 asked: 1 application
+)");
+}
+
 TEST_F(PromptDiaryTest, aForcedInstallWaitsForAHelperThatAnswersLate) {
   plan.settings["DeadlineCountHard"] = PlistValue(0);
   plan.settings["DialogTimeoutDeferral"] = PlistValue(600);
