@@ -87,7 +87,7 @@ void settingsFigure(const std::filesystem::path& folder, LogSink& log) {
   preferences.writePreference("IgnoredLabels", std::vector<std::string>{"zoom*", "firefox"});
   std::int64_t seen = 0;
   const double all = medianMicroseconds(kSamples, [&] {
-    for (int i = 0; i < kRounds; ++i) seen += preferences.loadConfiguration().daysUntilReset;
+    for (int i = 0; i < kRounds; ++i) seen += preferences.loadConfiguration()->daysUntilReset;
   });
   if (seen > 0) limitFigure("fresh configuration, files unchanged", "µs", all / kRounds, kMostMicrosecondsForSettings);
 }

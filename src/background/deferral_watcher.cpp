@@ -104,7 +104,7 @@ DeferralWatcher::TickResult DeferralWatcher::tick() {
     rediscover();
     return pendingCadenceResetDiscovery_ ? TickResult::busy : TickResult::engaged;
   }
-  const auto& config = cycle.config;
+  const CorvaneConfiguration& config = cycle.config;
   if (isCycleComplete(config)) {
     settleCompleteCycle();
     return TickResult::idle;

@@ -34,7 +34,7 @@ class DeferralWatcher {
   void armWatchpointFromNextAutoLaunch();
 
   struct Cycle {
-    CorvaneConfiguration config;
+    SharedConfiguration config;
     bool isNew = false;
   };
   Cycle reconcileCycle();

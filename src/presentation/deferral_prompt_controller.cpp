@@ -40,7 +40,7 @@ void DeferralPromptController::modelChanged() {
 void DeferralPromptController::rebuild() {
   const auto config = services_.preferences.loadConfiguration();
   const PageTexts texts{AppDisplayTitle(config)};
-  timeoutAction_ = config.dialogTimeoutDeferralAction;
+  timeoutAction_ = config->dialogTimeoutDeferralAction;
   if (shown_) {
     const auto apps = model_.deferralPromptApps();
     page_ = makeDeferralPromptPage(
@@ -51,7 +51,7 @@ void DeferralPromptController::rebuild() {
          .explanation = model_.hardDeadlineExplanation(),
          .remaining = model_.deferralsRemainingSummary(),
          .deferButtonIsPrimary = services_.preferences.readDeferralDialogPrimaryButton() == "defer",
-         .hardMayClose = config.hardDeadlineDialogAllowClose},
+         .hardMayClose = config->hardDeadlineDialogAllowClose},
         services_.clock.now(), services_.locale, texts);
   } else {
     page_.visible = false;

@@ -178,7 +178,7 @@ void SimulatedMac::noticedDeferral() {
   const auto count = preferences_.readDeferralInfo().hardDeferralCount;
   const auto before = std::exchange(hardCount_, count);
   if (count <= before) return;
-  const auto limit = preferences_.loadConfiguration().deadlineCountHard;
+  const auto limit = preferences_.loadConfiguration()->deadlineCountHard;
   if (limit && count > std::max<std::int64_t>(*limit, 0)) broken("a deferral beyond the limit");
   const auto length = deferralDurationText(model_->fields().deferral.selectedDeferralMinutes, locale_);
   diary_.write(
@@ -219,7 +219,7 @@ void SimulatedMac::broken(std::string_view rule) {
 
 BusinessHoursGate SimulatedMac::businessHours() const {
   const auto config = preferences_.loadConfiguration();
-  return {config.businessHoursStartTime, config.businessHoursEndTime, locale_.calendar()};
+  return {config->businessHoursStartTime, config->businessHoursEndTime, locale_.calendar()};
 }
 
 bool SimulatedMac::isWithinBusinessHours() const { return businessHours().isWithinBusinessHours(time_.now()); }

@@ -48,7 +48,7 @@ void DeferralActions::ask(DeferralEscalation escalation) {
   fields_.currentHardDeadlineDate = manager().hardDeadlineDate();
   const auto options = availableDeferralOptions();
   fields_.selectedDeferralMinutes =
-      options.empty() ? c_.services.preferences.loadConfiguration().deferralTimerDefault : options.front();
+      options.empty() ? c_.services.preferences.loadConfiguration()->deferralTimerDefault : options.front();
   presentDeferralPrompt();
 }
 
@@ -78,7 +78,7 @@ void DeferralActions::userClosedHardDeadlineDialog() {
   const auto now = c_.services.clock.now();
   const auto enforcement = store.readNextAutoLaunch();
   if (fields_.currentDeferralEscalation != DeferralEscalation::hard ||
-      !store.loadConfiguration().hardDeadlineDialogAllowClose || !enforcement || *enforcement <= now)
+      !store.loadConfiguration()->hardDeadlineDialogAllowClose || !enforcement || *enforcement <= now)
     return;
   store.writeHardDeadlineDialogDismissedUntil(*enforcement);
   closeUnanswered();
@@ -134,7 +134,7 @@ void DeferralActions::refuse(HardPromptReason reason) {
 void DeferralActions::dialogTimeoutElapsed() {
   if (!fields_.showDeferralPrompt) return;
   if (fields_.currentDeferralEscalation == DeferralEscalation::hard ||
-      c_.services.preferences.loadConfiguration().dialogTimeoutDeferralAction == DeferralAction::continueUpdates) {
+      c_.services.preferences.loadConfiguration()->dialogTimeoutDeferralAction == DeferralAction::continueUpdates) {
     c_.log.info("Deferral dialog timeout elapsed — continuing with updates.");
     return c_.crossings.installNow();
   }
@@ -148,11 +148,11 @@ bool DeferralActions::applyAutomaticFocusDeferralIfNeeded() {
   const auto config = store.loadConfiguration();
   const auto now = c_.services.clock.now();
   if (const auto armed = store.readNextAutoLaunch(); armed && *armed > now) return false;
-  if (!config.deadlineCountFocus && !config.deadlineDaysFocus) return false;
+  if (!config->deadlineCountFocus && !config->deadlineDaysFocus) return false;
   auto deferrals = manager();
   if (deferrals.checkDeadlines() != DeferralDeadlineStatus::normal) return false;
   const auto evaluation =
-      FocusModeDetector::evaluate(c_.services.focus, FocusModeDetector::parseIgnoreList(config.ignoreDNDApps));
+      FocusModeDetector::evaluate(c_.services.focus, FocusModeDetector::parseIgnoreList(config->ignoreDNDApps));
   const Logger log(c_.services.log, "FocusModeDetector");
   if (evaluation.doNotDisturbUnreadable || evaluation.displayCheckInconclusive)
     log.warning(evaluation.diagnostic);
@@ -165,7 +165,7 @@ bool DeferralActions::applyAutomaticFocusDeferralIfNeeded() {
     return true;
   }
   if (!evaluation.isActive) return false;
-  const auto minutes = std::max<std::int64_t>(config.deferralTimerFocus, 1);
+  const auto minutes = std::max<std::int64_t>(config->deferralTimerFocus, 1);
   deferrals.recordAutomaticFocusDeferral(minutes);
   const auto facts = c_.crossings.facts();
   Labels pending;
@@ -227,7 +227,7 @@ std::int64_t DeferralActions::promptCountdownSeconds() const {
     const auto left = std::chrono::floor<std::chrono::seconds>(*armed - c_.services.clock.now()).count();
     if (left > 0) return left;
   }
-  return std::max<std::int64_t>(store.loadConfiguration().dialogTimeoutDeferral, 1);
+  return std::max<std::int64_t>(store.loadConfiguration()->dialogTimeoutDeferral, 1);
 }
 
 std::optional<std::string> DeferralActions::hardDeadlineExplanation() const {
@@ -240,10 +240,10 @@ std::optional<std::string> DeferralActions::deferralsRemainingSummary() const {
   if (fields_.currentDeferralEscalation == DeferralEscalation::hard) return std::nullopt;
   const auto config = c_.services.preferences.loadConfiguration();
   const auto info = manager().getDeferralInfo();
-  const auto limit = std::max<std::int64_t>(config.deadlineCountHard.value_or(0), 0);
+  const auto limit = std::max<std::int64_t>(config->deadlineCountHard.value_or(0), 0);
   const auto remaining = std::max<std::int64_t>(limit - info.hardDeferralCount, 0);
   const auto summary = DeferralLimitSummaryBuilder::make(
-      remaining, config.deadlineDaysHard ? info.hardDeferralDate : std::nullopt, c_.services.clock.now());
+      remaining, config->deadlineDaysHard ? info.hardDeferralDate : std::nullopt, c_.services.clock.now());
   if (!summary) return std::nullopt;
   return limitSummaryText(*summary, c_.services.locale);
 }

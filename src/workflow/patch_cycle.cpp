@@ -20,7 +20,7 @@ void PatchCycle::applyPatchErrorFollowUp(DiscoveryOperation operation, const Lab
   if (operation != DiscoveryOperation::patchAll) return c_.messages.status(std::nullopt);
   const auto config = c_.services.preferences.loadConfiguration();
   const auto followUp =
-      PatchErrorFollowUp::forUpdateAll(config.workflowUpdateAllErrorCompletesPatching, config.deferralTimerError);
+      PatchErrorFollowUp::forUpdateAll(config->workflowUpdateAllErrorCompletesPatching, config->deferralTimerError);
   if (const auto* retry = std::get_if<PatchErrorFollowUp::RetryAfterMinutes>(&followUp))
     retryLater(retry->minutes);
   else

@@ -199,7 +199,7 @@ std::optional<std::string> StatusViewModel::watchpointCountdownText(std::string_
   const auto armed = pendingWatchpoint();
   if (!armed) return std::nullopt;
   return watchpointText(*armed, remaining,
-                        rooms_->services.preferences.loadConfiguration().focusDeferralNotificationsEnabled);
+                        rooms_->services.preferences.loadConfiguration()->focusDeferralNotificationsEnabled);
 }
 
 std::vector<std::int64_t> StatusViewModel::availableDeferralOptions() const {

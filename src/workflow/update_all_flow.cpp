@@ -85,8 +85,8 @@ void UpdateAllFlow::armEnforcement(HardPromptReason reason) {
       {.reason = reason,
        .now = now,
        .armed = store.readNextAutoLaunch(),
-       .timeoutSeconds = config.dialogTimeoutDeferral},
-      BusinessHoursGate(config.businessHoursStartTime, config.businessHoursEndTime, calendar), calendar);
+       .timeoutSeconds = config->dialogTimeoutDeferral},
+      BusinessHoursGate(config->businessHoursStartTime, config->businessHoursEndTime, calendar), calendar);
   if (decision.arm) store.writeNextAutoLaunch(*decision.arm, false, false);
   c_.log.info(decision.logLine);
 }

@@ -97,21 +97,21 @@ TEST(Services, AManagedPreferenceWrittenByAnotherProgramIsTaken) {
   int changes = 0;
   const auto observing =
       services.notifications.observe<CorvaneSettingsDidChange>([&](const CorvaneSettingsDidChange&) { ++changes; });
-  EXPECT_EQ(services.preferences.loadConfiguration().supportTeamName, "");
+  EXPECT_EQ(services.preferences.loadConfiguration()->supportTeamName, "");
 
   const PlistDict managed{{"SupportTeamName", "Service Desk"}};
   folder.write(std::filesystem::relative(machine.places.managedPreferencesPath(), folder.path()),
                writePlist(managed, PlistFormat::xml).value());
   EXPECT_TRUE(machine.loop.pump([&] { return changes > 0; }, 10s));
-  EXPECT_EQ(services.preferences.loadConfiguration().supportTeamName, "Service Desk");
+  EXPECT_EQ(services.preferences.loadConfiguration()->supportTeamName, "Service Desk");
   EXPECT_EQ(services.preferences.valueSource("SupportTeamName"), ValueSource::managed);
 
   changes = 0;
   const PlistDict user{{"SupportTeamName", "Somebody"}, {"VerboseMode", true}};
   folder.write(std::filesystem::relative(machine.places.userPreferencesPath(), folder.path()),
                writePlist(user, PlistFormat::binary).value());
-  EXPECT_TRUE(machine.loop.pump([&] { return services.preferences.loadConfiguration().verboseMode; }, 10s));
-  EXPECT_EQ(services.preferences.loadConfiguration().supportTeamName, "Service Desk");
+  EXPECT_TRUE(machine.loop.pump([&] { return services.preferences.loadConfiguration()->verboseMode; }, 10s));
+  EXPECT_EQ(services.preferences.loadConfiguration()->supportTeamName, "Service Desk");
 }
 
 }  // namespace

@@ -102,7 +102,7 @@ void SelfUpdateVersionDisplay::refresh(std::string build, Services services,
                                        Completion<std::optional<std::string>> done) {
   const auto cached = cachedDisplay(build, services.preferences);
   if (cached && isFresh(services.preferences, services.clock.now())) return done(cached);
-  auto address = services.preferences.loadConfiguration().selfUpdateReleaseListURL;
+  auto address = services.preferences.loadConfiguration()->selfUpdateReleaseListURL;
   if (address.empty() || !isBuildNumber(build)) return done(std::nullopt);
   services.http.get(std::move(address), kTimeLimit,
                     [build = std::move(build), services, done = std::move(done)](Result<HttpAnswer> answer) mutable {

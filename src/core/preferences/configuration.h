@@ -3,8 +3,10 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/preferences/settings_table.h"
@@ -114,6 +116,19 @@ struct CorvaneConfiguration {
   [[nodiscard]] std::vector<std::string> sanitizedIgnoreFilePaths() const;
 
   friend bool operator==(const CorvaneConfiguration&, const CorvaneConfiguration&) = default;
+};
+
+// The configuration of one moment; it stays as it is when another one comes into force. A copy costs nothing.
+class SharedConfiguration {
+ public:
+  explicit SharedConfiguration(std::shared_ptr<const CorvaneConfiguration> held) : held_(std::move(held)) {}
+  [[nodiscard]] const CorvaneConfiguration& operator*() const { return *held_; }
+  [[nodiscard]] const CorvaneConfiguration* operator->() const { return held_.get(); }
+  // For calls that take a configuration; none of them keeps the reference.
+  operator const CorvaneConfiguration&() const { return *held_; }
+
+ private:
+  std::shared_ptr<const CorvaneConfiguration> held_;  // never null
 };
 
 }  // namespace corvane

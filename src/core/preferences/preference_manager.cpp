@@ -173,7 +173,10 @@ std::shared_ptr<const PreferenceManager::Loaded> PreferenceManager::load() const
   return fresh;
 }
 
-CorvaneConfiguration PreferenceManager::loadConfiguration() const { return load()->config; }
+SharedConfiguration PreferenceManager::loadConfiguration() const {
+  const auto loaded = load();
+  return SharedConfiguration({loaded, &loaded->config});
+}
 
 ValueSource PreferenceManager::valueSource(std::string_view key) const { return find(key).source; }
 

@@ -73,8 +73,8 @@ class PreferenceManager {
   // The managed domain sets anything at all.
   [[nodiscard]] bool isManagedByMDM() const;
 
-  // Managed values over user values over defaults. Costs a copy while neither domain has changed.
-  [[nodiscard]] CorvaneConfiguration loadConfiguration() const;
+  // Managed values over user values over defaults; the same object while neither domain has changed.
+  [[nodiscard]] SharedConfiguration loadConfiguration() const;
 
   // For listings: where the value in force comes from, and that value as JSON (dates as ISO 8601, data as its
   // length in bytes; null when absent). Values of neverLogged keys are for the caller to hide.

@@ -88,7 +88,7 @@ int launch(UserMachine& machine) {
   SessionFocusState focus;
   Services services(machine.ports(focus));
   const auto config = services.preferences.loadConfiguration();
-  machine.log.refreshVerbosityFromPreferences(config.verboseMode, config.debugMode);
+  machine.log.refreshVerbosityFromPreferences(config->verboseMode, config->debugMode);
   log.info(launchLine({.shortVersion = machine.bundle.shortVersion(),
                        .build = machine.bundle.version(),
                        .helperStatus = services.installation.status(),
@@ -101,7 +101,7 @@ int launch(UserMachine& machine) {
   // Before the model, so that the log of what a change does is as detailed as the change says.
   const auto verbosity = services.notifications.observe<CorvaneSettingsDidChange>([&](const auto&) {
     const auto fresh = services.preferences.loadConfiguration();
-    machine.log.refreshVerbosityFromPreferences(fresh.verboseMode, fresh.debugMode);
+    machine.log.refreshVerbosityFromPreferences(fresh->verboseMode, fresh->debugMode);
   });
   StatusViewModel model(services.workflow());
   model.begin();

@@ -22,7 +22,7 @@ DeferralPromptPage promptOnDisk(const StatusViewModel& model, const WorkflowServ
   fields.currentHardDeadlineDate = deferrals.hardDeadlineDate();
   const auto options =
       availableDeferralOptions(config, fields.currentDeferralEscalation, fields.currentHardDeadlineDate, now, calendar);
-  fields.selectedDeferralMinutes = options.empty() ? config.deferralTimerDefault : options.front();
+  fields.selectedDeferralMinutes = options.empty() ? config->deferralTimerDefault : options.front();
 
   const PageTexts texts{AppDisplayTitle(config)};
   auto page =
@@ -33,12 +33,12 @@ DeferralPromptPage promptOnDisk(const StatusViewModel& model, const WorkflowServ
                               .explanation = hardDeadlineText(deferrals.getDeferralInfo(), config, now),
                               .remaining = model.deferralsRemainingSummary(),
                               .deferButtonIsPrimary = services.preferences.readDeferralDialogPrimaryButton() == "defer",
-                              .hardMayClose = config.hardDeadlineDialogAllowClose},
+                              .hardMayClose = config->hardDeadlineDialogAllowClose},
                              now, services.locale, texts);
   tellTime(page,
            {.escalation = fields.currentDeferralEscalation,
-            .timeoutAction = config.dialogTimeoutDeferralAction,
-            .secondsLeft = std::max<std::int64_t>(config.dialogTimeoutDeferral, 1),
+            .timeoutAction = config->dialogTimeoutDeferralAction,
+            .secondsLeft = std::max<std::int64_t>(config->dialogTimeoutDeferral, 1),
             .selectedMinutes = fields.selectedDeferralMinutes},
            now, services.locale, texts);
   if (confirming && !hard) page.confirmation = makeConfirmationPage(kConfirmationSeconds, texts);

@@ -53,7 +53,7 @@ int run(const ctl::Command& command) {
   AskedFor focus;
   Services services(machine.ports(focus));
   const auto config = services.preferences.loadConfiguration();
-  machine.log.refreshVerbosityFromPreferences(config.verboseMode, config.debugMode);
+  machine.log.refreshVerbosityFromPreferences(config->verboseMode, config->debugMode);
   HelperStart helperStart(services.installation, machine.loop.mainQueue());
 
   const ctl::World world{

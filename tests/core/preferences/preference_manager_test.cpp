@@ -30,9 +30,9 @@ TEST_F(PreferenceManagerTest, ManagedWinsOverTheUserAndTheUserOverTheDefault) {
   domains.setUser({{"DeferralTimerDefault", 90}, {"DeferralTimerFocus", 45}, {"VersionComparisonMethod", "equal_to"}});
   domains.setManaged({{"DeferralTimerDefault", 15}});
   const auto config = preferences.loadConfiguration();
-  EXPECT_EQ(config.deferralTimerDefault, 15);
-  EXPECT_EQ(config.deferralTimerFocus, 45);
-  EXPECT_EQ(config.versionComparisonMethod, VersionComparisonMethod::equalTo);
+  EXPECT_EQ(config->deferralTimerDefault, 15);
+  EXPECT_EQ(config->deferralTimerFocus, 45);
+  EXPECT_EQ(config->versionComparisonMethod, VersionComparisonMethod::equalTo);
   EXPECT_TRUE(preferences.isManaged("DeferralTimerDefault"));
   EXPECT_FALSE(preferences.isManaged("DeferralTimerFocus"));
   EXPECT_EQ(preferences.valueSource("DeferralTimerDefault"), ValueSource::managed);
@@ -48,10 +48,10 @@ TEST_F(PreferenceManagerTest, UselessValuesFallThroughAndAreToldOnce) {
   domains.setUser({{"DeferralTimerDefault", 90}, {"PatchWeekStartDay", 0}, {"DeadlineCountHard", -1}});
   for (int round = 0; round < 3; ++round) {
     const auto config = preferences.loadConfiguration();
-    EXPECT_EQ(config.deferralTimerDefault, 90);
-    EXPECT_EQ(config.patchWeekStartDay, 2);
-    EXPECT_EQ(config.webhookFeature, WebhookFeature::off);
-    EXPECT_EQ(config.deadlineCountHard, std::nullopt);
+    EXPECT_EQ(config->deferralTimerDefault, 90);
+    EXPECT_EQ(config->patchWeekStartDay, 2);
+    EXPECT_EQ(config->webhookFeature, WebhookFeature::off);
+    EXPECT_EQ(config->deadlineCountHard, std::nullopt);
     domains.setUser(PlistDict(*domains.user().values));  // a new version makes it decode again
   }
   for (const auto* key : {"DeferralTimerDefault", "PatchWeekStartDay", "WebhookFeature", "DeadlineCountHard"})
@@ -60,25 +60,25 @@ TEST_F(PreferenceManagerTest, UselessValuesFallThroughAndAreToldOnce) {
 
 TEST_F(PreferenceManagerTest, WhatOnlyAProfileSetsIsNotTakenFromTheUser) {
   domains.setUser({{"AppTitle", "Mine"}, {"LockSettings", true}, {"DeferralTimerMenu", PlistArray{5}}});
-  EXPECT_EQ(preferences.loadConfiguration().appTitle, "Corvane");
+  EXPECT_EQ(preferences.loadConfiguration()->appTitle, "Corvane");
   EXPECT_FALSE(preferences.readPreference("LockSettings", false));
   (void)preferences.readPreference("LockSettings", false);
   EXPECT_EQ(log.count("AppTitle counts only in a profile"), 1U);
   EXPECT_EQ(log.count("LockSettings counts only in a profile"), 1U);
   domains.setManaged({{"AppTitle", "Fleet Updates"}, {"LockSettings", true}});
-  EXPECT_EQ(preferences.loadConfiguration().appTitle, "Fleet Updates");
+  EXPECT_EQ(preferences.loadConfiguration()->appTitle, "Fleet Updates");
   EXPECT_TRUE(preferences.readPreference("LockSettings", false));
 }
 
 TEST_F(PreferenceManagerTest, FormerNamesCountUntilTheNewOneIsSet) {
   domains.setUser({{"AppIgnoredLabels", PlistArray{"old"}}, {"AppSelfUpdateEnabled", true}});
-  EXPECT_THAT(preferences.loadConfiguration().ignoredLabels, ElementsAre("old"));
-  EXPECT_FALSE(preferences.loadConfiguration().selfUpdateEnabled);
+  EXPECT_THAT(preferences.loadConfiguration()->ignoredLabels, ElementsAre("old"));
+  EXPECT_FALSE(preferences.loadConfiguration()->selfUpdateEnabled);
   preferences.writePreference("IgnoredLabels", std::vector<std::string>{"new"});
-  EXPECT_THAT(preferences.loadConfiguration().ignoredLabels, ElementsAre("new"));
+  EXPECT_THAT(preferences.loadConfiguration()->ignoredLabels, ElementsAre("new"));
   domains.setManaged({{"AppIgnoredLabels", PlistArray{"managed"}}, {"AppSelfUpdateEnabled", true}});
-  EXPECT_THAT(preferences.loadConfiguration().ignoredLabels, ElementsAre("managed"));
-  EXPECT_TRUE(preferences.loadConfiguration().selfUpdateEnabled);
+  EXPECT_THAT(preferences.loadConfiguration()->ignoredLabels, ElementsAre("managed"));
+  EXPECT_TRUE(preferences.loadConfiguration()->selfUpdateEnabled);
   EXPECT_TRUE(preferences.isAnyManaged(ManagedGroup::labels));
   EXPECT_TRUE(preferences.isAnyManaged(keysOf<ManagedGroup::selfUpdate>()));
   EXPECT_FALSE(preferences.isAnyManaged(ManagedGroup::webhooks));
@@ -86,12 +86,12 @@ TEST_F(PreferenceManagerTest, FormerNamesCountUntilTheNewOneIsSet) {
 
 TEST_F(PreferenceManagerTest, NumbersOutOfRangeAreLeftOutOfListsAndToldOnce) {
   domains.setManaged({{"DeferralTimerMenu", PlistArray{0, 44641, 44640, -5, 1}}});
-  EXPECT_THAT(preferences.loadConfiguration().deferralTimerMenu, ElementsAre(44640, 1));
+  EXPECT_THAT(preferences.loadConfiguration()->deferralTimerMenu, ElementsAre(44640, 1));
   EXPECT_EQ(log.count("DeferralTimerMenu"), 1U);
   domains.setManaged({{"DeferralTimerMenu", PlistArray{0, -5}}});
-  EXPECT_TRUE(preferences.loadConfiguration().deferralTimerMenu.empty()) << "the prompt falls back to its own list";
+  EXPECT_TRUE(preferences.loadConfiguration()->deferralTimerMenu.empty()) << "the prompt falls back to its own list";
   domains.setManaged({{"DeferralTimerMenu", PlistArray{60, "120"}}});
-  EXPECT_THAT(preferences.loadConfiguration().deferralTimerMenu, ElementsAre(60, 120, 240, 1440));
+  EXPECT_THAT(preferences.loadConfiguration()->deferralTimerMenu, ElementsAre(60, 120, 240, 1440));
 }
 
 TEST_F(PreferenceManagerTest, ATimeThatIsNoneAndHoursThatHoldNothingAreToldOnceWithTheirValues) {
@@ -99,9 +99,9 @@ TEST_F(PreferenceManagerTest, ATimeThatIsNoneAndHoursThatHoldNothingAreToldOnceW
   domains.setUser({{"BusinessHoursStartTime", "9:00"}, {"BusinessHoursEndTime", "17:00"}});
   for (int round = 0; round < 2; ++round) {
     const auto config = preferences.loadConfiguration();
-    EXPECT_EQ(config.businessHoursStartTime, "9:00") << "the next domain counts, as for every setting";
-    EXPECT_EQ(config.businessHoursEndTime, "17:00");
-    EXPECT_EQ(config.patchingEndTime, std::nullopt);
+    EXPECT_EQ(config->businessHoursStartTime, "9:00") << "the next domain counts, as for every setting";
+    EXPECT_EQ(config->businessHoursEndTime, "17:00");
+    EXPECT_EQ(config->patchingEndTime, std::nullopt);
     domains.setUser(PlistDict(*domains.user().values));
   }
   EXPECT_EQ(log.count(R"(The managed value of BusinessHoursStartTime, "25:00", is no time of day, "HH:mm", and is)"),
@@ -109,7 +109,7 @@ TEST_F(PreferenceManagerTest, ATimeThatIsNoneAndHoursThatHoldNothingAreToldOnceW
   EXPECT_EQ(log.count("The managed value of PatchingEndTime, 17, is no time of day"), 1U);
   EXPECT_EQ(log.lines().size(), 2U);
   domains.setManaged({{"BusinessHoursEndTime", "09:00"}});
-  EXPECT_EQ(preferences.loadConfiguration().businessHoursEndTime, "09:00");
+  EXPECT_EQ(preferences.loadConfiguration()->businessHoursEndTime, "09:00");
   (void)preferences.loadConfiguration();
   EXPECT_EQ(log.count(R"(BusinessHoursStartTime and BusinessHoursEndTime are both "09:00": no moment is within)"), 1U);
 }
@@ -124,15 +124,15 @@ TEST_F(PreferenceManagerTest, ListsMayBeOneTextAndBlankTextsMeanAbsent) {
                                                        {"hardDeadlineReminder", "banner"},
                                                        {"deferralResuming", "loud"}}}});
   const auto config = preferences.loadConfiguration();
-  EXPECT_THAT(config.ignoredLabels, ElementsAre("zoom*", "firefox", "*"));
-  EXPECT_THAT(config.requiredLabels, ElementsAre("a", "b", "c"));
-  EXPECT_THAT(config.sanitizedIgnoreFilePaths(), ElementsAre("/Applications/My Tools", "/Vol"));
-  EXPECT_EQ(config.businessHoursStartTime, std::nullopt);
-  EXPECT_EQ(config.appTitle, "Corvane");
+  EXPECT_THAT(config->ignoredLabels, ElementsAre("zoom*", "firefox", "*"));
+  EXPECT_THAT(config->requiredLabels, ElementsAre("a", "b", "c"));
+  EXPECT_THAT(config->sanitizedIgnoreFilePaths(), ElementsAre("/Applications/My Tools", "/Vol"));
+  EXPECT_EQ(config->businessHoursStartTime, std::nullopt);
+  EXPECT_EQ(config->appTitle, "Corvane");
   using enum CRVNotificationType;
-  EXPECT_EQ(config.notificationPolicy.presentationFor(updatesAvailable), CRVNotificationPresentation::persistent);
-  EXPECT_EQ(config.notificationPolicy.presentationFor(hardDeadlineReminder), CRVNotificationPresentation::banner);
-  EXPECT_EQ(config.notificationPolicy.presentationFor(deferralResuming), CRVNotificationPresentation::banner);
+  EXPECT_EQ(config->notificationPolicy.presentationFor(updatesAvailable), CRVNotificationPresentation::persistent);
+  EXPECT_EQ(config->notificationPolicy.presentationFor(hardDeadlineReminder), CRVNotificationPresentation::banner);
+  EXPECT_EQ(config->notificationPolicy.presentationFor(deferralResuming), CRVNotificationPresentation::banner);
   EXPECT_EQ(CRVNotificationPolicy{}.presentationFor(hardDeadlineReminder), CRVNotificationPresentation::persistent);
 }
 
@@ -149,13 +149,13 @@ TEST_F(PreferenceManagerTest, FlexibleBooleansComeInManyForms) {
 }
 
 TEST_F(PreferenceManagerTest, WritesAreSeenAtOnceAndDeletesShowTheDefault) {
-  EXPECT_EQ(preferences.loadConfiguration().daysUntilReset, 7);
+  EXPECT_EQ(preferences.loadConfiguration()->daysUntilReset, 7);
   preferences.writePreference("DaysUntilReset", 14);
-  EXPECT_EQ(preferences.loadConfiguration().daysUntilReset, 14);
+  EXPECT_EQ(preferences.loadConfiguration()->daysUntilReset, 14);
   EXPECT_EQ(preferences.readPreference("DaysUntilReset", std::int64_t{0}), 14);
   EXPECT_EQ(preferences.readPreference("DaysUntilReset", std::string("x")), "x");
   preferences.deletePreference("DaysUntilReset");
-  EXPECT_EQ(preferences.loadConfiguration().daysUntilReset, 7);
+  EXPECT_EQ(preferences.loadConfiguration()->daysUntilReset, 7);
 }
 
 TEST_F(PreferenceManagerTest, AFailedWriteWarnsWithItsKey) {
@@ -253,7 +253,7 @@ TEST_F(PreferenceManagerTest, ThreadsReadWholeConfigurations) {
     readers.emplace_back([&] {
       for (int n = 0; n < 200; ++n) {
         const auto config = preferences.loadConfiguration();
-        EXPECT_TRUE(config.daysUntilReset == 7 || config.daysUntilReset == 14);
+        EXPECT_TRUE(config->daysUntilReset == 7 || config->daysUntilReset == 14);
       }
     });
   for (int n = 0; n < 50; ++n) preferences.writePreference("DaysUntilReset", n % 2 == 0 ? 14 : 7);
