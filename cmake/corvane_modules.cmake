@@ -42,5 +42,6 @@ function(corvane_tests)
   add_executable(corvane_${ARG_NAME}_tests ${sources})
   target_include_directories(corvane_${ARG_NAME}_tests PRIVATE ${CMAKE_SOURCE_DIR}/tests)
   target_link_libraries(corvane_${ARG_NAME}_tests PRIVATE corvane_options ${ARG_LINKS} GTest::gtest GTest::gmock GTest::gtest_main)
-  gtest_discover_tests(corvane_${ARG_NAME}_tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
+  gtest_discover_tests(corvane_${ARG_NAME}_tests DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+                       PROPERTIES TIMEOUT 120)
 endfunction()
