@@ -1,5 +1,8 @@
 #include "base/main_queue_contract.h"
 
+#include <sys/eventfd.h>
+#include <unistd.h>
+
 #include <atomic>
 
 #include "base/lifeline.h"
@@ -43,6 +46,29 @@ TEST(UvMainLoopTest, APumpEndsAtItsLimit) {
   RealClock clock;
   UvMainLoop loop(clock);
   EXPECT_FALSE(loop.pump([] { return false; }, 2ms));
+}
+
+// The wall clock of a machine that somebody sets, or that sleeps.
+struct JumpingClock final : Clock {
+  [[nodiscard]] Date now() const override { return real.now() + ahead; }
+  [[nodiscard]] SteadyTime steadyNow() const override { return real.steadyNow(); }
+  RealClock real;
+  Duration ahead{};
+};
+
+TEST(UvMainLoopTest, AJumpOfTheClockIsNoticedAtOnce) {
+  JumpingClock clock;
+  const int jumps = ::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+  {
+    UvMainLoop loop(clock, jumps);
+    bool rang = false;
+    const auto alarm = loop.mainQueue().at(clock.now() + 8h, [&] { rang = true; });
+    EXPECT_FALSE(loop.pump([&] { return rang; }, 2ms));
+    clock.ahead = 8h;
+    ASSERT_EQ(::eventfd_write(jumps, 1), 0);
+    EXPECT_TRUE(loop.pump([&] { return rang; }, 10s)) << "without the word of it the next look is a minute away";
+  }
+  ::close(jumps);
 }
 
 TEST(UvWorkQueueTest, AnswersComeBackAndDyingDropsWhatWaits) {

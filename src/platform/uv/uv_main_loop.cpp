@@ -1,5 +1,6 @@
 #include "platform/uv/uv_main_loop.h"
 
+#include <unistd.h>
 #include <uv.h>
 
 #include <algorithm>
@@ -25,8 +26,9 @@ std::uint64_t wholeMilliseconds(Duration wait) {
 }  // namespace
 
 struct UvMainLoop::Impl {
-  explicit Impl(const Clock& machine)
+  Impl(const Clock& machine, int clockJumps)
       : clock(machine),
+        jumpsDescriptor(clockJumps),
         queue(std::in_place,
               TurnClock{.steady = [this] { return clock.steadyNow(); }, .wall = [this] { return clock.now(); }},
               [this] { uv_async_send(&wake); }) {
@@ -34,7 +36,12 @@ struct UvMainLoop::Impl {
     require(uv_async_init(&loop, &wake, [](uv_async_t* handle) { static_cast<Impl*>(handle->data)->runTurn(); }),
             "wake-up");
     require(uv_timer_init(&loop, &timer), "timer");
-    wake.data = timer.data = this;
+    wake.data = timer.data = jumps.data = this;
+    if (jumpsDescriptor < 0) return;
+    require(uv_poll_init(&loop, &jumps, jumpsDescriptor), "clock");
+    require(uv_poll_start(&jumps, UV_READABLE,
+                          [](uv_poll_t* handle, int, int) { static_cast<Impl*>(handle->data)->clockJumped(); }),
+            "clock");
   }
 
   ~Impl() {
@@ -42,10 +49,18 @@ struct UvMainLoop::Impl {
     queue.reset();
     uv_close(reinterpret_cast<uv_handle_t*>(&wake), nullptr);
     uv_close(reinterpret_cast<uv_handle_t*>(&timer), nullptr);
+    if (jumpsDescriptor >= 0) uv_close(reinterpret_cast<uv_handle_t*>(&jumps), nullptr);
     uv_run(&loop, UV_RUN_NOWAIT);
     // Another adapter's handle that is still open keeps its memory; the loop's own descriptors close with
     // the process then.
     uv_loop_close(&loop);
+  }
+
+  // What the descriptor gives says nothing; that it could be read does.
+  void clockJumped() {
+    std::uint64_t told = 0;
+    [[maybe_unused]] const auto size = ::read(jumpsDescriptor, &told, sizeof told);
+    runTurn();
   }
 
   void runTurn() {
@@ -63,11 +78,13 @@ struct UvMainLoop::Impl {
   uv_loop_t loop{};
   uv_async_t wake{};
   uv_timer_t timer{};
+  uv_poll_t jumps{};
+  int jumpsDescriptor;
   std::optional<int> code;
   std::optional<TurnQueue> queue;
 };
 
-UvMainLoop::UvMainLoop(const Clock& clock) : impl_(std::make_unique<Impl>(clock)) {}
+UvMainLoop::UvMainLoop(const Clock& clock, int clockJumps) : impl_(std::make_unique<Impl>(clock, clockJumps)) {}
 UvMainLoop::~UvMainLoop() = default;
 
 MainQueue& UvMainLoop::mainQueue() { return *impl_->queue; }

@@ -18,7 +18,9 @@ namespace corvane {
 class UvMainLoop {
  public:
   // Does not return when the machine denies the descriptors that a loop needs; it says why on standard error.
-  explicit UvMainLoop(const Clock& clock);
+  // `clockJumps` becomes readable when the wall clock was set or the machine woke, and outlives the loop; without one
+  // (-1) that is noticed within a minute.
+  explicit UvMainLoop(const Clock& clock, int clockJumps = -1);
   ~UvMainLoop();
   UvMainLoop(const UvMainLoop&) = delete;
   UvMainLoop& operator=(const UvMainLoop&) = delete;

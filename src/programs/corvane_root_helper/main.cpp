@@ -104,7 +104,7 @@ class Daemon {
       : options_(options),
         console_(std::move(console)),
         places_(constantsFor(options.root, std::nullopt)),
-        loop_(clock_),
+        loop_(clock_, clock_.jumps()),
         main_(loop_.mainQueue()),
         notifications_(main_),
         log_({.system = places_.logFile(), .archive = places_.logArchiveFolder(), .fallback = std::nullopt},

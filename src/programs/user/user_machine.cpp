@@ -57,7 +57,7 @@ Result<CorvaneConstants> placesFromEnvironment() {
 
 UserMachine::UserMachine(CorvaneConstants itsPlaces, const std::filesystem::path& executable)
     : places(std::move(itsPlaces)),
-      loop(clock),
+      loop(clock, clock.jumps()),
       log({.system = places.logFile(), .archive = places.logArchiveFolder(), .fallback = places.userLogFile()},
           LogRole::user, files, clock, [this] { return locale.calendar(); }),
       bundle(executable),
