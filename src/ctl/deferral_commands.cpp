@@ -4,6 +4,7 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <chrono>
 #include <iterator>
 
 #include "core/policies/deferral_manager.h"
@@ -91,7 +92,9 @@ std::string deadlineText(const Session& session, const Deadline& deadline) {
   line("Deferrals used", limit ? fmt::format("{} of {}", deadline.info.hardDeferralCount, *limit)
                                : fmt::format("{}, no limit", deadline.info.hardDeferralCount));
   line("Update Deadline", deadline.hardDeadline ? locale.mediumDateShortTime(*deadline.hardDeadline) : "none");
-  if (deadline.armed) line("Next", locale.mediumDateShortTime(*deadline.armed));
+  if (deadline.armed)
+    line("Next", locale.mediumDateShortTime(*deadline.armed) +
+                     (*deadline.armed <= session.services.clock.now() ? ", due now" : ""));
   line("Lengths on offer", reached || deadline.options.empty() ? "none" : optionsText(session, deadline.options));
   if (reached)
     text += "\n" + reachedText(session, deadline) + "\n";
@@ -109,11 +112,15 @@ std::optional<std::string> whyNotDeferred(const Session& session, const Deadline
   if (deadline.options.empty())
     return fmt::format("No length on offer ends before the deadline, {}.",
                        session.services.locale.mediumDateShortTime(*deadline.hardDeadline));
-  return fmt::format(
-      "Updates cannot be put off for {} minutes. On offer: {}.{}", minutes, optionsText(session, deadline.options),
-      deadline.hardDeadline ? fmt::format(" A deferral must end before the deadline, {}.",
-                                          session.services.locale.mediumDateShortTime(*deadline.hardDeadline))
-                            : "");
+  const bool endsTooLate =
+      deadline.hardDeadline &&
+      minutes >=
+          std::chrono::floor<std::chrono::minutes>(*deadline.hardDeadline - session.services.clock.now()).count();
+  return fmt::format("Updates cannot be put off for {} minutes. On offer: {}.{}", minutes,
+                     optionsText(session, deadline.options),
+                     endsTooLate ? fmt::format(" A deferral must end before the deadline, {}.",
+                                               session.services.locale.mediumDateShortTime(*deadline.hardDeadline))
+                                 : "");
 }
 
 // What the prompt would ask: nobody is there to answer it here.
@@ -129,7 +136,9 @@ ExitCode tellQuestion(const Session& session) {
                               {"newVersion", row.newVersion},
                               {"behavior", std::string(behaviorText(row.behavior))},
                               {"forcedReinstall", row.forcedReinstall}});
-    text += fmt::format("{}  {} → {}  {}\n", row.name, row.currentVersion, row.newVersion, behaviorText(row.behavior));
+    const auto versions = row.forcedReinstall ? row.currentVersion + " · Required reinstall"
+                                              : fmt::format("{} → {}", row.currentVersion, row.newVersion);
+    text += fmt::format("{}  {}  {}\n", row.name, versions, behaviorText(row.behavior));
   }
   const bool hard = session.model.fields().deferral.currentDeferralEscalation == DeferralEscalation::hard;
   auto json = *deadlineJson(session, deadline).object();
@@ -156,7 +165,10 @@ ExitCode runUpdateAll(const Session& session) {
   session.model.refreshHelperState(false);
   session.model.updateAll(DeferralPromptHost::standalone);
   waitUntilIdle(session);
-  if (session.model.fields().deferral.showDeferralPrompt) return tellQuestion(session);
+  const auto& fields = session.model.fields();
+  if (fields.deferral.showDeferralPrompt) return tellQuestion(session);
+  // In a complete cycle it installs without a question.
+  if (const auto& end = fields.patch.lastEnd) return tellRun(session, *end, end->labels);
   return finish(session, {}, modelFailure(session));
 }
 

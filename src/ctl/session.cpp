@@ -94,6 +94,24 @@ ExitCode finish(const Session& session, const Apps& apps, const std::optional<Fa
   return failure ? failure->code : ExitCode::done;
 }
 
+ExitCode tellRun(const Session& session, const PatchEnd& end, const Labels& labels, std::string_view remarks) {
+  const auto apps = appsWithLabels(session, labels);
+  const auto facts = session.model.facts();
+  auto json = *appsJson(apps, facts).object();
+  json.set("success", end.success);
+  json.set("message", end.message);
+  json.set("installedCount", end.installedCount);
+  if (!end.success) {
+    const auto failure = failed(end.message);
+    json.set("error", *errorJson(failure.error).find("error"));
+    if (!session.command.json) tell(session, failure);
+  }
+  print(
+      session, json,
+      std::string(remarks) + (end.success ? end.message + "\n\n" : "") + appsText(apps, facts, session.world.columns));
+  return end.success ? ExitCode::done : ExitCode::failed;
+}
+
 Apps appsWithLabels(const Session& session, const Labels& labels) {
   Apps apps;
   for (const auto& app : session.model.fields().inventory.apps)
@@ -237,31 +255,18 @@ ExitCode runUpdate(const Session& session) {
   if (const auto unreached = reachHelper(session)) return tell(session, *unreached);
   session.model.refreshHelperState(false);
 
-  std::optional<PatchRunAnswer> answer;
+  PatchEnd end;
   // Labels that were named are no Update All: their failure arms no retry and closes no cycle.
   const auto operation =
       session.command.labels.empty() ? DiscoveryOperation::patchAll : DiscoveryOperation::patchSingle;
   session.model.startPatching(wanted.labels, operation, {},
                               [&](bool success, const std::string& message, std::int64_t installedCount) {
-                                answer = {.success = success, .message = message, .installedCount = installedCount};
+                                end = {.success = success, .message = message, .installedCount = installedCount};
                               });
   waitUntilIdle(session);
 
-  const auto apps = appsWithLabels(session, session.command.labels.empty() ? wanted.labels : session.command.labels);
-  const auto facts = session.model.facts();
-  const bool success = answer && answer->success;
-  const auto message = answer ? answer->message : std::string();
-  auto json = *appsJson(apps, facts).object();
-  json.set("success", success);
-  json.set("message", message);
-  json.set("installedCount", answer ? answer->installedCount : 0);
-  if (!success) {
-    const auto failure = failed(message);
-    json.set("error", *errorJson(failure.error).find("error"));
-    if (!session.command.json) tell(session, failure);
-  }
-  print(session, json, remarks + (success ? message + "\n\n" : "") + appsText(apps, facts, session.world.columns));
-  return success ? ExitCode::done : ExitCode::failed;
+  const auto& labels = session.command.labels.empty() ? wanted.labels : session.command.labels;
+  return tellRun(session, end, labels, remarks);
 }
 
 ExitCode run(const Session& session) {

@@ -114,13 +114,13 @@ void PatchRun::applyPatchResult(Run run, const Result<PatchRunAnswer>& answered)
 void PatchRun::startFailed(Run run, const Error& error) {
   const auto text = fmt::format(fmt::runtime(localized("Failed to start patching: {}")), error.text);
   followUpError(run, text, text);
-  answer(run.completion, false, text, 0);
+  settle(run, false, text, 0);
 }
 
 void PatchRun::finishedWithErrors(Run run, const PatchRunAnswer& result) {
   followUpError(run, result.message, withDisplayNames(result.message, c_.fields.inventory.apps));
   sendFinished(run, "failure");
-  answer(run.completion, false, result.message, result.installedCount);
+  settle(run, false, result.message, result.installedCount);
 }
 
 // What follows on an error may recompute the counts, and these may set off work that now holds the gate.
@@ -154,7 +154,13 @@ void PatchRun::finishedWell(Run run, const PatchRunAnswer& result) {
   c_.messages.status(fmt::format(fmt::runtime(localized("Update complete. {} Refreshing…")), result.message));
   sendFinished(run, "success");
   recheck(run.labels, false);
-  answer(run.completion, true, result.message, result.installedCount);
+  settle(run, true, result.message, result.installedCount);
+}
+
+void PatchRun::settle(Run& run, bool success, const std::string& message, std::int64_t installed) {
+  fields_.lastEnd = PatchEnd{.labels = run.labels, .success = success, .message = message, .installedCount = installed};
+  c_.crossings.fieldsChanged();
+  answer(run.completion, success, message, installed);
 }
 
 void PatchRun::sendFinished(const Run& run, const char* outcome) {

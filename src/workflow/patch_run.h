@@ -35,6 +35,7 @@ class PatchRun {
   // `message` still names labels; `shown` is for people, and stands until the recheck is answered.
   void followUpError(const Run& run, const std::string& message, const std::string& shown);
   void recheck(const Labels& labels, bool takenOver);
+  void settle(Run& run, bool success, const std::string& message, std::int64_t installed);
   void sendFinished(const Run& run, const char* outcome);
 
   RoomContext c_;

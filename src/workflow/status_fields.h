@@ -117,9 +117,19 @@ struct PatchProgress {
   friend bool operator==(const PatchProgress&, const PatchProgress&) = default;
 };
 
+// How a run ended, in the helper's words; a run that could not be started ended without success.
+struct PatchEnd {
+  Labels labels;
+  bool success = false;
+  std::string message;
+  std::int64_t installedCount = 0;
+  friend bool operator==(const PatchEnd&, const PatchEnd&) = default;
+};
+
 // Written by PatchRun.
 struct PatchFields {
   std::optional<PatchProgress> progress;  // of a run of this process; absent when none is out
+  std::optional<PatchEnd> lastEnd;        // of the last run of this process that is not out any more
 };
 
 // Written by BlockingPromptWatch.

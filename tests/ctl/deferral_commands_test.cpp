@@ -1,4 +1,6 @@
 // Deferrals on the command line: the prompt's rules, and a refusal that says which limit and until when.
+#include <gmock/gmock.h>
+
 #include "ctl/session_fixture.h"
 
 namespace corvane {
@@ -69,6 +71,24 @@ TEST_F(CtlDeferral, UpdateAllDecidesAsTheWindowDoesAndTellsTheQuestion) {
   answerDiscoveries({Apps{current("a"), current("b")}});
   EXPECT_EQ(run({.verb = Verb::update, .all = true}), ExitCode::done);
   EXPECT_NE(out.find("No applications currently require updates."), std::string::npos) << out;
+}
+
+TEST_F(CtlDeferral, UpdateAllInACompleteCycleInstallsAndTellsHowThatEnded) {
+  preferences.writePatchingCadenceState({.currentPatchingStartDate = time.now() - 24h,
+                                         .lastPatchingCompletionDate = time.now() - 1h,
+                                         .nextCycleStartDate = time.now() + 72h});
+  know({outdated("a"), current("b")});
+  answerDiscoveries({Apps{outdated("a")}, Apps{outdated("a")}});
+  runAnswer = PatchRunAnswer{.success = false, .message = "Updated 0 of 1. Failed: a."};
+  EXPECT_EQ(run({.verb = Verb::update, .json = true, .all = true}), ExitCode::failed);
+  EXPECT_EQ(field("success").boolean(), false);
+  EXPECT_EQ(errorText(), "Updated 0 of 1. Failed: a.");
+  EXPECT_THAT(printedLabels(), ::testing::ElementsAre("a"));
+
+  answerDiscoveries({Apps{outdated("a")}, Apps{current("a")}});
+  runAnswer = PatchRunAnswer{.success = true, .message = "Updated 1 app.", .installedCount = 1};
+  EXPECT_EQ(run({.verb = Verb::update, .all = true}), ExitCode::done);
+  EXPECT_TRUE(out.starts_with("Updated 1 app.\n")) << out;
 }
 
 }  // namespace
