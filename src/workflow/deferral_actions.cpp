@@ -6,6 +6,7 @@
 #include <chrono>
 #include <iterator>
 #include <set>
+#include <utility>
 
 #include "base/localized.h"
 #include "core/policies/deferral_install_behavior_resolver.h"
@@ -38,8 +39,10 @@ DeferralManager DeferralActions::manager() const {
   return {store.loadConfiguration(), store, c_.services.clock, c_.services.locale.calendar()};
 }
 
+// A prompt that stands moves: it is never in two places, nor in none.
 void DeferralActions::setPromptHost(DeferralPromptHost host) {
-  fields_.deferralPromptHost = host;
+  const auto before = std::exchange(fields_.deferralPromptHost, host);
+  if (fields_.showDeferralPrompt && before != host) showWhereItBelongs();
   c_.crossings.fieldsChanged();
 }
 
@@ -58,7 +61,14 @@ void DeferralActions::presentDeferralPrompt() {
   ++fields_.deferralPromptGeneration;
   fields_.showDeferralPrompt = true;
   c_.crossings.fieldsChanged();
-  if (fields_.deferralPromptHost == DeferralPromptHost::standalone) c_.services.prompts.showStandaloneWindow();
+  showWhereItBelongs();
+}
+
+void DeferralActions::showWhereItBelongs() {
+  if (fields_.deferralPromptHost == DeferralPromptHost::standalone)
+    c_.services.prompts.showStandaloneWindow();
+  else
+    c_.services.prompts.hideStandaloneWindow();
 }
 
 void DeferralActions::dismissDeferralPrompt() {

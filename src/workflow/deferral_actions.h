@@ -53,6 +53,7 @@ class DeferralActions {
  private:
   [[nodiscard]] DeferralManager manager() const;
   void tellTimedOut();
+  void showWhereItBelongs();
   void refuse(HardPromptReason reason);
 
   RoomContext c_;

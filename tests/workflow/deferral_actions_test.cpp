@@ -38,6 +38,17 @@ TEST_F(DeferralTest, aDeferralCountsArmsAndIsWrittenDown) {
   EXPECT_EQ(model->watchpointCountdownText("2 hours"), "Deferred — you'll be reminded in 2 hours");
 }
 
+TEST_F(DeferralTest, aPromptThatStandsMovesToTheSurfaceThatAskedLast) {
+  openPrompt(DeferralPromptHost::standalone);
+  EXPECT_EQ(prompts.shown, 1);
+  model->updateAll(DeferralPromptHost::dashboard);
+  EXPECT_EQ(prompts.hidden, 1) << "while the recheck runs too";
+  answer(Apps{outdated("a"), outdated("b")});
+  EXPECT_EQ(prompts.shown, 1);
+  model->updateAll(DeferralPromptHost::standalone);
+  EXPECT_EQ(prompts.shown, 2);
+}
+
 TEST_F(DeferralTest, aLengthThatIsNoLongerOfferedFallsBackToTheFirst) {
   openPrompt();
   model->setSelectedDeferralMinutes(7);
