@@ -295,6 +295,18 @@ TEST_F(DashboardWindowTest, thePromptStandsInTheWindowThatAskedAndTakesItsAnswer
   EXPECT_TRUE(item("promptList")->property("interactive").toBool()) << "more than four rows scroll";
 }
 
+TEST_F(DashboardWindowTest, inASmallWindowThePromptKeepsItsButtonsWithinIt) {
+  window_.window()->resize(640, 480);
+  prompt_.setPage(promptPage(6, DeferralEscalation::normal, DeferralPromptHost::dashboard));
+  draw();
+  auto* button = item("install");
+  ASSERT_NE(button, nullptr);
+  EXPECT_LE(button->mapToScene(QPointF(0, button->height())).y(), 480);
+  EXPECT_TRUE(item("promptList")->property("interactive").toBool());
+  click(button);
+  EXPECT_EQ(heard(), "install ");
+}
+
 TEST_F(DashboardWindowTest, everyButtonHasANameAndAPress) {
   auto state = ordinaryState();
   state.fields.helper.helperOperational = false;

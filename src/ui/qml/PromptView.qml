@@ -94,6 +94,10 @@ FocusScope {
 
         Rectangle {
             Layout.fillWidth: true
+            // In a small window the list gives way, never the buttons.
+            Layout.fillHeight: true
+            Layout.maximumHeight: implicitHeight
+            Layout.minimumHeight: Math.min(list.count, 1) * Theme.rowHeight + 2
             implicitHeight: Math.min(list.count, 4) * Theme.rowHeight + 2
             visible: list.count > 0
             radius: Theme.radius
@@ -108,7 +112,7 @@ FocusScope {
                 anchors.margins: 1
                 clip: true
                 model: root.rows
-                interactive: count > 4
+                interactive: contentHeight > height
                 boundsBehavior: Flickable.StopAtBounds
                 activeFocusOnTab: interactive
                 // No row can be chosen, so the keys move the view.
