@@ -22,6 +22,11 @@ bool FloatingPanel::make() {
   connect(window_, &QWindow::windowStateChanged, this, [this](Qt::WindowState state) {
     if (state == Qt::WindowMinimized) window_->showNormal();
   });
+  const auto follow = [this](const QScreen* screen) {
+    connect(screen, &QScreen::availableGeometryChanged, this, [this] { comeBackToAScreen(); });
+  };
+  for (const auto* screen : QGuiApplication::screens()) follow(screen);
+  connect(qGuiApp, &QGuiApplication::screenAdded, this, follow);
   connect(qGuiApp, &QGuiApplication::screenRemoved, this, [this] { comeBackToAScreen(); });
   connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, [this] { comeBackToAScreen(); });
   return true;
