@@ -51,7 +51,8 @@ void DeferralPromptController::rebuild() {
          .explanation = model_.hardDeadlineExplanation(),
          .remaining = model_.deferralsRemainingSummary(),
          .deferButtonIsPrimary = services_.preferences.readDeferralDialogPrimaryButton() == "defer",
-         .hardMayClose = config->hardDeadlineDialogAllowClose},
+         .hardMayClose = config->hardDeadlineDialogAllowClose,
+         .isInstalling = isInstalling()},
         services_.clock.now(), services_.locale, texts);
   } else {
     page_.visible = false;
@@ -67,12 +68,18 @@ void DeferralPromptController::tell() {
              {.escalation = shown_->escalation,
               .timeoutAction = timeoutAction_,
               .secondsLeft = isConfirming() ? resumeSeconds_ : countdown_.remainingSeconds(),
-              .selectedMinutes = model_.fields().deferral.selectedDeferralMinutes},
+              .selectedMinutes = model_.fields().deferral.selectedDeferralMinutes,
+              .isInstalling = isInstalling()},
              services_.clock.now(), services_.locale, texts);
   page_.confirmation = !isConfirming() ? ConfirmationPage()
                        : accepted_     ? makeAcceptedPage(texts)
                                        : makeConfirmationPage(confirmation_.remainingSeconds(), texts);
   observers_.tell();
+}
+
+bool DeferralPromptController::isInstalling() const {
+  const auto& fields = model_.fields().updateAll;
+  return fields.installNowQueued || fields.userRecheckInFlight;
 }
 
 // What is armed may have been put off while the countdown ran or the Mac slept, and the prompt does not begin before

@@ -48,6 +48,7 @@ class DeferralPromptController {
   void endConfirmation();
   // The prompt that stands in the model is the one that was told of: an answer given to another one counts for nothing.
   [[nodiscard]] bool isCurrent() const { return shown_.has_value() && shown_ == current(); }
+  [[nodiscard]] bool isInstalling() const;
   [[nodiscard]] bool isConfirming() const { return isCurrent() && confirming_ == shown_; }
   [[nodiscard]] std::optional<Presentation> current() const;
 

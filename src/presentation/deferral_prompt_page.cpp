@@ -17,6 +17,8 @@ constexpr std::int64_t kNearlyOver = 10;
 // No choice means a later moment than this; more minutes than a calendar has are a slip of the pen.
 constexpr std::int64_t kLongestReminder = 10LL * 366 * 24 * 60;
 
+constexpr auto kLookingOnceMore = "Making sure that these are the newest versions…";
+
 std::string versionsText(const DeferralPromptApp& app, const PageTexts& texts) {
   if (app.forcedReinstall) return texts.text("{} · Required reinstall", app.currentVersion);
   return texts.text("{} → {}", app.currentVersion, app.newVersion);
@@ -94,15 +96,20 @@ DeferralPromptPage makeDeferralPromptPage(const DeferralPromptInputs& inputs, Da
   page.install = {.text = texts.text(hard ? "Update Now" : "Update"),
                   .help = texts.text("Install these updates now"),
                   .visible = true,
-                  .enabled = true};
+                  .enabled = !(hard && inputs.isInstalling)};
   page.deferIsPrimary = inputs.deferButtonIsPrimary && !hard;
   return page;
 }
 
 void tellTime(DeferralPromptPage& page, const PromptMoment& moment, Date now, const Locale& locale,
               const PageTexts& texts) {
-  const auto time = countdownText(moment.secondsLeft);
   const bool hard = moment.escalation == DeferralEscalation::hard;
+  if (hard && moment.isInstalling) {
+    page.countdown = texts.text(kLookingOnceMore);
+    page.countdownColor = ColorRole::secondary;
+    return;
+  }
+  const auto time = countdownText(moment.secondsLeft);
   page.countdown = hard ? texts.text("Updates will begin automatically in {}.", time)
                    : moment.timeoutAction == DeferralAction::defer
                        ? texts.text("Corvane will automatically defer in {}.", time)
@@ -127,7 +134,9 @@ ConfirmationPage makeConfirmationPage(std::int64_t secondsLeft, const PageTexts&
 
 ConfirmationPage makeAcceptedPage(const PageTexts& texts) {
   auto page = makeConfirmationPage(0, texts);
-  page.countdown = texts.text("Making sure that these are the newest versions…");
+  page.title = texts.text("Updates will be installed");
+  page.text.clear();
+  page.countdown = texts.text(kLookingOnceMore);
   page.no.enabled = page.yes.enabled = false;
   return page;
 }

@@ -84,6 +84,7 @@ struct DeferralPromptInputs {
   std::optional<std::string> remaining;
   bool deferButtonIsPrimary = false;
   bool hardMayClose = false;
+  bool isInstalling = false;  // an install was asked for, and its updates are looked at once more or wait for that
 };
 
 // All that does not change by itself. Linear in the applications.
@@ -96,6 +97,7 @@ struct PromptMoment {
   DeferralAction timeoutAction = DeferralAction::defer;
   std::int64_t secondsLeft = 0;
   std::int64_t selectedMinutes = 0;
+  bool isInstalling = false;  // nothing is counted down any more
 };
 void tellTime(DeferralPromptPage& page, const PromptMoment& moment, Date now, const Locale& locale,
               const PageTexts& texts);
