@@ -46,6 +46,57 @@ Mon 02 Nov 00:00 asked: 1 application
 )");
 }
 
+TEST_F(PromptDiaryTest, aPromptPresentedAgainUnderItsConfirmationAsksAnew) {
+  start();
+  mac->runUntil("2026-10-26 09:01");
+  mac->prompt().install();
+  ASSERT_TRUE(page().confirmation.visible);
+  mac->run(10s);
+  mac->model().presentDeferralPrompt();
+  mac->run(10s);
+  EXPECT_FALSE(page().confirmation.visible);
+  EXPECT_EQ(page().countdown, "Corvane will automatically defer in 0:04:50.");
+  mac->prompt().accept();
+  mac->runUntil("2026-10-26 09:30");
+  expectDiary(R"(Mon 26 Oct 09:00 asked: 3 applications
+Mon 26 Oct 09:01 asked: 3 applications
+Mon 26 Oct 09:06 nobody answered: deferred for 1 hour
+)");
+}
+
+TEST_F(PromptDiaryTest, installNowTwiceWhileACheckRunsInstallsOnce) {
+  plan.settings["DeadlineCountHard"] = PlistValue(0);
+  plan.settings["DialogTimeoutDeferral"] = PlistValue(3600);
+  start();
+  mac->runUntil("2026-10-26 09:01");
+  mac->helper().behaviour.checkTakes = 120s;
+  mac->model().checkForUpdates();
+  mac->run(10s);
+  mac->person().install();
+  mac->run(10s);
+  EXPECT_EQ(page().countdown, "Making sure that these are the newest versions…");
+  EXPECT_FALSE(page().install.enabled);
+  mac->person().install();
+  mac->runUntil("2026-10-26 12:00");
+  expectDiary(R"(Mon 26 Oct 09:00 required: 3 applications by Mon 26 Oct 10:00
+Mon 26 Oct 09:05 installing: anvil, bellows, crucible
+Mon 26 Oct 09:08 installed anvil, bellows, crucible
+Mon 26 Oct 09:08 the cycle is complete
+)");
+  EXPECT_EQ(mac->log().count("Install Now will run when"), 2U);
+}
+
+TEST_F(PromptDiaryTest, aClockSetBackADayPutsTheForcedInstallOff) {
+  plan.settings["DeadlineCountHard"] = PlistValue(0);
+  plan.dailyCheck = std::nullopt;
+  plan.checkedBefore = true;
+  start();
+  mac->runUntil("2026-10-26 08:02");
+  mac->time().setWallClock(mac->now() - 24h);
+  mac->runUntil("2026-10-26 12:00");
+  expectDiary(forcedAt("Mon 26 Oct 08:00", "Mon 26 Oct 08:05", "Mon 26 Oct 08:08"));
+}
+
 TEST_F(PromptDiaryTest, aForcedInstallWaitsForAHelperThatAnswersLate) {
   plan.settings["DeadlineCountHard"] = PlistValue(0);
   plan.settings["DialogTimeoutDeferral"] = PlistValue(600);
