@@ -19,13 +19,17 @@ Item {
         anchors.bottomMargin: 1.5 * Theme.grid
         spacing: root.narrow ? 1.5 * Theme.grid : 2 * Theme.grid
 
-        RowLayout {
+        // Beside the buttons while the title has room there, else above them.
+        GridLayout {
             Layout.fillWidth: true
-            spacing: Theme.grid
+            columns: width - buttons.implicitWidth - columnSpacing >= title.implicitWidth ? 2 : 1
+            columnSpacing: Theme.grid
+            rowSpacing: Theme.grid
             ColumnLayout {
                 Layout.fillWidth: true
                 spacing: 2
                 ElidedText {
+                    id: title
                     Layout.fillWidth: true
                     text: root.page.title
                     font.pixelSize: Theme.titleSize
@@ -35,26 +39,33 @@ Item {
                 }
                 ElidedText {
                     Layout.fillWidth: true
+                    visible: !root.narrow
                     text: root.page.subtitle
                     color: Theme.secondary
+                    wrapMode: Text.Wrap
+                    maximumLineCount: 2
                 }
             }
-            ActionButton {
-                objectName: "discover"
-                button: root.page.discover
-                onClicked: root.actions.discoverInstalledApps()
-            }
-            ActionButton {
-                objectName: "check"
-                button: root.page.check
-                primary: !root.page.updateAll.enabled
-                onClicked: root.actions.checkForUpdates()
-            }
-            ActionButton {
-                objectName: "updateAll"
-                button: root.page.updateAll
-                primary: true
-                onClicked: root.actions.updateAll()
+            RowLayout {
+                id: buttons
+                spacing: Theme.grid
+                ActionButton {
+                    objectName: "discover"
+                    button: root.page.discover
+                    onClicked: root.actions.discoverInstalledApps()
+                }
+                ActionButton {
+                    objectName: "check"
+                    button: root.page.check
+                    primary: !root.page.updateAll.enabled
+                    onClicked: root.actions.checkForUpdates()
+                }
+                ActionButton {
+                    objectName: "updateAll"
+                    button: root.page.updateAll
+                    primary: true
+                    onClicked: root.actions.updateAll()
+                }
             }
         }
 
