@@ -135,13 +135,18 @@ PatchOutcome outcomeOfRun(const AppInfo& before, const std::optional<AppInfo>& a
 
 PatchRunAnswer answerOf(const std::vector<PatchOutcome>& outcomes) {
   const auto installed = std::ranges::count_if(outcomes, &PatchOutcome::installed);
-  Labels failed;
-  for (const auto& outcome : outcomes)
-    if (outcome.status == PatchingStatus::failure) failed.push_back(outcome.label);
-  PatchRunAnswer answer{
-      .success = std::ranges::all_of(outcomes, [](const auto& o) { return o.status == PatchingStatus::success; }),
-      .message = fmt::format("Updated {} of {}.", installed, outcomes.size()),
-      .installedCount = installed};
+  const auto labelsOf = [&](PatchingStatus status) {
+    Labels labels;
+    for (const auto& outcome : outcomes)
+      if (outcome.status == status) labels.push_back(outcome.label);
+    return labels;
+  };
+  const auto failed = labelsOf(PatchingStatus::failure);
+  const auto skipped = labelsOf(PatchingStatus::skipped);
+  PatchRunAnswer answer{.success = failed.empty(),
+                        .message = fmt::format("Updated {} of {}.", installed, outcomes.size()),
+                        .installedCount = installed};
+  if (!skipped.empty()) answer.message += fmt::format(" Skipped: {}.", joined(skipped));
   if (!failed.empty()) answer.message += fmt::format(" Failed: {}.", joined(failed));
   return answer;
 }

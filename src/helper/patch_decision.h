@@ -69,8 +69,8 @@ struct PatchOutcome {
 [[nodiscard]] PatchOutcome outcomeOfRun(const AppInfo& before, const std::optional<AppInfo>& after, const ToolEnd& end,
                                         const CorvaneConfiguration& config);
 
-// "Updated <n> of <m>." and, with failures, " Failed: <label>, <label>."; a success only when every label ended
-// installed or current.
+// "Updated <n> of <m>." and, where there are any, " Skipped: <label>, <label>." and " Failed: <label>, <label>."; a
+// success when no label failed.
 [[nodiscard]] PatchRunAnswer answerOf(const std::vector<PatchOutcome>& outcomes);
 
 [[nodiscard]] PatchingReceipt receiptOf(const PatchOutcome& outcome, Date finishedAt);

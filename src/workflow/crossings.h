@@ -52,6 +52,7 @@ class Crossings {
 
   // Into the cycle.
   virtual void patchErrorFollowUp(DiscoveryOperation operation, const Labels& labels, const std::string& message) = 0;
+  virtual void updatesPutOff(DiscoveryOperation operation, const Labels& labels) = 0;  // nothing failed
   virtual void completePatchingCycle() = 0;
 
   // Into the watch for a prompt on screen.

@@ -27,10 +27,23 @@ void PatchCycle::applyPatchErrorFollowUp(DiscoveryOperation operation, const Lab
     markComplete(labels, message);
 }
 
-void PatchCycle::retryLater(std::int64_t minutes) {
+void PatchCycle::updatesPutOff(DiscoveryOperation operation, const Labels& labels) {
+  c_.log.info(fmt::format("Skipped {} — leaving the deferral cycle and any active deadline in place.", joined(labels)));
+  if (operation != DiscoveryOperation::patchAll) return;
+  const auto minutes = c_.services.preferences.loadConfiguration()->deferralTimerError;
+  c_.log.info(fmt::format("Next attempt at {} (DeferralTimerError={} minutes).",
+                          c_.services.locale.calendar().iso8601(armRetry(minutes)), minutes));
+}
+
+Date PatchCycle::armRetry(std::int64_t minutes) {
   const Date retry = c_.services.clock.now() + std::chrono::minutes(minutes);
   closePrompt();
   c_.services.preferences.writeNextAutoLaunch(retry, false, true);
+  return retry;
+}
+
+void PatchCycle::retryLater(std::int64_t minutes) {
+  const auto retry = armRetry(minutes);
   const AppDisplayTitle title(c_.services.preferences.loadConfiguration());
   c_.messages.status(title.userFacing(
       fmt::format(fmt::runtime(localized("An update failed. Corvane will try again in {} minutes.")), minutes)));

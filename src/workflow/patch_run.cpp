@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <chrono>
+#include <iterator>
 
 #include "base/localized.h"
 #include "workflow/app_predicates.h"
@@ -58,11 +60,14 @@ void PatchRun::startPatching(const Labels& labels, DiscoveryOperation operation,
   c_.messages.status(startOfRunText(operation, name, labels.size()));
   c_.messages.error(std::nullopt);
   poll_ = c_.services.main.every(kPollInterval, [this] { poll(); });
-  c_.services.helper.startPatching(
-      labels, alsoStageLabels,
-      lifeline_.guard(
-          [this, run = Run{.operation = operation, .labels = labels, .completion = std::move(completion)}](
-              const Result<PatchRunAnswer>& answered) mutable { applyPatchResult(std::move(run), answered); }));
+  c_.services.helper.startPatching(labels, alsoStageLabels,
+                                   lifeline_.guard([this, run = Run{.operation = operation,
+                                                                    .labels = labels,
+                                                                    .startedAt = c_.services.clock.now(),
+                                                                    .completion = std::move(completion)}](
+                                                       const Result<PatchRunAnswer>& answered) mutable {
+                                     applyPatchResult(std::move(run), answered);
+                                   }));
 }
 
 void PatchRun::poll() {
@@ -149,12 +154,28 @@ void PatchRun::finishedWell(Run run, const PatchRunAnswer& result) {
         fmt::format("Patched {} label(s), but other apps still have updates pending — leaving the deferral "
                     "cycle and any active deadline in place.",
                     run.labels.size()));
-  else
+  const auto putOff = putOffBy(run, facts);
+  if (!putOff.empty())
+    c_.crossings.updatesPutOff(run.operation, putOff);
+  else if (!othersPending)
     c_.crossings.completePatchingCycle();
   c_.messages.status(fmt::format(fmt::runtime(localized("Update complete. {} Refreshing…")), result.message));
   sendFinished(run, "success");
   recheck(run.labels, false);
   settle(run, true, result.message, result.installedCount);
+}
+
+Labels PatchRun::putOffBy(const Run& run, const AppFacts& facts) const {
+  Labels putOff;
+  if (!facts.latestReceipts) return putOff;
+  // Receipts hold whole seconds.
+  const auto since = std::chrono::floor<std::chrono::seconds>(run.startedAt);
+  std::ranges::copy_if(run.labels, std::back_inserter(putOff), [&](const Label& label) {
+    const auto receipt = facts.latestReceipts->find(label);
+    return receipt != facts.latestReceipts->end() && receipt->second.status == PatchingStatus::skipped &&
+           receipt->second.timestamp >= since;
+  });
+  return putOff;
 }
 
 void PatchRun::settle(Run& run, bool success, const std::string& message, std::int64_t installed) {

@@ -23,6 +23,7 @@ class PatchRun {
   struct Run {
     DiscoveryOperation operation;
     Labels labels;
+    Date startedAt;
     PatchCompletion completion;
   };
 
@@ -35,6 +36,8 @@ class PatchRun {
   // `message` still names labels; `shown` is for people, and stands until the recheck is answered.
   void followUpError(const Run& run, const std::string& message, const std::string& shown);
   void recheck(const Labels& labels, bool takenOver);
+  // What the run skipped, by its receipts, and what is therefore still to be done.
+  [[nodiscard]] Labels putOffBy(const Run& run, const AppFacts& facts) const;
   void settle(Run& run, bool success, const std::string& message, std::int64_t installed);
   void sendFinished(const Run& run, const char* outcome);
 

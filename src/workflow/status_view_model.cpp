@@ -50,6 +50,9 @@ struct StatusViewModel::Rooms final : Crossings {
   void installNow() override { updateAll.installNow(); }
   void armEnforcement(HardPromptReason reason) override { updateAll.armEnforcement(reason); }
 
+  void updatesPutOff(DiscoveryOperation operation, const Labels& labels) override {
+    cycle.updatesPutOff(operation, labels);
+  }
   void patchErrorFollowUp(DiscoveryOperation operation, const Labels& labels, const std::string& message) override {
     cycle.applyPatchErrorFollowUp(operation, labels, message);
   }

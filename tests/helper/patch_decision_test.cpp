@@ -153,7 +153,9 @@ TEST(PatchDecision, WordsTheAnswerFromAllOutcomes) {
   const PatchOutcome declined{.label = Label("e"), .status = PatchingStatus::skipped, .code = 10};
   EXPECT_EQ(answerOf({installed, current}), (PatchRunAnswer{true, "Updated 1 of 2.", 1}));
   EXPECT_EQ(answerOf({installed, failed, alsoFailed}), (PatchRunAnswer{false, "Updated 1 of 3. Failed: c, d.", 1}));
-  EXPECT_EQ(answerOf({declined}), (PatchRunAnswer{false, "Updated 0 of 1.", 0}));
+  EXPECT_EQ(answerOf({declined}), (PatchRunAnswer{true, "Updated 0 of 1. Skipped: e.", 0}))
+      << "who declines has made no failure";
+  EXPECT_EQ(answerOf({declined, failed}), (PatchRunAnswer{false, "Updated 0 of 2. Skipped: e. Failed: c.", 0}));
 }
 
 }  // namespace

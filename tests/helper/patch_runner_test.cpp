@@ -69,7 +69,7 @@ TEST_F(PatchRunnerFixture, EachEndOfTheToolLeavesItsReceiptAndItsAnswer) {
   } rows[] = {
       {"installed", "2.0", ended(0), PatchingStatus::success, 0, updated},
       {"claimed, but unchanged", "", ended(0), PatchingStatus::failure, -1, failedAnswer},
-      {"declined by the user", "", ended(10), PatchingStatus::skipped, 10, {false, "Updated 0 of 1.", 0}},
+      {"declined by the user", "", ended(10), PatchingStatus::skipped, 10, {true, "Updated 0 of 1. Skipped: app.", 0}},
       {"cannot be started", "", forbidden, PatchingStatus::failure, 126, failedAnswer},
       {"hangs", "", {.takes = 3h}, PatchingStatus::failure, 128 + 15, failedAnswer},
   };

@@ -151,6 +151,32 @@ TEST_F(PatchRunTest, aSuccessWithMorePendingLeavesTheCycleOpen) {
   EXPECT_EQ(preferences.readPatchingCadenceState().lastPatchingCompletionDate, std::nullopt);
 }
 
+TEST_F(PatchRunTest, whatTheUserDeclinedLeavesTheCycleOpenAndIsAskedForAgain) {
+  preferences.writePreference("WorkflowUpdateAllErrorCompletesPatching", true);
+  buildWith({outdated("a"), outdated("b")});
+  const auto runs = [&](DiscoveryOperation operation) {
+    preferences.clearNextAutoLaunch();
+    start({label("a"), label("b")}, operation);
+    time.advance(90s);
+    (void)receipts.append({.label = label("b"), .timestamp = time.now(), .status = PatchingStatus::skipped});
+    answerRun(PatchRunAnswer{.success = true, .message = "Updated 1 of 2. Skipped: b.", .installedCount = 1});
+    EXPECT_TRUE(said("Skipped b — leaving the deferral cycle"));
+    EXPECT_EQ(preferences.readPatchingCadenceState().lastPatchingCompletionDate, std::nullopt);
+    answer(Apps{current("a"), outdated("b")});
+  };
+  runs(DiscoveryOperation::patchAll);
+  EXPECT_EQ(preferences.readNextAutoLaunch(), time.now() + 1h);
+  EXPECT_TRUE(preferences.readPatchErrorRetryArmed());
+  runs(DiscoveryOperation::patchBackground);
+  EXPECT_EQ(preferences.readNextAutoLaunch(), std::nullopt);
+
+  // A skip of an earlier run says nothing of this one.
+  time.advance(1h);
+  start({label("a"), label("b")});
+  answerRun(kWell);
+  EXPECT_EQ(preferences.readPatchingCadenceState().lastPatchingCompletionDate, time.now());
+}
+
 TEST_F(PatchRunTest, failuresFollowTheirTable) {
   struct Row {
     const char* name;

@@ -28,6 +28,7 @@ class RecordingCrossings final : public Crossings {
   void forgetDeferralEvents() override { calls.emplace_back("forgetDeferralEvents"); }
   void discoverInstalledApps() override { calls.emplace_back("discoverInstalledApps"); }
   void checkForUpdates(const Labels& labels) override { calls.push_back("checkForUpdates " + joined(labels)); }
+  void updatesPutOff(DiscoveryOperation, const Labels&) override { calls.emplace_back("updatesPutOff"); }
   void patchErrorFollowUp(DiscoveryOperation, const Labels&, const std::string&) override {
     calls.emplace_back("patchErrorFollowUp");
   }
