@@ -21,7 +21,13 @@ namespace {
 using namespace corvane;
 using ctl::ExitCode;
 
-void write(std::FILE* stream, std::string_view text) { std::fwrite(text.data(), 1, text.size(), stream); }
+// Why the first write to standard output failed; what follows it may use errno for itself.
+int outputProblem = 0;
+
+void write(std::FILE* stream, std::string_view text) {
+  const bool whole = std::fwrite(text.data(), 1, text.size(), stream) == text.size();
+  if (!whole && stream == stdout && outputProblem == 0) outputProblem = errno;
+}
 
 int fail(const Error& error, bool json, ExitCode code) {
   if (json)
@@ -90,8 +96,9 @@ int answer(const std::vector<std::string_view>& arguments) {
 int main(int argc, char** argv) {
   fillStandardDescriptors();
   const int code = answer({argv + 1, argv + argc});
-  const bool written = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
-  if (written || errno == EPIPE) return code;
-  write(stderr, "corvanectl: the output could not be written: " + std::generic_category().message(errno) + "\n");
+  if (std::fflush(stdout) != 0 && outputProblem == 0) outputProblem = errno;
+  if (outputProblem == 0 || outputProblem == EPIPE) return code;
+  write(stderr,
+        "corvanectl: the output could not be written: " + std::generic_category().message(outputProblem) + "\n");
   return code == 0 ? static_cast<int>(ExitCode::failed) : code;
 }
