@@ -106,8 +106,9 @@ class SampleMacTest(unittest.TestCase):
     # The programs.
 
     def environment(self):
+        sanitizers = {name: os.environ[name] for name in ("LSAN_OPTIONS", "TSAN_OPTIONS") if name in os.environ}
         return {"PATH": "/usr/bin:/bin", "HOME": str(self.home), "CORVANE_ROOT": str(self.root), "TZ": "UTC",
-                "LANG": "C.UTF-8", "no_proxy": "127.0.0.1"}
+                "LANG": "C.UTF-8", "no_proxy": "127.0.0.1", **sanitizers}
 
     def ctl_start(self, *arguments, bundle=BUNDLE, environment=None, wrapped_by=()):
         return subprocess.Popen([*wrapped_by, bundle / "Contents/MacOS/corvanectl", *arguments],
