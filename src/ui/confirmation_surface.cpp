@@ -8,7 +8,7 @@ ConfirmationSurface::ConfirmationSurface(InstallConfirmationController& controll
     : controller_(controller),
       services_(services),
       bridge_({.accept = [this] { controller_.accept(); }, .decline = [this] { controller_.decline(); }}),
-      panel_(bridge_) {
+      panel_(kConfirmationPanel, bridge_) {
   changes_ = controller_.observe([this] { refresh(); });
   refresh();
 }

@@ -4,7 +4,7 @@
 #include "base/lease.h"
 #include "presentation/install_confirmation_controller.h"
 #include "ui/confirmation_bridge.h"
-#include "ui/confirmation_panel.h"
+#include "ui/floating_panel.h"
 #include "workflow/workflow_services.h"
 
 namespace corvane::ui {
@@ -14,7 +14,7 @@ class ConfirmationSurface {
  public:
   ConfirmationSurface(InstallConfirmationController& controller, const WorkflowServices& services);
 
-  [[nodiscard]] ConfirmationPanel& panel() { return panel_; }
+  [[nodiscard]] FloatingPanel& panel() { return panel_; }
 
  private:
   void refresh();
@@ -22,7 +22,7 @@ class ConfirmationSurface {
   InstallConfirmationController& controller_;
   WorkflowServices services_;
   ConfirmationBridge bridge_;
-  ConfirmationPanel panel_;
+  FloatingPanel panel_;
   std::int64_t shown_ = 0;  // the question that the panel was last raised for
   Lease changes_;
 };

@@ -6,7 +6,6 @@
 #include <QQmlApplicationEngine>
 #include <QString>
 #include <memory>
-#include <utility>
 
 #include "ui/desktop_appearance.h"
 
@@ -14,13 +13,17 @@ class QQuickWindow;
 
 namespace corvane::ui {
 
+// The pages that are made for it.
+inline constexpr const char* kPromptPanel = "PromptPanel";              // over a PromptBridge
+inline constexpr const char* kConfirmationPanel = "ConfirmationPanel";  // over a ConfirmationBridge
+
 // Main thread.
-class FloatingPanel : public QObject {
+class FloatingPanel final : public QObject {
   Q_OBJECT
 
  public:
   // Shows "<page>.qml" over the bridge, which outlives it.
-  FloatingPanel(QString page, QObject& bridge) : page_(std::move(page)), bridge_(bridge) {}
+  FloatingPanel(const char* page, QObject& bridge) : page_(QString::fromLatin1(page)), bridge_(bridge) {}
   ~FloatingPanel() override;
 
   // Centres it unless it stands already, brings it to the front and gives it the keyboard. False only by a fault of

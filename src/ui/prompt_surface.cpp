@@ -5,7 +5,7 @@
 namespace corvane::ui {
 
 PromptSurface::PromptSurface(DeferralPromptController& controller, const WorkflowServices& services)
-    : controller_(controller), services_(services), bridge_(actions()), panel_(bridge_) {
+    : controller_(controller), services_(services), bridge_(actions()), panel_(kPromptPanel, bridge_) {
   changes_ = controller_.observe([this] { refresh(); });
   refresh();
 }

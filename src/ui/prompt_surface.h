@@ -4,8 +4,8 @@
 #include "base/lease.h"
 #include "base/lifeline.h"
 #include "presentation/deferral_prompt_controller.h"
+#include "ui/floating_panel.h"
 #include "ui/prompt_bridge.h"
-#include "ui/prompt_panel.h"
 #include "workflow/prompt_presenter.h"
 
 namespace corvane::ui {
@@ -16,7 +16,7 @@ class PromptSurface final : public PromptPresenter {
   PromptSurface(DeferralPromptController& controller, const WorkflowServices& services);
 
   [[nodiscard]] PromptBridge& bridge() { return bridge_; }
-  [[nodiscard]] PromptPanel& panel() { return panel_; }
+  [[nodiscard]] FloatingPanel& panel() { return panel_; }
 
   void showStandaloneWindow() override;
   void hideStandaloneWindow() override { panel_.hide(); }
@@ -28,7 +28,7 @@ class PromptSurface final : public PromptPresenter {
   DeferralPromptController& controller_;
   WorkflowServices services_;
   PromptBridge bridge_;
-  PromptPanel panel_;
+  FloatingPanel panel_;
   Lease changes_;
   Lifeline lifeline_;
 };

@@ -67,7 +67,7 @@ int drawPrompt(const DeferralPromptPage& page, const std::string& title, const s
   PromptBridge bridge({});
   bridge.setWindowTitle(toQString(title));
   bridge.setPage(page);
-  PromptPanel panel(bridge);
+  FloatingPanel panel(kPromptPanel, bridge);
   return panel.show() && grabWhole(*panel.window()).save(toQString(file)) ? 0 : 1;
 }
 

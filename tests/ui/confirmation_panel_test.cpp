@@ -1,4 +1,4 @@
-#include "ui/confirmation_panel.h"
+#include "ui/floating_panel.h"
 
 #include <gtest/gtest.h>
 
@@ -6,6 +6,7 @@
 #include <QQuickWindow>
 #include <QTest>
 
+#include "ui/confirmation_bridge.h"
 #include "ui/page_engine.h"
 
 namespace corvane::ui {
@@ -26,7 +27,7 @@ class ConfirmationPanelTest : public ::testing::Test {
 
   std::string heard_;
   ConfirmationBridge bridge_{{.accept = [this] { heard_ += "yes "; }, .decline = [this] { heard_ += "no "; }}};
-  ConfirmationPanel panel_{bridge_};
+  FloatingPanel panel_{kConfirmationPanel, bridge_};
 };
 
 TEST_F(ConfirmationPanelTest, floatsAboveOthersAndTellsItsCountdown) {

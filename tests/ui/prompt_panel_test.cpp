@@ -1,4 +1,4 @@
-#include "ui/prompt_panel.h"
+#include "ui/floating_panel.h"
 
 #include <gtest/gtest.h>
 
@@ -27,7 +27,7 @@ class PromptPanelTest : public ::testing::Test {
 
   std::string heard_;
   PromptBridge bridge_{heardBy(heard_)};
-  PromptPanel panel_{bridge_};
+  FloatingPanel panel_{kPromptPanel, bridge_};
 };
 
 TEST_F(PromptPanelTest, isAsHighAsItsRowsUpToFourAndFloatsAboveOthers) {

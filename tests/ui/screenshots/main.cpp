@@ -8,11 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "ui/confirmation_panel.h"
+#include "ui/confirmation_bridge.h"
 #include "ui/dashboard_window.h"
+#include "ui/floating_panel.h"
 #include "ui/page_engine.h"
 #include "ui/page_states.h"
-#include "ui/prompt_panel.h"
+#include "ui/prompt_bridge.h"
 #include "ui/prompt_states.h"
 #include "ui/windows_application.h"
 
@@ -54,12 +55,12 @@ bool draw(const PromptState& state, const std::filesystem::path& folder) {
   if (state.inOwnPanel) {
     ui::ConfirmationBridge bridge({});
     bridge.setPage(state.page.confirmation);
-    ui::ConfirmationPanel panel(bridge);
+    ui::FloatingPanel panel(ui::kConfirmationPanel, bridge);
     return draw(panel, state, folder);
   }
   ui::PromptBridge bridge({});
   bridge.setPage(state.page);
-  ui::PromptPanel panel(bridge);
+  ui::FloatingPanel panel(ui::kPromptPanel, bridge);
   return draw(panel, state, folder);
 }
 
