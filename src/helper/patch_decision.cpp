@@ -141,14 +141,8 @@ PatchRunAnswer answerOf(const std::vector<PatchOutcome>& outcomes) {
       if (outcome.status == status) labels.push_back(outcome.label);
     return labels;
   };
-  const auto failed = labelsOf(PatchingStatus::failure);
-  const auto skipped = labelsOf(PatchingStatus::skipped);
-  PatchRunAnswer answer{.success = failed.empty(),
-                        .message = fmt::format("Updated {} of {}.", installed, outcomes.size()),
-                        .installedCount = installed};
-  if (!skipped.empty()) answer.message += fmt::format(" Skipped: {}.", joined(skipped));
-  if (!failed.empty()) answer.message += fmt::format(" Failed: {}.", joined(failed));
-  return answer;
+  return patchRunAnswer(installed, outcomes.size(), labelsOf(PatchingStatus::skipped),
+                        labelsOf(PatchingStatus::failure));
 }
 
 PatchingReceipt receiptOf(const PatchOutcome& outcome, Date finishedAt) {

@@ -69,8 +69,7 @@ struct PatchOutcome {
 [[nodiscard]] PatchOutcome outcomeOfRun(const AppInfo& before, const std::optional<AppInfo>& after, const ToolEnd& end,
                                         const CorvaneConfiguration& config);
 
-// "Updated <n> of <m>." and, where there are any, " Skipped: <label>, <label>." and " Failed: <label>, <label>."; a
-// success when no label failed.
+// As the outcomes sum up.
 [[nodiscard]] PatchRunAnswer answerOf(const std::vector<PatchOutcome>& outcomes);
 
 [[nodiscard]] PatchingReceipt receiptOf(const PatchOutcome& outcome, Date finishedAt);

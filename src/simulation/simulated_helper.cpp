@@ -1,7 +1,5 @@
 #include "simulation/simulated_helper.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <utility>
 
@@ -110,10 +108,7 @@ PatchRunAnswer SimulatedHelper::install(const Labels& labels) {
                             .installomatorExitCode = fails ? kFailedExit : 0});
   }
   if (onRunEnded) onRunEnded(installed, failed);
-  return {.success = failed.empty(),
-          .message = failed.empty() ? fmt::format("Installed {}.", joined(installed))
-                                    : fmt::format("Could not install {}.", joined(failed)),
-          .installedCount = static_cast<std::int64_t>(installed.size())};
+  return patchRunAnswer(static_cast<std::int64_t>(installed.size()), labels.size(), {}, failed);
 }
 
 void SimulatedHelper::getPatchingProgress(Completion<PatchProgressInfo> done) {

@@ -1,5 +1,7 @@
 #include "core/records/helper_records.h"
 
+#include <fmt/format.h>
+
 #include "core/records/json_fields.h"
 
 namespace corvane {
@@ -63,6 +65,15 @@ Result<ScheduledDiscoverySummary> discoveryFromJson(const JsonValue& value) {
 }
 
 }  // namespace
+
+PatchRunAnswer patchRunAnswer(std::int64_t installed, std::size_t labels, const Labels& skipped, const Labels& failed) {
+  PatchRunAnswer answer{.success = failed.empty(),
+                        .message = fmt::format("Updated {} of {}.", installed, labels),
+                        .installedCount = installed};
+  if (!skipped.empty()) answer.message += fmt::format(" Skipped: {}.", joined(skipped));
+  if (!failed.empty()) answer.message += fmt::format(" Failed: {}.", joined(failed));
+  return answer;
+}
 
 bool HelperPatchState::isBackgroundPassActive(Date now, Duration staleAfter) const {
   if (!currentRun) return false;

@@ -30,11 +30,16 @@ struct StatusInfo {
 
 // What a patch run answered.
 struct PatchRunAnswer {
-  bool success = false;  // every label ended installed or current
+  bool success = false;  // no label failed
   std::string message;   // the helper's summary, naming labels
   std::int64_t installedCount = 0;
   friend bool operator==(const PatchRunAnswer&, const PatchRunAnswer&) = default;
 };
+
+// The answer of a run over `labels` labels, of which so many were installed; the others were current, skipped or
+// failed: "Updated 1 of 4. Skipped: quill. Failed: stamp, pen."
+[[nodiscard]] PatchRunAnswer patchRunAnswer(std::int64_t installed, std::size_t labels, const Labels& skipped,
+                                            const Labels& failed);
 
 struct BackgroundPatchSummary {
   std::string runID;
