@@ -90,8 +90,8 @@ SimulatedMac::SimulatedMac(const SimulatedMacPlan& plan)
 }
 
 void SimulatedMac::store(const SimulatedMacPlan& plan) {
-  files_.memory().put(places_.installomatorScript(), "#!/bin/zsh\n");
-  (void)files_.memory().makeFolders(places_.deferralEventsFolder());
+  files_.put(places_.installomatorScript(), "#!/bin/zsh\n");
+  (void)files_.makeFolders(places_.deferralEventsFolder());
   domains_.setManaged(plan.settings);
   domains_.setUser(plan.state);
   helper_.apps = plan.apps;

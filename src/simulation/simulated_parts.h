@@ -32,43 +32,24 @@ class SimulatedLog final : public LogSink {
 };
 
 // Files in memory. The heartbeat of a living helper is always of this moment, which costs no turn.
-class SimulatedFiles final : public Files {
+class SimulatedFiles final : public ScriptedFiles {
  public:
   SimulatedFiles(const Clock& clock, std::filesystem::path heartbeat)
-      : clock_(clock), heartbeat_(std::move(heartbeat)), memory_(clock) {}
+      : ScriptedFiles(clock), clock_(clock), heartbeat_(std::move(heartbeat)) {}
 
   bool helperLives = true;
-  ScriptedFiles& memory() { return memory_; }
 
-  [[nodiscard]] Result<std::string> read(const std::filesystem::path& path) const override {
-    return memory_.read(path);
-  }
-  [[nodiscard]] Status replace(const std::filesystem::path& path, std::string_view bytes, mode_t mode) override {
-    return memory_.replace(path, bytes, mode);
-  }
-  [[nodiscard]] Status append(const std::filesystem::path& path, std::string_view bytes, mode_t mode) override {
-    return memory_.append(path, bytes, mode);
-  }
-  [[nodiscard]] Status makeFolders(const std::filesystem::path& folder) override { return memory_.makeFolders(folder); }
-  [[nodiscard]] Status rename(const std::filesystem::path& from, const std::filesystem::path& to) override {
-    return memory_.rename(from, to);
-  }
-  [[nodiscard]] Status remove(const std::filesystem::path& path) override { return memory_.remove(path); }
   [[nodiscard]] bool exists(const std::filesystem::path& path) const override {
-    return path == heartbeat_ ? helperLives : memory_.exists(path);
+    return path == heartbeat_ ? helperLives : ScriptedFiles::exists(path);
   }
   [[nodiscard]] std::optional<Date> modified(const std::filesystem::path& path) const override {
-    if (path != heartbeat_) return memory_.modified(path);
+    if (path != heartbeat_) return ScriptedFiles::modified(path);
     return helperLives ? std::optional(clock_.now()) : std::nullopt;
-  }
-  [[nodiscard]] std::optional<std::uint64_t> size(const std::filesystem::path& path) const override {
-    return memory_.size(path);
   }
 
  private:
   const Clock& clock_;
   std::filesystem::path heartbeat_;
-  ScriptedFiles memory_;
 };
 
 // Tells whoever listens that counts are new.

@@ -11,7 +11,7 @@
 namespace corvane {
 
 // Any thread. Folders exist once made; "/" always does. Error texts are those of the real files.
-class ScriptedFiles final : public Files {
+class ScriptedFiles : public Files {
  public:
   explicit ScriptedFiles(const Clock& clock) : clock_(clock) {}
 
