@@ -255,18 +255,13 @@ ExitCode runUpdate(const Session& session) {
   if (const auto unreached = reachHelper(session)) return tell(session, *unreached);
   session.model.refreshHelperState(false);
 
-  PatchEnd end;
   // Labels that were named are no Update All: their failure arms no retry and closes no cycle.
-  const auto operation =
-      session.command.labels.empty() ? DiscoveryOperation::patchAll : DiscoveryOperation::patchSingle;
-  session.model.startPatching(wanted.labels, operation, {},
-                              [&](bool success, const std::string& message, std::int64_t installedCount) {
-                                end = {.success = success, .message = message, .installedCount = installedCount};
-                              });
+  const auto& named = session.command.labels;
+  session.model.startPatching(
+      wanted.labels, named.empty() ? DiscoveryOperation::patchAll : DiscoveryOperation::patchSingle, {}, nullptr);
   waitUntilIdle(session);
-
-  const auto& labels = session.command.labels.empty() ? wanted.labels : session.command.labels;
-  return tellRun(session, end, labels, remarks);
+  const auto& end = session.model.fields().patch.lastEnd;
+  return tellRun(session, end.value_or(PatchEnd()), named.empty() ? wanted.labels : named, remarks);
 }
 
 ExitCode run(const Session& session) {
