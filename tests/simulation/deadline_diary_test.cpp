@@ -70,11 +70,7 @@ Tue 27 Oct 21:05 deferred for 1 hour
 Tue 27 Oct 22:06 asked: 3 applications
 Tue 27 Oct 22:06 deferred for 1 hour
 Tue 27 Oct 23:06 asked: 3 applications
-Tue 27 Oct 23:07 required: 3 applications by Tue 27 Oct 23:12
-Tue 27 Oct 23:12 forced: anvil, bellows, crucible
-Tue 27 Oct 23:15 installed anvil, bellows, crucible
-Tue 27 Oct 23:15 the cycle is complete
-)");
+)" + forcedAt("Tue 27 Oct 23:07", "Tue 27 Oct 23:12", "Tue 27 Oct 23:15"));
 }
 
 TEST_F(DeadlineDiaryTest, ofBothLimitsTheOneThatComesFirstCounts) {

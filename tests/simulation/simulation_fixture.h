@@ -21,12 +21,15 @@ class SimulationTest : public testing::Test {
   }
   // A diary of lines that end with the line, from the first.
   void expectDiary(std::string_view expected) const { EXPECT_EQ(mac->diary().text(), expected); }
-  // The lines of a required prompt for `moment`, when it is forced, and of its three installs until `done`.
-  static std::string forcedAt(const char* asked, const char* moment, const char* done) {
+  // The lines of the three installs from `moment` on and of the complete cycle at their end.
+  static std::string allInstalled(const char* moment, const char* done, const char* how = "forced") {
     return fmt::format(
-        "{0} required: 3 applications by {1}\n{1} forced: anvil, bellows, crucible\n"
-        "{2} installed anvil, bellows, crucible\n{2} the cycle is complete\n",
-        asked, moment, done);
+        "{0} {2}: anvil, bellows, crucible\n{1} installed anvil, bellows, crucible\n{1} the cycle is complete\n",
+        moment, done, how);
+  }
+  // The same behind a required prompt for that moment.
+  static std::string forcedAt(const char* asked, const char* moment, const char* done) {
+    return fmt::format("{} required: 3 applications by {}\n", asked, moment) + allInstalled(moment, done);
   }
   void hours(const char* from, const char* to) {
     plan.settings["BusinessHoursStartTime"] = PlistValue(from);
