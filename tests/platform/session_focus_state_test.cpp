@@ -76,27 +76,27 @@ class SessionFocusStateTest : public ::testing::Test {
     return SessionFocusState({.session = session_.address(), .system = system_.address()}, patience);
   }
 
-  // A notification service that answers for "Inhibited"; gone with what is given.
-  template <class Getter>
-  std::unique_ptr<BusService> inhibited(Getter getter) {
-    auto made = std::make_unique<BusService>(session_, kNotifications);
-    made->at("/org/freedesktop/Notifications")
-        .registerProperty("Inhibited")
-        .onInterface(kNotifications)
-        .withGetter(std::move(getter));
+  // A service of that name with one object; gone with what is given.
+  template <class Define>
+  static std::unique_ptr<BusService> serves(PrivateBus& bus, const char* name, const char* path, Define define) {
+    auto made = std::make_unique<BusService>(bus, name);
+    define(made->at(path));
     made->answer();
     return made;
+  }
+  // A notification service that answers for "Inhibited".
+  template <class Getter>
+  std::unique_ptr<BusService> inhibited(Getter getter) {
+    return serves(session_, kNotifications, "/org/freedesktop/Notifications", [&](auto& object) {
+      object.registerProperty("Inhibited").onInterface(kNotifications).withGetter(std::move(getter));
+    });
   }
   // A login manager with that answer to who inhibits.
   template <class Answer>
   std::unique_ptr<BusService> loginManager(Answer answer) {
-    auto made = std::make_unique<BusService>(system_, kLogin);
-    made->at("/org/freedesktop/login1")
-        .registerMethod("ListInhibitors")
-        .onInterface(kLoginManager)
-        .implementedAs(std::move(answer));
-    made->answer();
-    return made;
+    return serves(system_, kLogin, "/org/freedesktop/login1", [&](auto& object) {
+      object.registerMethod("ListInhibitors").onInterface(kLoginManager).implementedAs(std::move(answer));
+    });
   }
 
   PrivateBus session_;
@@ -125,15 +125,13 @@ TEST_F(SessionFocusStateTest, TheSettingCountsOfTheDesktopWhoseServiceRuns) {
   std::atomic<bool> quiet = true;
   std::atomic<bool> tells = false;
   const auto service = [&](const std::string& name) {
-    auto made = std::make_unique<BusService>(session_, kNotifications);
-    auto& object = made->at("/org/freedesktop/Notifications");
-    object.registerMethod("GetServerInformation").onInterface(kNotifications).implementedAs([name] {
-      return std::make_tuple(name, std::string("Vendor"), std::string("1"), std::string("1.2"));
+    return serves(session_, kNotifications, "/org/freedesktop/Notifications", [&](auto& object) {
+      object.registerMethod("GetServerInformation").onInterface(kNotifications).implementedAs([name] {
+        return std::make_tuple(name, std::string("Vendor"), std::string("1"), std::string("1.2"));
+      });
+      if (name == "dunst")
+        object.registerProperty("paused").onInterface("org.dunstproject.cmd0").withGetter([&] { return quiet.load(); });
     });
-    if (name == "dunst")
-      object.registerProperty("paused").onInterface("org.dunstproject.cmd0").withGetter([&] { return quiet.load(); });
-    made->answer();
-    return made;
   };
   {
     const auto shell = service("gnome-shell");
