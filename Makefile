@@ -26,7 +26,7 @@ build/%/build.ninja: CMakePresets.json | bootstrap
 	@cmake --preset $*
 
 bundle: build/release/build.ninja
-	@cmake --build --preset release
+	@cmake --build --preset release --target bundle
 	@ln -sfn Corvane.app/Contents/MacOS/corvanectl build/corvanectl
 
 run: bundle
@@ -44,9 +44,11 @@ asan tsan: %: build/%/build.ninja
 	ctest --preset $@
 
 bench: bundle
+	@cmake --build --preset release --target benches
 	@tools/bench
 
-screenshots: bundle
+screenshots: build/release/build.ninja
+	@cmake --build --preset release --target corvane_screenshots
 	@tools/screenshots
 
 format: bootstrap
