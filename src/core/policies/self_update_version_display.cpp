@@ -104,12 +104,12 @@ void SelfUpdateVersionDisplay::refresh(std::string build, Services services,
   if (cached && isFresh(services.preferences, services.clock.now())) return done(cached);
   auto address = services.preferences.loadConfiguration()->selfUpdateReleaseListURL;
   if (address.empty() || !isBuildNumber(build)) return done(std::nullopt);
-  services.http.get(std::move(address), kTimeLimit,
-                    [build = std::move(build), services, done = std::move(done)](Result<HttpAnswer> answer) mutable {
-                      auto display = answer && answer->status == kOK ? displayIn(answer->body, build) : std::nullopt;
-                      if (display) keep(services.preferences, build, *display, services.clock.now());
-                      done(std::move(display));
-                    });
+  services.http.send({.url = std::move(address), .timeLimit = kTimeLimit},
+                     [build = std::move(build), services, done = std::move(done)](Result<HttpAnswer> answer) mutable {
+                       auto display = answer && answer->status == kOK ? displayIn(answer->body, build) : std::nullopt;
+                       if (display) keep(services.preferences, build, *display, services.clock.now());
+                       done(std::move(display));
+                     });
 }
 
 }  // namespace corvane

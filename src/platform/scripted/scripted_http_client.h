@@ -2,6 +2,8 @@
 #pragma once
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <list>
 #include <map>
@@ -25,19 +27,32 @@ class ScriptedHttpClient final : public HttpClient {
   std::map<std::string, HttpAnswer, std::less<>> pages;
   Duration takes = Duration::zero();
 
-  [[nodiscard]] const std::vector<std::string>& requests() const { return requests_; }
+  [[nodiscard]] const std::vector<HttpRequest>& requests() const { return requests_; }
 
-  void get(std::string url, Duration timeLimit, Completion<Result<HttpAnswer>> done) override {
-    const auto page = pages.find(url);
-    auto answer = page != pages.end() && takes <= timeLimit
+  void send(HttpRequest request, Completion<Result<HttpAnswer>> done) override {
+    const auto page = pages.find(request.url);
+    auto answer = page != pages.end() && takes <= request.timeLimit
                       ? Result<HttpAnswer>(page->second)
-                      : Result<HttpAnswer>(failure("CRVHttp", 1, "No answer from " + url));
-    requests_.push_back(std::move(url));
+                      : Result<HttpAnswer>(failure("CRVHttp", 1, "No answer from " + request.url));
+    const auto limit = request.timeLimit;
+    requests_.push_back(std::move(request));
     const auto place = waiting_.insert(waiting_.end(), Waiting{.done = std::move(done)});
-    place->answer = main_.after(std::min(takes, timeLimit), [this, place, answer = std::move(answer)] {
+    place->answer = main_.after(std::min(takes, limit), [this, place, answer = std::move(answer)] {
       auto answered = std::move(*place);
       waiting_.erase(place);
       answered.done(answer);
+    });
+  }
+
+  // Into the real folder that is named.
+  void download(HttpRequest request, std::filesystem::path file, std::uint64_t sizeLimit,
+                Completion<Result<HttpAnswer>> done) override {
+    send(std::move(request), [file = std::move(file), sizeLimit, done = std::move(done)](auto answer) mutable {
+      if (answer && answer->status / 100 == 2) {
+        if (answer->body.size() > sizeLimit) return done(failure("CRVHttp", 2, "The answer is too large"));
+        std::ofstream(file, std::ios::binary) << std::exchange(answer->body, {});
+      }
+      done(std::move(answer));
     });
   }
 
@@ -48,7 +63,7 @@ class ScriptedHttpClient final : public HttpClient {
   };
 
   MainQueue& main_;
-  std::vector<std::string> requests_;
+  std::vector<HttpRequest> requests_;
   std::list<Waiting> waiting_;
 };
 
