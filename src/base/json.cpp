@@ -22,39 +22,48 @@ constexpr std::size_t kLargeObject = 32;
 
 using simdjson::dom::element_type;
 
-JsonValue convert(simdjson::dom::element element);
+// Makes values of what the parser found, whose depth it has bounded.
+class Conversion {
+ public:
+  [[nodiscard]] bool sawEqualKeys() const { return sawEqualKeys_; }
 
-JsonObject convertObject(simdjson::dom::object object) {
-  std::vector<JsonObject::Entry> entries;
-  for (const auto [key, value] : object) entries.emplace_back(std::string(key), convert(value));
-  return JsonObject::fromEntries(std::move(entries));
-}
-
-// The document's depth was bounded when it was parsed.
-JsonValue convert(simdjson::dom::element element) {
-  switch (element.type()) {
-    case element_type::NULL_VALUE:
-      return nullptr;
-    case element_type::BOOL:
-      return bool(element);
-    case element_type::INT64:
-      return std::int64_t(element);
-    case element_type::UINT64:
-      return static_cast<double>(std::uint64_t(element));
-    case element_type::DOUBLE:
-      return double(element);
-    case element_type::STRING:
-      return std::string_view(element);
-    case element_type::ARRAY: {
-      JsonArray array;
-      for (const auto item : simdjson::dom::array(element)) array.push_back(convert(item));
-      return array;
+  JsonValue operator()(simdjson::dom::element element) {
+    switch (element.type()) {
+      case element_type::NULL_VALUE:
+        return nullptr;
+      case element_type::BOOL:
+        return bool(element);
+      case element_type::INT64:
+        return std::int64_t(element);
+      case element_type::UINT64:
+        return static_cast<double>(std::uint64_t(element));
+      case element_type::DOUBLE:
+        return double(element);
+      case element_type::STRING:
+        return std::string_view(element);
+      case element_type::ARRAY: {
+        JsonArray array;
+        for (const auto item : simdjson::dom::array(element)) array.push_back((*this)(item));
+        return array;
+      }
+      case element_type::OBJECT:
+        return object(element);
     }
-    case element_type::OBJECT:
-      return convertObject(element);
+    return nullptr;
   }
-  return nullptr;
-}
+
+ private:
+  JsonObject object(simdjson::dom::object object) {
+    std::vector<JsonObject::Entry> entries;
+    for (const auto [key, value] : object) entries.emplace_back(std::string(key), (*this)(value));
+    const auto count = entries.size();
+    auto made = JsonObject::fromEntries(std::move(entries));
+    sawEqualKeys_ = sawEqualKeys_ || made.entries().size() < count;
+    return made;
+  }
+
+  bool sawEqualKeys_ = false;
+};
 
 template <class Writer>
 struct Emit {
@@ -166,7 +175,9 @@ const JsonValue* JsonValue::find(std::string_view key) const {
   return members ? members->find(key) : nullptr;
 }
 
-Result<JsonValue> parseJson(std::string_view text) {
+namespace {
+
+Result<JsonValue> parse(std::string_view text, Conversion& conversion) {
   simdjson::dom::parser parser;
   // The parser refuses the level that it is given, and does not count an empty innermost array or object.
   if (const auto error = parser.allocate(std::max<std::size_t>(text.size(), 64), kMostDepth + 1))
@@ -174,7 +185,22 @@ Result<JsonValue> parseJson(std::string_view text) {
   simdjson::dom::element root;
   if (const auto error = parser.parse(text.data(), text.size()).get(root))
     return failure(std::string(kDomain), static_cast<int>(error), simdjson::error_message(error));
-  return convert(root);
+  return conversion(root);
+}
+
+}  // namespace
+
+Result<JsonValue> parseJson(std::string_view text) {
+  Conversion conversion;
+  return parse(text, conversion);
+}
+
+Result<JsonValue> parseJsonOfDistinctKeys(std::string_view text) {
+  Conversion conversion;
+  auto value = parse(text, conversion);
+  if (value && conversion.sawEqualKeys())
+    return failure(std::string(kDomain), static_cast<int>(simdjson::TAPE_ERROR), "an object has a key twice");
+  return value;
 }
 
 std::string writeJson(const JsonValue& value) {

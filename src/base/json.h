@@ -74,6 +74,8 @@ class JsonValue {
 
 // Strict JSON, UTF-8 only, at most 256 levels deep. The error's text tells what is wrong, for the log.
 [[nodiscard]] Result<JsonValue> parseJson(std::string_view text);
+// The same for what must mean one thing to every reader: an object with two equal keys is an error.
+[[nodiscard]] Result<JsonValue> parseJsonOfDistinctKeys(std::string_view text);
 
 // One line without white space, or indented by two blanks for people. Bytes that are no UTF-8 become U+FFFD, numbers
 // that JSON has no word for null: what is written can always be read.

@@ -84,7 +84,7 @@ TEST(JsonTest, NumbersBeyondSixtyFourBitsSignedBecomeReal) {
   EXPECT_EQ(parseJson("3")->number(), 3.0);
 }
 
-TEST(JsonTest, TheLastOfEqualKeysWins) {
+TEST(JsonTest, TheLastOfEqualKeysWinsUnlessTheyMustBeDistinct) {
   EXPECT_EQ(parseJson(R"({"a":1,"b":2,"a":3})")->find("a")->integer(), 3);
   std::string many = "{";
   for (int i = 0; i < 100; ++i) many += "\"k" + std::to_string(i % 50) + "\":" + std::to_string(i) + ",";
@@ -93,6 +93,9 @@ TEST(JsonTest, TheLastOfEqualKeysWins) {
   ASSERT_TRUE(read);
   EXPECT_EQ(read->object()->entries().size(), 50U);
   EXPECT_EQ(read->find("k7")->integer(), 57);
+  for (const auto& text : {many, std::string(R"({"a":1,"a":1})"), std::string(R"([{"b":{"a":1,"c":2,"a":3}}])")})
+    EXPECT_FALSE(parseJsonOfDistinctKeys(text)) << text;
+  EXPECT_TRUE(parseJsonOfDistinctKeys(R"([{"a":1},{"a":{"a":1}}])"));
 }
 
 TEST(JsonTest, RefusesWhatIsNotStrictJson) {

@@ -40,6 +40,7 @@ TEST_F(HelperProcess, AnswersHostileFramesWithTypedErrorsAndHarmsNoOther) {
       {frame(R"({"version":1,"id":"t","op":"reboot"})"), HelperErrorCode::unknownOperation},
       {frame(R"({"version":1,"id":"t","op":"status","root":"/"})"), HelperErrorCode::malformed},
       {frame(R"({"version":1,"id":7,"op":"status"})"), HelperErrorCode::malformed},
+      {frame(R"({"version":1,"id":"t","op":"status","op":"startPatching"})"), HelperErrorCode::malformed},
       {frame(R"({"version":1,"id":"t","op":"startPatching","labels":["a;touch x"],"alsoStageLabels":[]})"),
        HelperErrorCode::malformed},
       {frame(R"({"version":1,"id":"t","op":"startPatching","labels":"quill","alsoStageLabels":[]})"),

@@ -191,7 +191,7 @@ std::expected<HelperRequest, RefusedRequest> parseRequest(std::string_view body)
   const auto refuse = [](std::string id, Error error) {
     return std::unexpected(RefusedRequest{.id = std::move(id), .error = std::move(error)});
   };
-  const auto value = parseJson(body);
+  const auto value = parseJsonOfDistinctKeys(body);
   if (!value)
     return refuse({}, helperError(HelperErrorCode::malformed, "the request is no JSON: " + value.error().text));
   const auto* object = value->object();
