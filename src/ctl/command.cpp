@@ -94,7 +94,7 @@ bool wantsJson(std::span<const std::string_view> arguments) {
 }
 
 Result<Command> parseCommand(std::span<const std::string_view> arguments) {
-  Command command;
+  Command command{.json = wantsJson(arguments)};
   const auto unknownVerb = [](std::string_view name) {
     return usage(fmt::format("There is no command \"{}\". See corvanectl --help.", name));
   };
@@ -116,7 +116,7 @@ Result<Command> parseCommand(std::span<const std::string_view> arguments) {
     command.kind = Command::Kind::help;
     return command;
   }
-  if (arguments.front() == "--version") {
+  if (has("--version", "--version")) {
     command.kind = Command::Kind::version;
     return command;
   }
@@ -127,9 +127,8 @@ Result<Command> parseCommand(std::span<const std::string_view> arguments) {
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     std::string_view argument = arguments[i];
     if (i == verb) continue;
-    if (argument == "--json") {
-      command.json = true;
-    } else if (command.verb == Verb::list && isFilter(argument)) {
+    if (argument == "--json") continue;
+    if (command.verb == Verb::list && isFilter(argument)) {
       if (argument == kFilterOption) {
         if (++i == arguments.size()) return usage(fmt::format("--filter needs one of {}.", kFilters));
         argument = arguments[i];

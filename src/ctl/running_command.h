@@ -44,9 +44,8 @@ void waitUntilIdle(const Session& session, const std::function<bool()>& enough =
 // The applications concerned, and beside them what the model says last or what went wrong.
 ExitCode finish(const Session& session, const Apps& apps, const std::optional<Failure>& failure);
 
-// How a run ended, with the applications of `labels` as they are now; `remarks` stand before it. Fails when the run
-// did.
-ExitCode tellRun(const Session& session, const PatchEnd& end, const Labels& labels, std::string_view remarks = "");
+// How a run ended, with the applications of `labels` as they are now. Fails when the run did.
+ExitCode tellRun(const Session& session, const PatchEnd& end, const Labels& labels);
 
 [[nodiscard]] Apps appsWithLabels(const Session& session, const Labels& labels);
 

@@ -94,7 +94,7 @@ ExitCode finish(const Session& session, const Apps& apps, const std::optional<Fa
   return failure ? failure->code : ExitCode::done;
 }
 
-ExitCode tellRun(const Session& session, const PatchEnd& end, const Labels& labels, std::string_view remarks) {
+ExitCode tellRun(const Session& session, const PatchEnd& end, const Labels& labels) {
   const auto apps = appsWithLabels(session, labels);
   const auto facts = session.model.facts();
   auto json = *appsJson(apps, facts).object();
@@ -106,9 +106,9 @@ ExitCode tellRun(const Session& session, const PatchEnd& end, const Labels& labe
     json.set("error", *errorJson(failure.error).find("error"));
     if (!session.command.json) tell(session, failure);
   }
-  print(
-      session, json,
-      std::string(remarks) + (end.success ? end.message + "\n\n" : "") + appsText(apps, facts, session.world.columns));
+  std::string text;
+  if (end.success) text = end.message + (apps.empty() ? "\n" : "\n\n");
+  print(session, json, text + (apps.empty() ? "" : appsText(apps, facts, session.world.columns)));
   return end.success ? ExitCode::done : ExitCode::failed;
 }
 
@@ -246,11 +246,11 @@ ExitCode runUpdate(const Session& session) {
       wantedUpdates(session.command.labels, session.model.fields().inventory.apps, session.model.facts());
   if (!wanted.refused.empty())
     return tell(session, failed(fmt::format("Not updated: {}", fmt::join(wanted.refused, " "))));
-  const auto remarks = wanted.upToDate.empty() ? "" : fmt::format("{}\n", fmt::join(wanted.upToDate, "\n"));
+  auto sentences = wanted.upToDate;
   if (wanted.labels.empty()) {
-    const auto text = remarks.empty() ? "Nothing to update.\n" : remarks;
-    print(session, JsonObject{{"success", true}, {"message", ""}, {"installedCount", 0}, {"apps", JsonArray{}}}, text);
-    return ExitCode::done;
+    if (sentences.empty()) sentences.emplace_back("Nothing to update.");
+    return tellRun(session, {.success = true, .message = fmt::format("{}", fmt::join(sentences, " "))},
+                   session.command.labels);
   }
   if (const auto unreached = reachHelper(session)) return tell(session, *unreached);
   session.model.refreshHelperState(false);
@@ -260,8 +260,10 @@ ExitCode runUpdate(const Session& session) {
   session.model.startPatching(
       wanted.labels, named.empty() ? DiscoveryOperation::patchAll : DiscoveryOperation::patchSingle, {}, nullptr);
   waitUntilIdle(session);
-  const auto& end = session.model.fields().patch.lastEnd;
-  return tellRun(session, end.value_or(PatchEnd()), named.empty() ? wanted.labels : named, remarks);
+  auto end = session.model.fields().patch.lastEnd.value_or(PatchEnd());
+  sentences.push_back(std::move(end.message));
+  end.message = fmt::format("{}", fmt::join(sentences, " "));
+  return tellRun(session, end, named.empty() ? wanted.labels : named);
 }
 
 ExitCode run(const Session& session) {

@@ -46,6 +46,7 @@ TEST(ParseCommand, UnderstandsEachFormWithOptionsAnywhere) {
       {"update --help", "help update"},
       {"check quill -h", "help check"},
       {"--version", "version"},
+      {"--json --version", "version"},
       {"status --json", "status json"},
       {"list --filter alerts", "list alerts"},
       {"list --filter=NEEDSUPDATE --json", "list json needsUpdate"},

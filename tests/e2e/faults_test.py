@@ -35,6 +35,19 @@ class Faults(sample_mac.SampleMacTest):
                                             "was being installed.")), 1)
         self.assertTrue(sample_mac.eventually(lambda: str(self.root) not in self.command_line(installer)))
 
+    def test_nobody_waits_for_a_run_any_more(self):
+        self.ctl("discover")
+        self.order("delay", "quill", "1\n")
+        run = self.ctl_start("update", "quill")
+        self.addCleanup(self.end, run)
+        self.assertTrue(sample_mac.eventually(lambda: self.run_record().get("childPid")))
+        run.send_signal(signal.SIGINT)
+        outcome = self.outcome(run)
+        self.assertEqual(outcome.code, -signal.SIGINT)
+        self.assertIn("no longer waiting; the helper finishes what it was asked to do.", outcome.err)
+        self.assertTrue(sample_mac.eventually(lambda: self.receipts()))
+        self.assertEqual(self.installed("Quill"), "2.4")
+
     def test_a_helper_out_of_reach(self):
         bundle = self.root / "alone/Corvane.app"
         (bundle / "Contents/MacOS").mkdir(parents=True)

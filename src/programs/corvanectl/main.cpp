@@ -2,7 +2,10 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <fmt/format.h>
+
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <optional>
 #include <string_view>
@@ -52,6 +55,21 @@ void showProgress(std::string_view text) {
   std::fflush(stderr);
 }
 
+// Only the helper is waited for. It does not end an install because nobody waits, so the person must know that it
+// goes on.
+extern "C" void endWaiting(int signal) {
+  constexpr std::string_view kWords = "\ncorvanectl: no longer waiting; the helper finishes what it was asked to do.\n";
+  [[maybe_unused]] const auto written = ::write(STDERR_FILENO, kWords.data(), kWords.size());
+  ::raise(signal);  // again, now with what it does by default
+}
+
+void tellWhenWaitingEnds() {
+  struct sigaction action {};
+  action.sa_handler = endWaiting;
+  action.sa_flags = static_cast<int>(SA_RESETHAND);
+  for (const int signal : {SIGINT, SIGTERM}) ::sigaction(signal, &action, nullptr);
+}
+
 int run(const ctl::Command& command) {
   const auto places = placesFromEnvironment();
   if (!places) return fail(places.error(), command.json, ExitCode::failed);
@@ -66,7 +84,11 @@ int run(const ctl::Command& command) {
       .services = services.workflow(),
       .helperStart = helperStart,
       .stateLock = machine.stateLock,
-      .pump = [&](const std::function<bool()>& done, Duration limit) { return machine.loop.pump(done, limit); },
+      .pump =
+          [&](const std::function<bool()>& done, Duration limit) {
+            tellWhenWaitingEnds();
+            return machine.loop.pump(done, limit);
+          },
       .columns = columnsOf(STDOUT_FILENO),
       .out = [](std::string_view text) { write(stdout, text); },
       .err = [](std::string_view text) { write(stderr, text); },
@@ -82,7 +104,8 @@ int answer(const std::vector<std::string_view>& arguments) {
       write(stdout, command->verbGiven ? std::string(ctl::factsOf(command->verb).help) : ctl::overviewHelp());
       return 0;
     case ctl::Command::Kind::version:
-      write(stdout, "corvanectl " + std::string(kProgramVersion) + "\n");
+      write(stdout, command->json ? writeJson(JsonObject{{"version", kProgramVersion}}) + "\n"
+                                  : fmt::format("corvanectl {}\n", kProgramVersion));
       return 0;
     case ctl::Command::Kind::run:
       break;
