@@ -1,4 +1,4 @@
-// Letters of ASCII without regard to case, and all other bytes as they are.
+// ASCII text: letters without regard to case, and blanks. All other bytes stay as they are.
 #pragma once
 
 #include <algorithm>
@@ -16,6 +16,14 @@ namespace corvane {
 
 [[nodiscard]] inline bool equalIgnoringCase(std::string_view a, std::string_view b) {
   return std::ranges::equal(a, b, {}, lowered, lowered);
+}
+
+// Without blanks and line ends at either side.
+[[nodiscard]] constexpr std::string_view trimmed(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t\r\n\v\f";
+  const auto first = text.find_first_not_of(kBlanks);
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
 }  // namespace corvane

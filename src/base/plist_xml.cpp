@@ -4,18 +4,13 @@
 #include <charconv>
 #include <limits>
 
+#include "base/ascii.h"
 #include "base/plist_readers.h"
 
 namespace corvane {
 namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n";
-
-std::string_view trimmed(std::string_view text) {
-  const auto first = text.find_first_not_of(kBlanks);
-  if (first == text.npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
 
 // Whole numbers as decimal or 0x; what only fits unsigned becomes a real number.
 std::optional<PlistValue> integerFrom(std::string_view text) {

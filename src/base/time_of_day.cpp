@@ -1,16 +1,9 @@
 #include "base/time_of_day.h"
 
+#include "base/ascii.h"
+
 namespace corvane {
-
 namespace {
-
-constexpr std::string_view kBlanks = " \t\r\n";
-
-std::string_view trimmed(std::string_view text) {
-  const auto first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
 
 // All of the text as a number of one or two digits, below `bound`.
 std::optional<int> number(std::string_view text, int bound) {

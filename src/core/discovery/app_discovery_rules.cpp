@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <system_error>
 
+#include "base/ascii.h"
 #include "base/localized.h"
 #include "core/discovery/app_discovery_service.h"
 #include "core/discovery/discovery_matching.h"
@@ -19,14 +20,6 @@ constexpr std::string_view kBuiltInLabels[] = {"corvane", "corvane4"};
 
 bool matches(const std::vector<std::string>& patterns, const Label& label, std::optional<std::string_view> fileName) {
   return matchesAnyLabelPattern(patterns, label.text) || (fileName && matchesAnyLabelPattern(patterns, *fileName));
-}
-
-std::string_view trimmedSelfLabel(const CorvaneConfiguration& config) {
-  constexpr std::string_view kBlanks = " \t\r\n";
-  std::string_view text = config.selfUpdateLabel.text;
-  const auto first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
 bool isBuiltIn(std::string_view label) {
@@ -56,7 +49,7 @@ bool AppDiscoveryService::isIgnoredLabel(const Label& label, std::optional<std::
 }
 
 bool AppDiscoveryService::isSelfUpdateLabel(const Label& label, const CorvaneConfiguration& config) {
-  const auto own = trimmedSelfLabel(config);
+  const auto own = trimmed(config.selfUpdateLabel.text);
   return !own.empty() && equalIgnoringCase(own, label.text);
 }
 
@@ -65,7 +58,7 @@ bool AppDiscoveryService::isHiddenSelfUpdateLabel(const Label& label, const Corv
 }
 
 bool AppDiscoveryService::isOtherBuiltInSelfProductLabel(const Label& label, const CorvaneConfiguration& config) {
-  const auto own = trimmedSelfLabel(config);
+  const auto own = trimmed(config.selfUpdateLabel.text);
   return isBuiltIn(own) && isBuiltIn(label.text) && !equalIgnoringCase(own, label.text);
 }
 

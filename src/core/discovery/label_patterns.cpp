@@ -5,17 +5,6 @@
 #include "base/ascii.h"
 
 namespace corvane {
-namespace {
-
-std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t\r\n";
-  const auto first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
-
-}  // namespace
-
 bool matchesLabelPattern(std::string_view pattern, std::string_view text) {
   pattern = trimmed(pattern);
   if (pattern.empty()) return false;

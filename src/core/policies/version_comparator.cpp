@@ -37,13 +37,6 @@ struct Version {
 constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
 constexpr bool isLetter(char c) { return lowered(c) >= 'a' && lowered(c) <= 'z'; }
 
-std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t\r\n\v\f";
-  const auto first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
-
 bool isSilent(std::string_view text) {
   constexpr auto kSilent =
       std::to_array<std::string_view>({"v", "ver", "version", "release", "final", "stable", "ga", "build"});

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/ascii.h"
 #include "base/time_of_day.h"
 #include "core/preferences/setting_values.h"
 
@@ -130,19 +131,12 @@ bool hasEmptyBusinessHours(const Config& config) {
          minutesOfDay(*config.businessHoursStartTime) == minutesOfDay(*config.businessHoursEndTime);
 }
 
-std::string trimmed(std::string_view text) {
-  constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
-  const auto start = text.find_first_not_of(kWhiteSpace);
-  if (start == std::string_view::npos) return {};
-  return std::string(text.substr(start, text.find_last_not_of(kWhiteSpace) - start + 1));
-}
-
 }  // namespace
 
 std::vector<std::string> CorvaneConfiguration::sanitizedIgnoreFilePaths() const {
   std::vector<std::string> kept;
   for (const auto& path : ignoreFilePaths) {
-    auto text = trimmed(path);
+    std::string text(trimmed(path));
     if (!text.empty() && !std::ranges::count(kept, text)) kept.push_back(std::move(text));
   }
   return kept;
