@@ -11,17 +11,6 @@
 
 namespace corvane {
 
-namespace {
-
-std::set<std::string> runningIdentifiers(const RunningApplications& processes) {
-  std::set<std::string> identifiers;
-  for (const auto& process : processes.list().value_or(std::vector<RunningProcess>()))
-    if (process.bundleIdentifier) identifiers.insert(lowercased(*process.bundleIdentifier));
-  return identifiers;
-}
-
-}  // namespace
-
 std::set<Label> OpenAppsSnapshot::closedLabels() const {
   std::set<Label> closed;
   for (const auto& app : apps)
@@ -30,13 +19,14 @@ std::set<Label> OpenAppsSnapshot::closedLabels() const {
 }
 
 std::set<Label> openLabels(const Apps& apps, const WorkflowServices& services, const Logger& log) {
-  const auto paths = RunningAppsDetector(services.processes).runningAppBundlePathsIfEnumerable();
+  const RunningAppsDetector detector(services.processes);
+  const auto paths = detector.runningAppBundlePathsIfEnumerable();
   if (!paths)
     log.error(
         fmt::format("Could not enumerate running processes; treating all {} pending update(s) as open apps the user "
                     "has to act on.",
                     apps.size()));
-  const auto identifiers = runningIdentifiers(services.processes);
+  const auto identifiers = detector.runningBundleIdentifiers();
   const auto isOpen = [&](const AppInfo& app) {
     return !paths || (app.appPath && !app.appPath->empty() && paths->contains(*app.appPath)) ||
            (app.packageID && !app.packageID->empty() && identifiers.contains(lowercased(*app.packageID)));

@@ -1,5 +1,9 @@
 #include "core/policies/running_apps_detector.h"
 
+#include <vector>
+
+#include "base/ascii.h"
+
 namespace corvane {
 
 std::optional<std::set<std::string, std::less<>>> RunningAppsDetector::runningAppBundlePathsIfEnumerable() const {
@@ -13,6 +17,13 @@ std::optional<std::set<std::string, std::less<>>> RunningAppsDetector::runningAp
     if (!path.empty()) paths.insert(std::move(path));
   }
   return paths;
+}
+
+std::set<std::string, std::less<>> RunningAppsDetector::runningBundleIdentifiers() const {
+  std::set<std::string, std::less<>> identifiers;
+  for (const auto& process : applications_.list().value_or(std::vector<RunningProcess>()))
+    if (process.bundleIdentifier) identifiers.insert(lowercased(*process.bundleIdentifier));
+  return identifiers;
 }
 
 }  // namespace corvane

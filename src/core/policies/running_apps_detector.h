@@ -18,6 +18,9 @@ class RunningAppsDetector {
   // processes cannot be listed, which must never be read as nothing running.
   [[nodiscard]] std::optional<std::set<std::string, std::less<>>> runningAppBundlePathsIfEnumerable() const;
 
+  // The identifiers of the running applications' bundles, in lower case; none when the processes cannot be listed.
+  [[nodiscard]] std::set<std::string, std::less<>> runningBundleIdentifiers() const;
+
  private:
   const RunningApplications& applications_;
 };
