@@ -50,7 +50,7 @@ struct ChildExit {
 class ChildHandle {
  public:
   virtual ~ChildHandle() = default;
-  [[nodiscard]] virtual pid_t pid() const = 0;
+  [[nodiscard]] virtual pid_t pid() const = 0;  // 0 for a child that could not be started
   virtual void terminate() = 0;  // politely: it may clean up, and may go on; `done` then waits for the whole group
   virtual void kill() = 0;       // ends that wait too
 };

@@ -48,7 +48,7 @@ TYPED_TEST_P(ChildProcessesContract, TheEndBringsCodeOutputAndLinesInALaterTurn)
 TYPED_TEST_P(ChildProcessesContract, AMissingExecutableFailsInALaterTurn) {
   auto spec = this->world_.shell("");
   spec.executable = "/nonexistent/tool";
-  this->start(std::move(spec));
+  EXPECT_EQ(this->start(std::move(spec))->pid(), 0);
   EXPECT_FALSE(this->exit_.has_value());
   ASSERT_TRUE(this->wait());
   EXPECT_FALSE(this->exit_->has_value());

@@ -47,17 +47,36 @@ bool JsonFieldReader::flag(std::string_view key) { return required(key, at(key).
 
 std::int64_t JsonFieldReader::integer(std::string_view key) { return required(key, at(key).integer(), "whole number"); }
 
-Labels JsonFieldReader::labels(std::string_view key) {
+std::vector<std::string> JsonFieldReader::texts(std::string_view key) {
   const auto value = at(key);
-  Labels labels;
+  std::vector<std::string> texts;
   if (!value.array()) fail(key, present(key) ? "is no list" : "is missing");
   for (const auto& item : value.array() ? *value.array() : JsonArray{}) {
-    if (const auto name = item.string())
-      labels.emplace_back(std::string(*name));
+    if (const auto text = item.string())
+      texts.emplace_back(*text);
     else
       fail(key, "holds something that is no text");
   }
+  return texts;
+}
+
+Labels JsonFieldReader::labels(std::string_view key) {
+  Labels labels;
+  for (auto& text : texts(key)) labels.emplace_back(std::move(text));
   return labels;
+}
+
+std::map<std::string, std::string> JsonFieldReader::textMap(std::string_view key) {
+  const auto value = at(key);
+  std::map<std::string, std::string> map;
+  if (!value.object()) fail(key, present(key) ? "is no object" : "is missing");
+  for (const auto& [name, item] : value.object() ? value.object()->entries() : std::vector<JsonObject::Entry>{}) {
+    if (const auto text = item.string())
+      map.emplace(name, *text);
+    else
+      fail(key, "holds something that is no text");
+  }
+  return map;
 }
 
 Date JsonFieldReader::isoDate(std::string_view key) {
@@ -81,6 +100,10 @@ std::optional<bool> JsonFieldReader::optionalFlag(std::string_view key) {
 
 std::optional<std::int64_t> JsonFieldReader::optionalInteger(std::string_view key) {
   return present(key) ? std::optional(integer(key)) : std::nullopt;
+}
+
+std::optional<Date> JsonFieldReader::optionalDateSince2001(std::string_view key) {
+  return present(key) ? std::optional(dateSince2001(key)) : std::nullopt;
 }
 
 JsonArray labelTexts(const Labels& labels) {

@@ -3,9 +3,11 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/date.h"
 #include "base/json.h"
@@ -24,7 +26,10 @@ class JsonFieldReader {
   [[nodiscard]] bool flag(std::string_view key);
   [[nodiscard]] std::int64_t integer(std::string_view key);
   [[nodiscard]] Label label(std::string_view key) { return Label(text(key)); }
+  [[nodiscard]] std::vector<std::string> texts(std::string_view key);
   [[nodiscard]] Labels labels(std::string_view key);
+  // An object whose members are all texts.
+  [[nodiscard]] std::map<std::string, std::string> textMap(std::string_view key);
   [[nodiscard]] Date isoDate(std::string_view key);
   [[nodiscard]] Date dateSince2001(std::string_view key);
   template <class E>
@@ -38,6 +43,7 @@ class JsonFieldReader {
   [[nodiscard]] std::optional<std::string> optionalText(std::string_view key);
   [[nodiscard]] std::optional<bool> optionalFlag(std::string_view key);
   [[nodiscard]] std::optional<std::int64_t> optionalInteger(std::string_view key);
+  [[nodiscard]] std::optional<Date> optionalDateSince2001(std::string_view key);
   template <class E>
   [[nodiscard]] std::optional<E> optionalOneOf(std::string_view key) {
     return present(key) ? std::optional(oneOf<E>(key)) : std::nullopt;

@@ -10,7 +10,7 @@ class ScriptedChildProcesses::Child final : public ChildHandle, public std::enab
   Child(ScriptedChildProcesses& owner, pid_t number, ScriptedChild script, std::function<void(std::string_view)> onLine,
         Completion<Result<ChildExit>> done)
       : owner_(owner),
-        number_(number),
+        number_(script.exit ? number : 0),
         script_(std::move(script)),
         onLine_(std::move(onLine)),
         done_(std::move(done)) {}
