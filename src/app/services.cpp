@@ -22,6 +22,7 @@ Services::Services(Ports ports)
       receiptsSnapshot(receipts, ports.files),
       failures(receiptsSnapshot),
       installs(receiptsSnapshot),
+      latestReceipts(receiptsSnapshot),
       installFacts(ports.places.labelsFolder(), ports.places.root, Logger(ports.log, "LabelCatalog")),
       ports_(std::move(ports)) {}
 
@@ -47,6 +48,7 @@ WorkflowServices Services::workflow() {
           .deferralEvents = deferralEvents,
           .failures = failures,
           .installs = installs,
+          .latestReceipts = latestReceipts,
           .installFacts = installFacts,
           .sideEffects = neutral.sideEffects,
           .prompts = promptWindows,

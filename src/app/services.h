@@ -76,6 +76,7 @@ class Services {
   ReceiptsSnapshot receiptsSnapshot;
   LabelFailureHistoryCache failures;
   LabelInstallHistoryCache installs;
+  LatestReceiptsCache latestReceipts;
   LabelFileInstallFacts installFacts;
   PromptWindows promptWindows;
   // What a program without notifications, schedulers and signals has in their places.

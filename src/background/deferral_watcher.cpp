@@ -62,13 +62,14 @@ void DeferralWatcher::watchpointElapsed() {
 
 DeferralWatcher::Cycle DeferralWatcher::reconcileCycle() {
   auto& store = services_.preferences;
-  Cycle cycle{.config = store.loadConfiguration()};
+  const auto stored = store.moment();
+  Cycle cycle{.config = stored->config};
   const auto calendar = services_.locale.calendar();
   const auto now = services_.clock.now();
   const PatchingCadenceManager cadence(cycle.config, calendar);
   const bool testAnchor =
-      store.readAdminTestModeEnabled() && store.readPreference("AdminTestModeAnchorOverrideActive", false);
-  const auto decision = decideCycle(store.readPatchingCadenceState(), cadence, now, testAnchor);
+      stored->config->adminTestModeEnabled && store.readPreference("AdminTestModeAnchorOverrideActive", false);
+  const auto decision = decideCycle(stored->cadence, cadence, now, testAnchor);
   if (decision.isWarning)
     log_.warning(decision.logLine);
   else if (!decision.logLine.empty())
@@ -80,7 +81,7 @@ DeferralWatcher::Cycle DeferralWatcher::reconcileCycle() {
   }
   if (decision.write) store.writePatchingCadenceState(*decision.write);
   cycle.isNew = decision.newCycle;
-  const auto state = decision.write.value_or(store.readPatchingCadenceState());
+  const auto& state = decision.write ? *decision.write : stored->cadence;
   if (state.currentPatchingStartDate)
     deferrals.seedDeadlineDatesFromAnchor(*state.currentPatchingStartDate, state.nextCycleStartDate);
   model_.refreshDeadlineDisplay();
@@ -105,13 +106,14 @@ DeferralWatcher::TickResult DeferralWatcher::tick() {
     return pendingCadenceResetDiscovery_ ? TickResult::busy : TickResult::engaged;
   }
   const CorvaneConfiguration& config = cycle.config;
-  if (isCycleComplete(config)) {
+  auto& store = services_.preferences;
+  const auto stored = store.moment();
+  if (isCycleComplete(config, stored->cadence)) {
     settleCompleteCycle();
     return TickResult::idle;
   }
-  auto& store = services_.preferences;
   const auto now = services_.clock.now();
-  switch (ErrorRetryWatch::evaluate(store.readPatchErrorRetryArmed(), store.readNextAutoLaunch(), now)) {
+  switch (ErrorRetryWatch::evaluate(stored->patchErrorRetryArmed, stored->nextAutoLaunch, now)) {
     case ErrorRetryState::wait:
       return TickResult::idle;
     case ErrorRetryState::elapsed:
@@ -120,11 +122,12 @@ DeferralWatcher::TickResult DeferralWatcher::tick() {
     case ErrorRetryState::inactive:
       break;
   }
-  armMissedEnforcement(config);
+  armMissedEnforcement(config, stored->lastHardDeadlineFiredAt);
   const auto status = DeferralManager(config, store, services_.clock, services_.locale.calendar()).checkDeadlines();
+  const auto settled = store.moment();
   const DueFacts facts{.status = status,
-                       .armed = store.readNextAutoLaunch(),
-                       .dismissedUntil = store.readHardDeadlineDialogDismissedUntil(),
+                       .armed = settled->nextAutoLaunch,
+                       .dismissedUntil = settled->hardDeadlineDialogDismissedUntil,
                        .showsPrompt = model_.fields().deferral.showDeferralPrompt,
                        .now = now};
   const bool mayDefer = status != DeferralDeadlineStatus::hardDeadlineReached && (!facts.armed || isArmedDue(facts));
@@ -135,9 +138,9 @@ DeferralWatcher::TickResult DeferralWatcher::tick() {
   return engage(status, facts.armed, config);
 }
 
-bool DeferralWatcher::isCycleComplete(const CorvaneConfiguration& config) const {
+bool DeferralWatcher::isCycleComplete(const CorvaneConfiguration& config, const CadenceState& state) const {
   return PatchingCadenceManager(config, services_.locale.calendar())
-      .isPatchingCompleteForCurrentCycle(services_.preferences.readPatchingCadenceState(), services_.clock.now());
+      .isPatchingCompleteForCurrentCycle(state, services_.clock.now());
 }
 
 void DeferralWatcher::settleCompleteCycle() {
@@ -149,13 +152,12 @@ void DeferralWatcher::settleCompleteCycle() {
   model_.refreshDeadlineDisplay();
 }
 
-void DeferralWatcher::armMissedEnforcement(const CorvaneConfiguration& config) {
+void DeferralWatcher::armMissedEnforcement(const CorvaneConfiguration& config, std::optional<Date> firedAt) {
   auto& store = services_.preferences;
   const auto calendar = services_.locale.calendar();
-  const auto missed =
-      missedEnforcement(store.readLastHardDeadlineFiredAt(),
-                        BusinessHoursGate(config.businessHoursStartTime, config.businessHoursEndTime, calendar),
-                        services_.clock.now(), calendar);
+  const auto missed = missedEnforcement(
+      firedAt, BusinessHoursGate(config.businessHoursStartTime, config.businessHoursEndTime, calendar),
+      services_.clock.now(), calendar);
   if (!missed) return;
   log_.info(missed->logLine);
   store.writeNextAutoLaunch(missed->target, false, false);
@@ -228,7 +230,7 @@ void DeferralWatcher::announce(DeferralDeadlineStatus status, const CorvaneConfi
           "record "
           "a suppression and re-arm.");
     case Presentation::notification:
-      if (isCycleComplete(config))
+      if (isCycleComplete(config, services_.preferences.readPatchingCadenceState()))
         log_.info("Patching is complete for this cycle; not posting a new-update notification.");
       else if (!services_.application.isActive() && config.updatesAvailableNotificationsEnabled)
         services_.notices.notifyDeferralEnded(model_.fields().inventory.pendingUpdates);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string_view>
 
 #include "background/deferral_tick.h"
@@ -45,13 +46,13 @@ class DeferralWatcher {
   void rediscover();
   // A cycle that is complete wants nothing of the user.
   void settleCompleteCycle();
-  void armMissedEnforcement(const CorvaneConfiguration& config);
+  void armMissedEnforcement(const CorvaneConfiguration& config, std::optional<Date> firedAt);
   // Whether an automatic focus deferral hides the prompt from now on.
   bool deferredByFocus(const CorvaneConfiguration& config);
   TickResult nothingPending();
   TickResult engage(DeferralDeadlineStatus status, std::optional<Date> armed, const CorvaneConfiguration& config);
   void announce(DeferralDeadlineStatus status, const CorvaneConfiguration& config);
-  [[nodiscard]] bool isCycleComplete(const CorvaneConfiguration& config) const;
+  [[nodiscard]] bool isCycleComplete(const CorvaneConfiguration& config, const CadenceState& state) const;
 
   StatusViewModel& model_;
   WorkflowServices services_;

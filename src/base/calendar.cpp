@@ -16,6 +16,23 @@ bool plainZoneName(std::string_view name) {
   return name.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789/_+-") == name.npos;
 }
 
+// A stretch of time in which a zone keeps one offset. They last for months, and whoever asks for one moment goes on to
+// ask for others near it, so the last one is kept.
+struct Stretch {
+  const void* zone = nullptr;
+  date::sys_seconds begin;
+  date::sys_seconds end;
+  std::chrono::seconds offset{};
+
+  [[nodiscard]] bool holds(const void* ofZone, date::sys_seconds moment) const {
+    return zone == ofZone && begin <= moment && moment < end;
+  }
+};
+thread_local Stretch lastStretch;
+
+// Further from either end of its stretch than any clock is ever moved, a local time is neither skipped nor doubled.
+constexpr auto kMostMoved = std::chrono::hours(48);
+
 }  // namespace
 
 std::optional<Calendar> Calendar::named(std::string_view zone) {
@@ -46,7 +63,12 @@ LocalTime Calendar::local(Date date) const {
 
 std::chrono::seconds Calendar::offsetAt(Date date) const {
   if (!zone_) return 0s;
-  return zoneOf(zone_).get_info(std::chrono::floor<std::chrono::seconds>(date)).offset;
+  const auto moment = std::chrono::floor<std::chrono::seconds>(date);
+  if (!lastStretch.holds(zone_, moment)) {
+    const auto info = zoneOf(zone_).get_info(moment);
+    lastStretch = {.zone = zone_, .begin = info.begin, .end = info.end, .offset = info.offset};
+  }
+  return lastStretch.offset;
 }
 
 Date Calendar::startOfDay(Date date) const { return at(local(date).day, 0s); }
@@ -58,6 +80,9 @@ Date Calendar::at(std::chrono::year_month_day day, std::chrono::seconds sinceMid
 Date Calendar::fromWall(Duration wall) const {
   if (!zone_) return Date(wall);
   const auto whole = std::chrono::floor<std::chrono::seconds>(wall);
+  const auto moment = date::sys_seconds(whole - lastStretch.offset);
+  if (lastStretch.holds(zone_, moment - kMostMoved) && lastStretch.holds(zone_, moment + kMostMoved))
+    return Date(wall - lastStretch.offset);
   // `first` is the offset before the change in a gap and in a doubled hour, and the only one otherwise.
   const auto info = zoneOf(zone_).get_info(date::local_seconds(whole));
   return Date(wall - info.first.offset);

@@ -2,9 +2,9 @@
 #pragma once
 
 #include <functional>
-#include <list>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include "base/lease.h"
 #include "base/lifeline.h"
@@ -17,20 +17,30 @@ class Observers {
  public:
   [[nodiscard]] Lease add(std::function<void()> changed) {
     auto observer = std::make_shared<std::function<void()>>(std::move(changed));
-    list_.push_back(observer);
+    change([&](Round& round) { round.push_back(observer); });
     return Lease(lifeline_.guard([this, observer] {
       *observer = nullptr;
-      list_.remove(observer);
+      change([&](Round& round) { std::erase(round, observer); });
     }));
   }
   void tell() {
-    const auto round = list_;
-    for (const auto& observer : round)
+    const auto round = round_;
+    for (const auto& observer : *round)
       if (*observer) (*observer)();
   }
 
  private:
-  std::list<std::shared_ptr<std::function<void()>>> list_;
+  using Round = std::vector<std::shared_ptr<std::function<void()>>>;
+
+  // Copied here, seldom, so that telling them copies nothing.
+  template <class Change>
+  void change(Change change) {
+    auto round = *round_;
+    change(round);
+    round_ = std::make_shared<const Round>(std::move(round));
+  }
+
+  std::shared_ptr<const Round> round_ = std::make_shared<const Round>();
   Lifeline lifeline_;
 };
 

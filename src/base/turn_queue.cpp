@@ -31,15 +31,11 @@ TurnQueue::~TurnQueue() {
 
 bool TurnQueue::isMainThread() const { return std::this_thread::get_id() == mainThread_; }
 
-bool TurnQueue::hasPosts() const {
-  const std::scoped_lock lock(postsMutex_);
-  return !posts_.empty();
-}
-
 void TurnQueue::post(Task task) {
   {
     const std::scoped_lock lock(postsMutex_);
     posts_.push_back(std::move(task));
+    posted_ = true;
   }
   if (!isMainThread() || !running_) wake_();
 }
@@ -100,16 +96,18 @@ void TurnQueue::cancel(Timer& timer) {
 }
 
 bool TurnQueue::runPosts() {
+  if (!hasPosts()) return false;
   std::vector<Task> batch;
   {
     const std::scoped_lock lock(postsMutex_);
     batch.swap(posts_);
+    posted_ = false;
   }
   for (auto& post : batch) {
     auto task = std::move(post);  // gone before the next one runs
     task();
   }
-  return !batch.empty();
+  return true;
 }
 
 std::shared_ptr<TurnQueue::Timer> TurnQueue::takeDue(const Instant& now, std::uint64_t armedBefore) {

@@ -2,6 +2,7 @@
 // libuv, or virtual time), so the order that tests prove is the order that runs.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <map>
 #include <memory>
@@ -44,7 +45,7 @@ class TurnQueue final : public MainQueue {
   [[nodiscard]] std::optional<Duration> timeToNext(Leeway leeway = Leeway::unused) const;
 
   // True while posts wait to run.
-  [[nodiscard]] bool hasPosts() const;
+  [[nodiscard]] bool hasPosts() const { return posted_; }
 
  private:
   struct Timer {
@@ -77,6 +78,7 @@ class TurnQueue final : public MainQueue {
   std::thread::id mainThread_;
   mutable std::mutex postsMutex_;
   std::vector<Task> posts_;
+  std::atomic<bool> posted_ = false;  // some stand in posts_; set and cleared with the mutex held, read without
   std::uint64_t nextId_ = 1;
   bool running_ = false;  // the driver asks for the next wait afterwards, so nobody needs to wake it
   std::map<SteadyKey, std::shared_ptr<Timer>> steadyTimers_;

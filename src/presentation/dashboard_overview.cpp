@@ -125,7 +125,7 @@ PageMessage makeNextStep(const DashboardInputs& inputs) {
   if (const auto& armed = inputs.watchpoint) {
     auto step = std::visit(WatchpointLook(), *armed);
     step.text = watchpointText(*armed, remainingText(momentOf(*armed), inputs.now, inputs.locale),
-                               inputs.facts.config.focusDeferralNotificationsEnabled);
+                               inputs.facts.config->focusDeferralNotificationsEnabled);
     return step;
   }
   const auto& complete = inputs.fields.inventory.cycleCompletionMessage;

@@ -1,6 +1,7 @@
 #include "presentation/deferral_prompt_controller.h"
 
 #include <chrono>
+#include <utility>
 
 #include "core/preferences/display_title.h"
 
@@ -9,6 +10,7 @@ namespace corvane {
 DeferralPromptController::DeferralPromptController(StatusViewModel& model, const WorkflowServices& services)
     : model_(model),
       services_(services),
+      texts_(AppDisplayTitle(services_.preferences.loadConfiguration())),
       countdown_(
           services_.main, services_.clock, [this] { tell(); }, [this] { timedOut(); }),
       confirmation_(
@@ -39,7 +41,7 @@ void DeferralPromptController::modelChanged() {
 
 void DeferralPromptController::rebuild() {
   const auto config = services_.preferences.loadConfiguration();
-  const PageTexts texts{AppDisplayTitle(config)};
+  texts_ = PageTexts(AppDisplayTitle(config));
   timeoutAction_ = config->dialogTimeoutDeferralAction;
   if (shown_) {
     const auto apps = model_.deferralPromptApps();
@@ -53,28 +55,36 @@ void DeferralPromptController::rebuild() {
          .deferButtonIsPrimary = services_.preferences.readDeferralDialogPrimaryButton() == "defer",
          .hardMayClose = config->hardDeadlineDialogAllowClose,
          .isInstalling = isInstalling()},
-        services_.clock.now(), services_.locale, texts);
+        services_.clock.now(), services_.locale, texts_);
   } else {
     page_.visible = false;
   }
   tell();
 }
 
-// Each second: only what the clock changes is worded anew.
 void DeferralPromptController::tell() {
-  const PageTexts texts{AppDisplayTitle(services_.preferences.loadConfiguration())};
+  Moment moment{.now = services_.clock.now()};
   if (shown_)
-    tellTime(page_,
-             {.escalation = shown_->escalation,
-              .timeoutAction = timeoutAction_,
-              .secondsLeft = isConfirming() ? resumeSeconds_ : countdown_.remainingSeconds(),
-              .selectedMinutes = model_.fields().deferral.selectedDeferralMinutes,
-              .isInstalling = isInstalling()},
-             services_.clock.now(), services_.locale, texts);
-  page_.confirmation = !isConfirming() ? ConfirmationPage()
-                       : accepted_     ? makeAcceptedPage(texts)
-                                       : makeConfirmationPage(confirmation_.remainingSeconds(), texts);
+    moment.prompt = {.escalation = shown_->escalation,
+                     .timeoutAction = timeoutAction_,
+                     .secondsLeft = isConfirming() ? resumeSeconds_ : countdown_.remainingSeconds(),
+                     .selectedMinutes = model_.fields().deferral.selectedDeferralMinutes,
+                     .isInstalling = isInstalling()};
+  if (isConfirming()) moment.confirmationSeconds = confirmation_.remainingSeconds();
+  moment.accepted = accepted_;
+  unworded_ = moment;
   observers_.tell();
+}
+
+// The clock goes on each second whether or not a window shows the page.
+const DeferralPromptPage& DeferralPromptController::page() const {
+  const auto moment = std::exchange(unworded_, std::nullopt);
+  if (!moment) return page_;
+  if (moment->prompt) tellTime(page_, *moment->prompt, moment->now, services_.locale, texts_);
+  page_.confirmation = !moment->confirmationSeconds ? ConfirmationPage()
+                       : moment->accepted           ? makeAcceptedPage(texts_)
+                                                    : makeConfirmationPage(*moment->confirmationSeconds, texts_);
+  return page_;
 }
 
 bool DeferralPromptController::isInstalling() const {

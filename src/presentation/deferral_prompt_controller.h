@@ -19,7 +19,8 @@ class DeferralPromptController {
  public:
   DeferralPromptController(StatusViewModel& model, const WorkflowServices& services);
 
-  [[nodiscard]] const DeferralPromptPage& page() const { return page_; }
+  // What it tells of time was so at the last change; it is worded when somebody asks.
+  [[nodiscard]] const DeferralPromptPage& page() const;
 
   // Called after the page changed: by the model in its turn, by the clock every second while a prompt stands.
   [[nodiscard]] Lease observe(std::function<void()> changed) { return observers_.add(std::move(changed)); }
@@ -41,6 +42,14 @@ class DeferralPromptController {
     friend bool operator==(const Presentation&, const Presentation&) = default;
   };
 
+  // What the clock has changed.
+  struct Moment {
+    Date now;
+    std::optional<PromptMoment> prompt;               // absent while none stands
+    std::optional<std::int64_t> confirmationSeconds;  // absent without a confirmation
+    bool accepted = false;
+  };
+
   void modelChanged();
   void rebuild();
   void tell();
@@ -54,7 +63,9 @@ class DeferralPromptController {
 
   StatusViewModel& model_;
   WorkflowServices services_;
-  DeferralPromptPage page_;
+  PageTexts texts_;
+  mutable DeferralPromptPage page_;
+  mutable std::optional<Moment> unworded_;
   DeferralAction timeoutAction_ = DeferralAction::defer;
   std::optional<Presentation> shown_;       // absent while no prompt stands
   std::optional<Presentation> confirming_;  // whose install waits for a yes

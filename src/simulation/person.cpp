@@ -36,7 +36,7 @@ Date Person::nextArrival(Date date) const {
 }
 
 void Person::noticed() {
-  if (!prompt_.page().visible || seen_ == generation() || habits.answer == Habits::Answer::ignores) return;
+  if (seen_ == generation() || habits.answer == Habits::Answer::ignores || !prompt_.page().visible) return;
   seen_ = generation();
   const auto now = services_.clock.now();
   if (isThere(now))

@@ -60,6 +60,7 @@ SimulatedMac::SimulatedMac(const SimulatedMacPlan& plan)
                 .deferralEvents = deferralEvents_,
                 .failures = failures_,
                 .installs = installs_,
+                .latestReceipts = latestReceipts_,
                 .installFacts = installFacts_,
                 .sideEffects = sideEffects_,
                 .prompts = panel_,

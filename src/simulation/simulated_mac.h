@@ -117,6 +117,7 @@ class SimulatedMac {
   ReceiptsSnapshot snapshot_{receipts_, files_};
   LabelFailureHistoryCache failures_{snapshot_};
   LabelInstallHistoryCache installs_{snapshot_};
+  LatestReceiptsCache latestReceipts_{snapshot_};
   DeferralEventManager deferralEvents_{places_.deferralEventsFolder(), "ada", files_, log_};
   SimulatedHelper helper_{time_.main(), time_.clock(), receipts_};
   SimulatedSideEffects sideEffects_;

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "base/date.h"
+#include "core/history/label_history_caches.h"
 #include "core/policies/label_history.h"
 #include "core/preferences/configuration.h"
 #include "core/records/app_info.h"
@@ -17,11 +18,8 @@
 
 namespace corvane {
 
-// The newest receipt of each label.
-using LatestReceipts = std::map<Label, PatchingReceipt>;
-
 struct AppFacts {
-  CorvaneConfiguration config;
+  SharedConfiguration config{std::make_shared<const CorvaneConfiguration>()};
   bool replacesAppStoreApps = false;           // by the configured options
   bool reinstallsCurrentRequiredApps = false;  // by the configured options
   std::optional<Date> cycleStart;

@@ -12,7 +12,7 @@ namespace {
 
 bool hasUpdate(const AppInfo& app, const AppFacts& facts) {
   return VersionComparator::hasUpdate(app.currentVersion, app.currentBundleVersion, app.newVersion,
-                                      facts.config.versionComparisonMethod);
+                                      facts.config->versionComparisonMethod);
 }
 
 bool isRequired(const AppInfo& app, const AppFacts& facts) {

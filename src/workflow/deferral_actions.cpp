@@ -277,8 +277,8 @@ std::vector<DeferralPromptApp> DeferralActions::deferralPromptApps() const {
                     .newVersion = app.displayNewVersion().value_or(kNoVersion),
                     .behavior = DeferralInstallBehaviorResolver::behavior(
                         {.isOpen = open.contains(app.label),
-                         .installomatorOptions = facts.config.installomatorOptions,
-                         .backgroundPatchClosedAppsEnabled = facts.config.backgroundPatchClosedAppsEnabled},
+                         .installomatorOptions = facts.config->installomatorOptions,
+                         .backgroundPatchClosedAppsEnabled = facts.config->backgroundPatchClosedAppsEnabled},
                         c_.services.installFacts.installFacts(app.label)),
                     .forcedReinstall = isForcedReinstallPending(app, facts)});
   return rows;

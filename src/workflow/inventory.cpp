@@ -62,21 +62,17 @@ void Inventory::load() {
 }
 
 AppFacts Inventory::facts() const {
-  AppFacts facts;
-  facts.config = c_.services.preferences.loadConfiguration();
-  facts.replacesAppStoreApps = MacAppStoreUpdatePolicy::replacesAppStoreApps(facts.config.installomatorOptions);
+  const auto stored = c_.services.preferences.moment();
+  AppFacts facts{.config = stored->config};
+  facts.replacesAppStoreApps = MacAppStoreUpdatePolicy::replacesAppStoreApps(facts.config->installomatorOptions);
   facts.reinstallsCurrentRequiredApps = AppDiscoveryService::reinstallsCurrentRequiredApps(facts.config);
-  facts.cycleStart = c_.services.preferences.readPatchingCadenceState().currentPatchingStartDate;
-  facts.cycleComplete = fields_.cycleCompletionMessage || completionMessage(facts.config);
+  facts.cycleStart = stored->cadence.currentPatchingStartDate;
+  facts.cycleComplete = fields_.cycleCompletionMessage || completeUntil(facts.config, stored->cadence);
   facts.clearedLabels = c_.services.preferences.readUpdateAllErrorClearedLabels();
   facts.failures = c_.services.failures.records();
   facts.installs = c_.services.installs.history();
   facts.failureTargets = targetsOfFailures(fields_.apps, facts.failures);
-  if (!latestReceipts_) {
-    auto latest = std::make_shared<LatestReceipts>();
-    for (auto& receipt : c_.services.receipts.readAllReceipts()) latest->try_emplace(receipt.label, receipt);
-    latestReceipts_ = std::move(latest);
-  }
+  if (!latestReceipts_) latestReceipts_ = c_.services.latestReceipts.receipts();
   facts.latestReceipts = latestReceipts_;
   facts.hasAppStoreReceipt = [known = storeReceipts_, &files = c_.services.files](const AppInfo& app) {
     if (!app.appPath) return false;
@@ -88,15 +84,18 @@ AppFacts Inventory::facts() const {
 }
 
 std::optional<std::string> Inventory::computeCycleCompletionMessage() const {
-  return completionMessage(c_.services.preferences.loadConfiguration());
+  const auto stored = c_.services.preferences.moment();
+  const auto next = completeUntil(stored->config, stored->cadence);
+  return next ? std::optional(completionMessage(*next)) : std::nullopt;
 }
 
-std::optional<std::string> Inventory::completionMessage(const CorvaneConfiguration& config) const {
+std::optional<Date> Inventory::completeUntil(const CorvaneConfiguration& config, const CadenceState& state) const {
   const PatchingCadenceManager cadence(config, c_.services.locale.calendar());
-  const auto state = c_.services.preferences.readPatchingCadenceState();
-  if (!cadence.isPatchingCompleteForCurrentCycle(state, c_.services.clock.now())) return std::nullopt;
-  if (!state.currentPatchingStartDate) return std::nullopt;
-  const auto next = state.nextCycleStartDate.value_or(cadence.nextCycleStart(*state.currentPatchingStartDate));
+  const bool complete = cadence.isPatchingCompleteForCurrentCycle(state, c_.services.clock.now());
+  return complete ? cadence.endOf(state) : std::nullopt;
+}
+
+std::string Inventory::completionMessage(Date next) const {
   return fmt::format(fmt::runtime(localized("Patching is complete for this cycle. The next cycle starts {}.")),
                      c_.services.locale.longDate(next));
 }
@@ -151,15 +150,24 @@ void Inventory::updateDockBadge() {
 
 void Inventory::refreshDeadlineDisplay() {
   auto& store = c_.services.preferences;
-  const auto config = store.loadConfiguration();
+  const auto stored = store.moment();
   const auto calendar = c_.services.locale.calendar();
-  const auto hardDate = DeferralManager(config, store, c_.services.clock, calendar).hardDeadlineDate();
+  const auto hardDate = DeferralManager::hardDeadlineDate(*stored);
   if (hardDate != c_.fields.deferral.currentHardDeadlineDate)
     c_.log.info(fmt::format("Hard deadline for display is now {}.", hardDate ? calendar.iso8601(*hardDate) : "<none>"));
   c_.crossings.deadlineRead(hardDate);
-  fields_.cycleCompletionMessage = completionMessage(config);
-  if (fields_.cycleCompletionMessage && store.readNextAutoLaunch()) store.clearNextAutoLaunch();
+  showCompletion(completeUntil(stored->config, stored->cadence), calendar);
+  if (fields_.cycleCompletionMessage && stored->nextAutoLaunch) store.clearNextAutoLaunch();
   c_.crossings.fieldsChanged();
+}
+
+// The words name a day, and change with it alone.
+void Inventory::showCompletion(std::optional<Date> next, const Calendar& calendar) {
+  if (!next) return fields_.cycleCompletionMessage.reset();
+  const auto day = calendar.local(*next).day;
+  if (fields_.cycleCompletionMessage && day == dayShown_) return;
+  dayShown_ = day;
+  fields_.cycleCompletionMessage = completionMessage(*next);
 }
 
 void Inventory::applyIgnoredLabelsToApps() {

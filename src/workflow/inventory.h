@@ -2,6 +2,7 @@
 // starts no check and no run; what fresh counts set off it only announces.
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <unordered_map>
@@ -44,11 +45,15 @@ class Inventory {
   };
 
   void assignCounts();
-  [[nodiscard]] std::optional<std::string> completionMessage(const CorvaneConfiguration& config) const;
+  // When the next cycle starts; absent while this one is not complete.
+  [[nodiscard]] std::optional<Date> completeUntil(const CorvaneConfiguration& config, const CadenceState& state) const;
+  [[nodiscard]] std::string completionMessage(Date next) const;
+  void showCompletion(std::optional<Date> next, const Calendar& calendar);
 
   RoomContext c_;
   InventoryFields& fields_;
   std::shared_ptr<StoreReceipts> storeReceipts_ = std::make_shared<StoreReceipts>();
+  std::chrono::year_month_day dayShown_{};  // named by the message that is shown
   mutable std::shared_ptr<const LatestReceipts> latestReceipts_;
   std::map<Label, std::vector<PatchingReceipt>> receipts_;
   std::map<Label, std::vector<DeferralEventRecord>> deferralEvents_;

@@ -46,9 +46,9 @@ OpenAppsSnapshot openAppsSnapshot(const InventoryFields& inventory, const AppFac
   });
   snapshot.openLabels = openLabels(snapshot.apps, services, log);
   const bool someClosed = !snapshot.closedLabels().empty();
-  const bool waits = facts.config.backgroundPatchClosedAppsRequireOnAC && !services.power.isOnACPower();
-  snapshot.canPatchClosedApps = someClosed && facts.config.backgroundPatchClosedAppsEnabled && !waits;
-  snapshot.closedAppsWaitForACPower = someClosed && facts.config.backgroundPatchClosedAppsEnabled && waits;
+  const bool waits = facts.config->backgroundPatchClosedAppsRequireOnAC && !services.power.isOnACPower();
+  snapshot.canPatchClosedApps = someClosed && facts.config->backgroundPatchClosedAppsEnabled && !waits;
+  snapshot.closedAppsWaitForACPower = someClosed && facts.config->backgroundPatchClosedAppsEnabled && waits;
   return snapshot;
 }
 

@@ -55,6 +55,7 @@ struct WorkflowServices {
   DeferralEventManager& deferralEvents;
   LabelFailureHistoryCache& failures;
   LabelInstallHistoryCache& installs;
+  LatestReceiptsCache& latestReceipts;
   LabelInstallFactsSource& installFacts;
 
   PendingUpdateSideEffects& sideEffects;

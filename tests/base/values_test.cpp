@@ -149,6 +149,24 @@ TEST(CalendarTest, DaysAreCalendarDays) {
   EXPECT_EQ(york.iso8601(saturday + 1500us, true), "2026-03-07T12:00:00.001-05:00");
 }
 
+TEST(CalendarTest, AnAnswerDoesNotDependOnWhatWasAskedBefore) {
+  const auto berlin = *Calendar::named("Europe/Berlin");
+  const auto york = *Calendar::named("America/New_York");
+  const auto winter = Date(std::chrono::sys_days(year(2026) / 2 / 1));
+  const auto summer = Date(std::chrono::sys_days(year(2026) / 7 / 1));
+  for (const auto day : {year(2026) / 3 / 27, year(2026) / 10 / 23})
+    for (auto time = 0min; time < 4 * 24h; time += 10min) {
+      const auto answer = [&](const Calendar& asked, Date before) {
+        (void)asked.local(before);
+        const auto moment = berlin.at(day, time);
+        return std::pair(moment, berlin.local(moment).offset);
+      };
+      const auto expected = answer(york, winter);
+      EXPECT_EQ(answer(berlin, winter), expected);
+      EXPECT_EQ(answer(berlin, summer), expected);
+    }
+}
+
 TEST(CalendarTest, UnknownZonesAreAbsent) {
   for (const auto* zone : {"", "Nowhere/City", "../../etc/passwd", "/etc/localtime"})
     EXPECT_FALSE(Calendar::named(zone)) << zone;

@@ -6,14 +6,17 @@
 #include "presentation/dashboard_builder.h"
 #include "presentation/page_json.h"
 #include "presentation/page_texts.h"
+#include "support/app_facts_setup.h"
 
 namespace corvane {
 namespace {
 
+using testing::configure;
+
 constexpr Date kNow = VirtualMachine::kStart;  // Sunday, 2026-11-01 12:00 UTC
 const Label kQuill("quill");
 
-class DashboardTest : public testing::Test {
+class DashboardTest : public ::testing::Test {
  protected:
   DashboardTest() {
     facts_.hasAppStoreReceipt = [](const AppInfo&) { return false; };
@@ -227,7 +230,7 @@ TEST_F(DashboardTest, WordsARowByTheFirstTestThatHolds) {
   required.appPath.reset();
   auto unversioned = quill();
   unversioned.currentVersion.reset();
-  facts_.config.requiredLabels = {"quill"};
+  configure(facts_, [](auto& config) { config.requiredLabels = {"quill"}; });
 
   const auto* const triangle = "exclamationmark.triangle.fill";
   const auto* const unanswered = "Couldn't retrieve latest version";
@@ -257,8 +260,10 @@ TEST_F(DashboardTest, WordsARowByTheFirstTestThatHolds) {
 }
 
 TEST_F(DashboardTest, AsksForARequiredReinstall) {
-  facts_.config.requiredLabels = {"quill"};
-  facts_.config.installomatorOptions = "INSTALL=force";
+  configure(facts_, [](auto& config) {
+    config.requiredLabels = {"quill"};
+    config.installomatorOptions = "INSTALL=force";
+  });
   facts_.reinstallsCurrentRequiredApps = true;
   facts_.cycleStart = kNow - 24h;
   auto current = quill();
@@ -410,7 +415,7 @@ TEST_F(DashboardTest, TellsWhatComesByItselfAndWhen) {
   watchpoint_ = watchpoint::FocusDeferral{kNow + 59s};
   EXPECT_EQ(page().nextStep,
             (PageMessage{.text = "Focus deferral — checking again in less than a minute", .symbol = "moon.zzz"}));
-  facts_.config.focusDeferralNotificationsEnabled = true;
+  configure(facts_, [](auto& config) { config.focusDeferralNotificationsEnabled = true; });
   EXPECT_EQ(page().nextStep.text, "Focus deferral — next reminder in less than a minute");
   watchpoint_.reset();
   fields_.inventory.cycleCompletionMessage = "Patching is complete for this cycle. The next cycle starts May 1, 2027.";

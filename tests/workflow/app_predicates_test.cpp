@@ -1,10 +1,13 @@
 #include "workflow/app_predicates.h"
 
 #include "platform/scripted/scripted_locale.h"
+#include "support/app_facts_setup.h"
 #include "workflow_fixture.h"
 
 namespace corvane {
 namespace {
+
+using testing::configure;
 
 AppFacts plainFacts() {
   AppFacts facts;
@@ -38,7 +41,9 @@ TEST(AppPredicates, everyKindOfApplicationFallsWhereItBelongs) {
   const auto storeManaged = [](AppInfo& app) { app.macAppStoreManaged = true; };
   const auto storeReceipt = [](AppInfo& app) { app.appPath = "/Applications/Store.app"; };
   const auto replacing = [](AppFacts& facts) { facts.replacesAppStoreApps = true; };
-  const auto required = [](AppFacts& facts) { facts.config.requiredLabels = {"qu*"}; };
+  const auto required = [](AppFacts& facts) {
+    configure(facts, [](auto& config) { config.requiredLabels = {"qu*"}; });
+  };
   const auto receipt = [](PatchingStatus status, std::int64_t code) {
     return [=](AppFacts& facts) {
       facts.latestReceipts = std::make_shared<LatestReceipts>(
@@ -50,7 +55,7 @@ TEST(AppPredicates, everyKindOfApplicationFallsWhereItBelongs) {
     required(facts);
     facts.reinstallsCurrentRequiredApps = true;
     facts.cycleStart = Date(1h);
-    facts.config.installomatorOptions = "INSTALL=force";
+    configure(facts, [](auto& config) { config.installomatorOptions = "INSTALL=force"; });
   };
   const auto quill = outdated("quill");
   const auto same = current("quill");
@@ -100,7 +105,7 @@ TEST(AppPredicates, countsFollowTheCycleAndLeaveHeldLabelsOut) {
 TEST(AppPredicates, promptsAskAboutActionableLabelsThatAreNotHeld) {
   auto facts = plainFacts();
   facts.clearedLabels = {Label("cleared")};
-  facts.config.ignoredLabels = {"ign*"};
+  configure(facts, [](auto& config) { config.ignoredLabels = {"ign*"}; });
   InventoryFields inventory;
   inventory.apps = {outdated("b"), outdated("ignored"), outdated("cleared"), current("c"), outdated("a")};
   EXPECT_EQ(actionableUpdateLabels(inventory.apps, facts), (Labels{label("b"), label("cleared"), label("a")}));

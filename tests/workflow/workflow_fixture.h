@@ -245,6 +245,7 @@ class WorkflowTest : public ::testing::Test {
   ReceiptsSnapshot snapshot{receipts, files};
   LabelFailureHistoryCache failures{snapshot};
   LabelInstallHistoryCache installs{snapshot};
+  LatestReceiptsCache latestReceipts{snapshot};
   DeferralEventManager deferralEvents{places.deferralEventsFolder(), "ada", files, log};
   ScriptedServiceClient helper{time.main()};
   ScriptedSideEffects sideEffects;
@@ -277,6 +278,7 @@ class WorkflowTest : public ::testing::Test {
                             .deferralEvents = deferralEvents,
                             .failures = failures,
                             .installs = installs,
+                            .latestReceipts = latestReceipts,
                             .installFacts = installFacts,
                             .sideEffects = sideEffects,
                             .prompts = prompts,

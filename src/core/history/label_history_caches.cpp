@@ -2,6 +2,17 @@
 
 namespace corvane {
 
+namespace {
+
+// `receipts` stand newest first.
+LatestReceipts newestOfEach(const Receipts& receipts) {
+  LatestReceipts latest;
+  for (const auto& receipt : receipts) latest.try_emplace(receipt.label, receipt);
+  return latest;
+}
+
+}  // namespace
+
 // The stamp is taken before the read, so that a receipt appended meanwhile is read again, not missed.
 std::shared_ptr<const ReceiptsSnapshot::Histories> ReceiptsSnapshot::histories() const {
   const Stamp stamp{files_.modified(receipts_.file()), files_.size(receipts_.file())};
@@ -10,8 +21,9 @@ std::shared_ptr<const ReceiptsSnapshot::Histories> ReceiptsSnapshot::histories()
     if (histories_ && stamp_ == stamp) return histories_;
   }
   const auto receipts = receipts_.readAllReceipts();
-  auto fresh = std::make_shared<const Histories>(
-      Histories{LabelFailureHistory::failureRecords(receipts), LabelInstallHistory::installHistory(receipts)});
+  auto fresh = std::make_shared<const Histories>(Histories{.failures = LabelFailureHistory::failureRecords(receipts),
+                                                           .installs = LabelInstallHistory::installHistory(receipts),
+                                                           .latest = newestOfEach(receipts)});
   const std::lock_guard lock(mutex_);
   stamp_ = stamp;
   histories_ = fresh;

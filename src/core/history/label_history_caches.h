@@ -1,16 +1,21 @@
 // What the receipts say of each label, kept until the receipts change.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <utility>
 
 #include "core/history/receipt_manager.h"
 #include "core/policies/label_history.h"
 
 namespace corvane {
 
-// The receipts read at most once for each state of their file (time of change and size), for both caches.
+// The newest receipt of each label.
+using LatestReceipts = std::map<Label, PatchingReceipt>;
+
+// The receipts read at most once for each state of their file (time of change and size), for all the caches.
 // Any thread; what was handed out stays valid.
 class ReceiptsSnapshot {
  public:
@@ -19,6 +24,7 @@ class ReceiptsSnapshot {
   struct Histories {
     LabelFailureHistory::Records failures;
     LabelInstallHistory::History installs;
+    LatestReceipts latest;
   };
   [[nodiscard]] std::shared_ptr<const Histories> histories() const;
 
@@ -49,6 +55,20 @@ class LabelInstallHistoryCache {
  public:
   explicit LabelInstallHistoryCache(const ReceiptsSnapshot& snapshot) : snapshot_(snapshot) {}
   [[nodiscard]] LabelInstallHistory::History history() const { return snapshot_.histories()->installs; }
+
+ private:
+  const ReceiptsSnapshot& snapshot_;
+};
+
+class LatestReceiptsCache {
+ public:
+  explicit LatestReceiptsCache(const ReceiptsSnapshot& snapshot) : snapshot_(snapshot) {}
+  // Never null.
+  [[nodiscard]] std::shared_ptr<const LatestReceipts> receipts() const {
+    auto histories = snapshot_.histories();
+    const auto* latest = &histories->latest;
+    return {std::move(histories), latest};
+  }
 
  private:
   const ReceiptsSnapshot& snapshot_;

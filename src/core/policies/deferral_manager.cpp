@@ -52,15 +52,20 @@ DeferralInfo DeferralManager::getDeferralInfo() const { return preferences_.read
 
 DeferralDeadlineStatus DeferralManager::checkDeadlines() const {
   const auto now = clock_.now();
-  const auto info = getDeferralInfo();
+  const auto stored = preferences_.moment();
+  const auto& info = stored->deferrals;
   const Side hard{info.hardDeferralCount, info.hardDeferralDate, hard_.count, hard_.days};
   if (hard.reached(now)) return DeferralDeadlineStatus::hardDeadlineReached;
-  const Side focus{info.focusDeferralCount, preferences_.readFocusDeferralDate(), focus_.count, focus_.days};
+  const Side focus{info.focusDeferralCount, stored->focusDeferralDate, focus_.count, focus_.days};
   return focus.reached(now) ? DeferralDeadlineStatus::focusDeadlineReached : DeferralDeadlineStatus::normal;
 }
 
 std::optional<Date> DeferralManager::hardDeadlineDate() const {
   return hard_.days ? getDeferralInfo().hardDeferralDate : std::nullopt;
+}
+
+std::optional<Date> DeferralManager::hardDeadlineDate(const PreferenceMoment& stored) {
+  return stored.config->deadlineDaysHard ? stored.deferrals.hardDeferralDate : std::nullopt;
 }
 
 void DeferralManager::recordDeferral(std::int64_t minutes, DeferralEscalation /*escalation*/) {
@@ -98,7 +103,8 @@ void DeferralManager::seedDeadlineDatesFromAnchor(Date anchorDate, std::optional
   };
   const auto focus = deadline(focus_.days);
   const auto hard = deadline(hard_.days);
-  if (same(focus, preferences_.readFocusDeferralDate()) && same(hard, getDeferralInfo().hardDeferralDate)) return;
+  const auto stored = preferences_.moment();
+  if (same(focus, stored->focusDeferralDate) && same(hard, stored->deferrals.hardDeferralDate)) return;
   preferences_.changeUser("FocusDeferralDate, HardDeferralDate", [&](PlistDict& values) {
     for (const auto& [key, date] : {std::pair(kFocusDate, focus), std::pair(kHardDate, hard)}) {
       if (date)

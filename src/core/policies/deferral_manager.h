@@ -35,6 +35,7 @@ class DeferralManager {
 
   // The hard deadline for display; absent while DeadlineDaysHard is off or nothing was seeded.
   [[nodiscard]] std::optional<Date> hardDeadlineDate() const;
+  [[nodiscard]] static std::optional<Date> hardDeadlineDate(const PreferenceMoment& stored);
 
   // A user's deferral: counts on the hard side, at whatever level it was made, and arms the next automatic
   // action that many minutes from now (at least one minute, at most ten years).

@@ -55,6 +55,9 @@ class PatchingCadenceManager {
   // is complete in it.
   [[nodiscard]] CadenceState armedState(Date now) const;
 
+  // The stored next start, or else the one that follows from the start. Absent without either.
+  [[nodiscard]] std::optional<Date> endOf(const CadenceState& state) const;
+
   // The cycle has reached its end. A missing next start counts from the start; without a start there is no
   // cycle to reset.
   [[nodiscard]] bool shouldResetCycle(const CadenceState& state, Date now) const;
@@ -88,7 +91,6 @@ class PatchingCadenceManager {
   [[nodiscard]] Date firstStartAfter(Date date) const;
   [[nodiscard]] bool isOnChosenWeekday(Date date) const;
   [[nodiscard]] bool lastsWholeWeeks() const { return settings_.daysUntilReset % 7 == 0; }
-  [[nodiscard]] std::optional<Date> endOf(const CadenceState& state) const;
   [[nodiscard]] CadenceState steppedTo(Date now, Date start) const;
 
   PatchingCadenceSettings settings_;

@@ -125,6 +125,13 @@ static_assert(std::ranges::all_of(kBindings, [](const Binding& binding) {
   return std::ranges::any_of(kSettings, [&](const Setting& setting) { return setting.key == binding.key; });
 }));
 
+// While only state changes, the configuration stays: see PreferenceManager.
+static_assert(std::ranges::none_of(kBindings, [](const Binding& binding) {
+  return std::ranges::any_of(kSettings, [&](const Setting& setting) {
+    return setting.key == binding.key && setting.access == SettingAccess::state;
+  });
+}));
+
 // Both times are fine, and yet no moment lies between them: hardly what anybody meant.
 bool hasEmptyBusinessHours(const Config& config) {
   return config.businessHoursStartTime && config.businessHoursEndTime &&

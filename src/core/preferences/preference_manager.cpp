@@ -1,5 +1,7 @@
 #include "core/preferences/preference_manager.h"
 
+#include <algorithm>
+#include <ranges>
 #include <utility>
 
 namespace corvane {
@@ -34,6 +36,16 @@ std::optional<PlistValue> unlisted(const Domains& domains, std::string_view key)
   return std::nullopt;
 }
 
+bool isSetting(const PlistDict::value_type& entry) {
+  const auto* row = findSetting(entry.first);
+  return row == nullptr || row->access != SettingAccess::state;
+}
+
+// The program's own state changes all the time, and no field of the configuration is made of it.
+bool haveSameSettings(const PlistDict& a, const PlistDict& b) {
+  return std::ranges::equal(a | std::views::filter(isSetting), b | std::views::filter(isSetting));
+}
+
 void setOrErase(PlistDict& domain, const char* key, const std::optional<Date>& date) {
   if (date)
     domain.insert_or_assign(key, PlistValue(*date));
@@ -43,20 +55,11 @@ void setOrErase(PlistDict& domain, const char* key, const std::optional<Date>& d
 
 }  // namespace
 
-// Made from one pair of snapshots, which their versions name: the configuration, and the state that is asked for each
-// minute.
+// Made from one pair of snapshots, which their versions name.
 struct PreferenceManager::Loaded {
-  std::uint64_t managed = 0;
-  std::uint64_t user = 0;
-  CorvaneConfiguration config;
-  CadenceState cadence;
-  DeferralInfo deferrals;
-  std::optional<Date> focusDeferralDate;
-  std::optional<Date> nextAutoLaunch;
-  bool automaticFocusDeferralArmed = false;
-  bool patchErrorRetryArmed = false;
-  std::optional<Date> hardDeadlineDialogDismissedUntil;
-  std::optional<Date> lastHardDeadlineFiredAt;
+  DomainSnapshot managed;
+  DomainSnapshot user;
+  PreferenceMoment moment;
 };
 
 PreferenceManager::PreferenceManager(PreferenceDomains& domains, NotificationCenter& notifications, LogSink& log)
@@ -141,41 +144,53 @@ bool PreferenceManager::isAnyManaged(ManagedGroup group) const {
 bool PreferenceManager::isManagedByMDM() const { return !domains_.managed().values->empty(); }
 
 std::shared_ptr<const PreferenceManager::Loaded> PreferenceManager::load() const {
-  const auto [managed, user] = look();
+  const auto now = look();
+  std::shared_ptr<const Loaded> before;
   {
     const std::lock_guard lock(mutex_);
-    if (loaded_ && loaded_->managed == managed.version && loaded_->user == user.version) return loaded_;
+    if (loaded_ && loaded_->managed.version == now.managed.version && loaded_->user.version == now.user.version)
+      return loaded_;
+    before = loaded_;
   }
-  auto [config, problems] = configurationFrom({*managed.values, *user.values});
-  tell(problems);
-  const Look now{managed, user};
   const auto date = [&](std::string_view key) { return valueOf<Date>(key, now); };
   const auto count = [&](std::string_view key) { return valueOf<std::int64_t>(key, now).value_or(0); };
   const auto flag = [&](std::string_view key) { return valueOf<bool>(key, now).value_or(false); };
   auto fresh = std::make_shared<const Loaded>(
-      Loaded{.managed = managed.version,
-             .user = user.version,
-             .config = std::move(config),
-             .cadence = {.currentPatchingStartDate = date("CurrentPatchingStartDate"),
-                         .lastPatchingCompletionDate = date("LastPatchingCompletionDate"),
-                         .nextCycleStartDate = date("NextCycleStartDate")},
-             .deferrals = {.focusDeferralCount = count("FocusDeferralCount"),
-                           .hardDeferralCount = count("HardDeferralCount"),
-                           .hardDeferralDate = date("HardDeferralDate")},
-             .focusDeferralDate = date("FocusDeferralDate"),
-             .nextAutoLaunch = date("NextAutoLaunch"),
-             .automaticFocusDeferralArmed = flag("AutomaticFocusDeferralArmed"),
-             .patchErrorRetryArmed = flag("PatchErrorRetryArmed"),
-             .hardDeadlineDialogDismissedUntil = date("HardDeadlineDialogDismissedUntil"),
-             .lastHardDeadlineFiredAt = date("LastHardDeadlineFiredAt")});
+      Loaded{.managed = now.managed,
+             .user = now.user,
+             .moment = {.config = configurationOf(now, before.get()),
+                        .cadence = {.currentPatchingStartDate = date("CurrentPatchingStartDate"),
+                                    .lastPatchingCompletionDate = date("LastPatchingCompletionDate"),
+                                    .nextCycleStartDate = date("NextCycleStartDate")},
+                        .deferrals = {.focusDeferralCount = count("FocusDeferralCount"),
+                                      .hardDeferralCount = count("HardDeferralCount"),
+                                      .hardDeferralDate = date("HardDeferralDate")},
+                        .focusDeferralDate = date("FocusDeferralDate"),
+                        .nextAutoLaunch = date("NextAutoLaunch"),
+                        .automaticFocusDeferralArmed = flag("AutomaticFocusDeferralArmed"),
+                        .patchErrorRetryArmed = flag("PatchErrorRetryArmed"),
+                        .hardDeadlineDialogDismissedUntil = date("HardDeadlineDialogDismissedUntil"),
+                        .lastHardDeadlineFiredAt = date("LastHardDeadlineFiredAt")}});
   const std::lock_guard lock(mutex_);
   loaded_ = fresh;
   return fresh;
 }
 
-SharedConfiguration PreferenceManager::loadConfiguration() const {
-  const auto loaded = load();
-  return SharedConfiguration({loaded, &loaded->config});
+SharedConfiguration PreferenceManager::configurationOf(const Look& look, const Loaded* before) const {
+  if (before != nullptr && before->managed.version == look.managed.version &&
+      haveSameSettings(*before->user.values, *look.user.values))
+    return before->moment.config;
+  auto [config, problems] = configurationFrom({*look.managed.values, *look.user.values});
+  tell(problems);
+  return SharedConfiguration(std::make_shared<const CorvaneConfiguration>(std::move(config)));
+}
+
+SharedConfiguration PreferenceManager::loadConfiguration() const { return load()->moment.config; }
+
+std::shared_ptr<const PreferenceMoment> PreferenceManager::moment() const {
+  auto loaded = load();
+  const auto* moment = &loaded->moment;
+  return {std::move(loaded), moment};
 }
 
 ValueSource PreferenceManager::valueSource(std::string_view key) const { return find(key).source; }
@@ -216,16 +231,18 @@ void PreferenceManager::clearNextAutoLaunch() {
   notifications_.post(CorvaneNextAutoLaunchDidChange{});
 }
 
-CadenceState PreferenceManager::readPatchingCadenceState() const { return load()->cadence; }
-DeferralInfo PreferenceManager::readDeferralInfo() const { return load()->deferrals; }
-std::optional<Date> PreferenceManager::readFocusDeferralDate() const { return load()->focusDeferralDate; }
-std::optional<Date> PreferenceManager::readNextAutoLaunch() const { return load()->nextAutoLaunch; }
-bool PreferenceManager::readAutomaticFocusDeferralArmed() const { return load()->automaticFocusDeferralArmed; }
-bool PreferenceManager::readPatchErrorRetryArmed() const { return load()->patchErrorRetryArmed; }
+CadenceState PreferenceManager::readPatchingCadenceState() const { return load()->moment.cadence; }
+DeferralInfo PreferenceManager::readDeferralInfo() const { return load()->moment.deferrals; }
+std::optional<Date> PreferenceManager::readFocusDeferralDate() const { return load()->moment.focusDeferralDate; }
+std::optional<Date> PreferenceManager::readNextAutoLaunch() const { return load()->moment.nextAutoLaunch; }
+bool PreferenceManager::readAutomaticFocusDeferralArmed() const { return load()->moment.automaticFocusDeferralArmed; }
+bool PreferenceManager::readPatchErrorRetryArmed() const { return load()->moment.patchErrorRetryArmed; }
 std::optional<Date> PreferenceManager::readHardDeadlineDialogDismissedUntil() const {
-  return load()->hardDeadlineDialogDismissedUntil;
+  return load()->moment.hardDeadlineDialogDismissedUntil;
 }
-std::optional<Date> PreferenceManager::readLastHardDeadlineFiredAt() const { return load()->lastHardDeadlineFiredAt; }
+std::optional<Date> PreferenceManager::readLastHardDeadlineFiredAt() const {
+  return load()->moment.lastHardDeadlineFiredAt;
+}
 
 void PreferenceManager::writePatchingCadenceState(const CadenceState& state) {
   changeUser("CurrentPatchingStartDate", [&](PlistDict& domain) {

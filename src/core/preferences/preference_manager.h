@@ -37,6 +37,20 @@ template <class T>
 concept PreferenceValue = std::same_as<T, bool> || std::same_as<T, std::int64_t> || std::same_as<T, double> ||
     std::same_as<T, std::string> || std::same_as<T, Date> || std::same_as<T, std::vector<std::string>>;
 
+// What is looked at again and again, all of one moment: the configuration, and the state of cycle and deferrals as the
+// reads of the same names give it.
+struct PreferenceMoment {
+  SharedConfiguration config;
+  CadenceState cadence;
+  DeferralInfo deferrals;
+  std::optional<Date> focusDeferralDate;
+  std::optional<Date> nextAutoLaunch;
+  bool automaticFocusDeferralArmed = false;
+  bool patchErrorRetryArmed = false;
+  std::optional<Date> hardDeadlineDialogDismissedUntil;
+  std::optional<Date> lastHardDeadlineFiredAt;
+};
+
 // Any thread, but `startWatching`. Reads never fail: a missing, damaged, wrongly typed or out-of-range value
 // counts as absent. Writes report no error; one that fails leaves a warning with its key in the log. What was
 // written is seen by the next read.
@@ -73,8 +87,11 @@ class PreferenceManager {
   // The managed domain sets anything at all.
   [[nodiscard]] bool isManagedByMDM() const;
 
-  // Managed values over user values over defaults; the same object while neither domain has changed.
+  // Managed values over user values over defaults; the same object while no setting has changed.
   [[nodiscard]] SharedConfiguration loadConfiguration() const;
+
+  // One look at both domains for whoever needs several of these values; never null. What is written later is not in it.
+  [[nodiscard]] std::shared_ptr<const PreferenceMoment> moment() const;
 
   // For listings: where the value in force comes from, and that value as JSON (dates as ISO 8601, data as its
   // length in bytes; null when absent). Values of neverLogged keys are for the caller to hide.
@@ -164,6 +181,7 @@ class PreferenceManager {
   template <PreferenceValue T>
   [[nodiscard]] std::optional<T> valueOf(std::string_view key, const Look& look) const;
   [[nodiscard]] std::shared_ptr<const Loaded> load() const;
+  [[nodiscard]] SharedConfiguration configurationOf(const Look& look, const Loaded* before) const;
   // One line for each key in the life of the process.
   void tell(const std::vector<SettingProblem>& problems) const;
 

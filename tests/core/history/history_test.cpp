@@ -244,18 +244,22 @@ TEST_F(HistoryTest, CachesReadTheReceiptsOnlyWhenTheyChanged) {
   ReceiptsSnapshot snapshot(receipts, files);
   const LabelFailureHistoryCache failures(snapshot);
   const LabelInstallHistoryCache installs(snapshot);
+  const LatestReceiptsCache latest(snapshot);
   EXPECT_TRUE(failures.records().empty());
   ASSERT_TRUE(receipts.append(receipt("a", 1h)));
   EXPECT_EQ(installs.history().at(Label("a")), machine.now() - 1h);
   const auto calls = files.calls();
   (void)failures.records();
   (void)installs.history();
+  const auto before = latest.receipts();
   EXPECT_EQ(files.calls(), calls);
   machine.advance(1min);
   auto failed = receipt("b", 0h, PatchingStatus::failure);
   failed.installomatorExitCode = 2;
   ASSERT_TRUE(receipts.append(failed));
   EXPECT_EQ(failures.records().at(Label("b")).count, 1);
+  EXPECT_EQ(latest.receipts()->at(Label("b")), failed);
+  EXPECT_FALSE(before->contains(Label("b")));
 }
 
 }  // namespace

@@ -231,6 +231,23 @@ TEST_F(PreferenceManagerTest, DamagedInventoryIsAbsentAndNotOverwritten) {
   EXPECT_TRUE(userHas("DiscoveredAppsData"));
 }
 
+TEST_F(PreferenceManagerTest, TheConfigurationStaysWhileOnlyStateChanges) {
+  const auto inForce = [this] { return &*preferences.loadConfiguration(); };
+  preferences.writePreference("IgnoredLabels", std::vector<std::string>{"old"});
+  const auto held = preferences.loadConfiguration();
+  const auto before = preferences.moment();
+  preferences.writeNextAutoLaunch(date, false, true);
+  EXPECT_EQ(inForce(), &*held);
+  EXPECT_EQ(before->nextAutoLaunch, std::nullopt) << "a moment stays as it was";
+  EXPECT_EQ(preferences.moment()->nextAutoLaunch, date);
+  preferences.deletePreference("IgnoredLabels");
+  EXPECT_TRUE(preferences.loadConfiguration()->ignoredLabels.empty());
+  preferences.writePreference("AppIgnoredLabels", std::vector<std::string>{"former"});
+  EXPECT_THAT(preferences.loadConfiguration()->ignoredLabels, ElementsAre("former"));
+  domains.setManaged({{"IgnoredLabels", "managed"}});
+  EXPECT_THAT(preferences.loadConfiguration()->ignoredLabels, ElementsAre("managed"));
+}
+
 TEST_F(PreferenceManagerTest, AnotherProgramsChangeIsTakenLikeASave) {
   int told = 0;
   const auto lease = notifications.observe<CorvaneSettingsDidChange>([&](const auto&) { ++told; });
