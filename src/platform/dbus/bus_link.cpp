@@ -221,22 +221,27 @@ class BusLink::Impl {
     awaitMore();
   }
 
-  void awaitMore() {
+  void awaitMore(bool more = false) {
+    auto events = DescriptorEvents::readable;
     try {
-      socket_->await(eventsOf(bus_->getEventLoopPollData().events));
+      const auto poll = bus_->getEventLoopPollData();
+      events = eventsOf(poll.events);
+      // A connection that is closing has nothing to poll for and still something to say.
+      more = more || poll.getRelativeTimeout() == Duration::zero();
     } catch (const std::exception&) {
-      socket_->await(DescriptorEvents::readable);
+      more = true;
     }
+    socket_->await(events);
+    if (more && !std::exchange(processesAgain_, true)) main_.post(lifeline_.guard([this] { process(); }));
   }
 
   void process() {
+    processesAgain_ = false;
     if (!bus_) return;
     bool works = true;
     bool more = true;
     try {
       for (int i = 0; more && i < kMessagesATurn; ++i) more = bus_->processPendingRequest();
-      // A connection that is closing has nothing to poll for and still something to say.
-      more = more || bus_->getEventLoopPollData().getRelativeTimeout() == Duration::zero();
     } catch (const std::exception&) {
       works = false;
     }
@@ -246,8 +251,7 @@ class BusLink::Impl {
       main_.post(lifeline_.guard([this, arrival] { deliver(*arrival); }));
     }
     if (!works) return lost();
-    awaitMore();
-    if (more) main_.post(lifeline_.guard([this] { process(); }));
+    awaitMore(more);
   }
 
   void deliver(Arrival& arrival) {
@@ -315,6 +319,7 @@ class BusLink::Impl {
   Duration delay_;
   Lease retry_;
   bool opening_ = false;
+  bool processesAgain_ = false;
   std::optional<bool> told_;
   std::uint64_t last_ = 0;
   std::map<std::uint64_t, Subscription> subscriptions_;
