@@ -75,9 +75,12 @@ class UserNotificationDelegate {
   virtual NotificationPresentationOptions willPresent(const UserNotification& notification) = 0;
   // `done` is called at once; what the response leads to may follow.
   virtual void didReceive(const NotificationResponse& response, Task done) = 0;
+  // One that was shown has gone, and was neither chosen nor removed here: the user has closed it, or the service went.
+  virtual void didClose(const std::string& /*identifier*/) {}
 };
 
-// Main thread. Every completion runs once, in a later turn.
+// Main thread. What is asked is carried out in the order asked; every completion runs once, in a later turn, and tells
+// that all of before has gone out too.
 class UserNotifications {
  public:
   virtual ~UserNotifications() = default;

@@ -54,6 +54,7 @@ class DesktopWorld {
   void choose(const std::string& title, std::optional<std::string> action) {
     server_.choose(server_.numberOf(title), action.value_or("default"));
   }
+  void dismiss(const std::string& title) { server_.dismiss(server_.numberOf(title)); }
   void refuse(bool refuses) { server_.refuses = refuses; }
   void inFront(bool front) { session_.application.active = front; }
   bool wait(const std::function<bool()>& done) { return session_.loop.wait(done); }
@@ -74,12 +75,9 @@ class ScriptedWorld {
     return titles;
   }
   void choose(const std::string& title, std::optional<std::string> action) {
-    for (const auto& identifier : notifications_.delivered()) {
-      if (notifications_.shown(identifier)->notification.title != title) continue;
-      EXPECT_TRUE(notifications_.choose(identifier, std::move(action)));
-      return;
-    }
+    EXPECT_TRUE(notifications_.choose(identifierOf(title), std::move(action)));
   }
+  void dismiss(const std::string& title) { notifications_.close(identifierOf(title)); }
   void refuse(bool refuses) {
     notifications_.failure = refuses ? std::optional(Error{.domain = "CRVTest", .text = "No."}) : std::nullopt;
   }
@@ -90,6 +88,12 @@ class ScriptedWorld {
   }
 
  private:
+  [[nodiscard]] std::string identifierOf(const std::string& title) const {
+    for (const auto& identifier : notifications_.delivered())
+      if (notifications_.shown(identifier)->notification.title == title) return identifier;
+    return "";
+  }
+
   VirtualMachine machine_;
   ScriptedUserNotifications notifications_{machine_.main()};
 };
@@ -259,6 +263,47 @@ TEST_F(DesktopNotificationsTest, NumbersOfAServiceThatRanBeforeMeanNothing) {
   notifications->removeAllDelivered();
   settings(*notifications);
   EXPECT_TRUE(shows(*second, {"foreign"}));
+}
+
+TEST_F(DesktopNotificationsTest, WhatGoesWithItsServiceIsToldUnlessItComesAnew) {
+  class Ear final : public UserNotificationDelegate {
+   public:
+    std::vector<std::string> closed;
+
+   private:
+    NotificationPresentationOptions willPresent(const UserNotification&) override { return {}; }
+    void didReceive(const NotificationResponse&, Task) override {}
+    void didClose(const std::string& identifier) override { closed.push_back(identifier); }
+  } ear;
+  auto server = std::make_unique<NotificationServer>(session_.bus);
+  const auto notifications = session_.notifications();
+  notifications->setDelegate(&ear);
+  EXPECT_FALSE(add(*notifications, note("a")));
+  EXPECT_FALSE(add(*notifications, note("b")));
+  server.reset();
+  EXPECT_TRUE(session_.loop.wait([&] { return ear.closed == std::vector<std::string>{"a", "b"}; }));
+
+  server = std::make_unique<NotificationServer>(session_.bus);
+  EXPECT_FALSE(add(*notifications, note("c")));
+  server.reset();
+  server = std::make_unique<NotificationServer>(session_.bus, std::vector<std::string>{"body"}, 100);
+  EXPECT_FALSE(add(*notifications, note("c")));
+  EXPECT_TRUE(shows(*server, {"c"}));
+  EXPECT_THAT(ear.closed, ElementsAre("a", "b"));
+}
+
+TEST_F(DesktopNotificationsTest, WhatStaysIsCriticalAndHasNoEnd) {
+  const NotificationServer server(session_.bus);
+  BusLink link(session_.loop.loop(), session_.loop.mainQueue(), session_.work, session_.bus.address(), kBrisk);
+  DesktopNotifications notifications({.session = link,
+                                      .main = session_.loop.mainQueue(),
+                                      .application = session_.application,
+                                      .folder = session_.runtime.path(),
+                                      .stay = true});
+  EXPECT_FALSE(add(notifications, note("a")));
+  ASSERT_EQ(server.shown().size(), 1U);
+  EXPECT_EQ(server.shown()[0].hints.at("urgency").get<std::uint8_t>(), 2);
+  EXPECT_EQ(server.shown()[0].timeout, 0);
 }
 
 TEST_F(DesktopNotificationsTest, AServiceThatNumbersAnewLeavesNothingBehind) {

@@ -1,6 +1,6 @@
 // What every answer to the UserNotifications port does. Instantiate with a world that has `notifications()`, `titles()`
-// of what is on the screen, `choose(title, action)` for the user's doing, `refuse(bool)`, `inFront(bool)`, and
-// `wait(done)`, which lets turns pass until `done` holds and gives whether it came to hold.
+// of what is on the screen, `choose(title, action)` and `dismiss(title)` for the user's doing, `refuse(bool)`,
+// `inFront(bool)`, and `wait(done)`, which lets turns pass until `done` holds and gives whether it came to hold.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -52,10 +52,12 @@ class UserNotificationsContract : public ::testing::Test, public UserNotificatio
     responses_.push_back(response);
     done();
   }
+  void didClose(const std::string& identifier) override { closed_.push_back(identifier); }
 
   World world_;
   std::vector<std::string> asked_;
   std::vector<NotificationResponse> responses_;
+  std::vector<std::string> closed_;
   NotificationPresentationOptions presented_{.banner = true, .sound = true};
 };
 TYPED_TEST_SUITE_P(UserNotificationsContract);
@@ -114,6 +116,22 @@ TYPED_TEST_P(UserNotificationsContract, WhatTheUserChoseComesBackWithItsUserInfo
   notifications.setDelegate(nullptr);
 }
 
+TYPED_TEST_P(UserNotificationsContract, OnlyWhatGoesByItselfIsToldToBeClosed) {
+  auto& notifications = this->world_.notifications();
+  notifications.setDelegate(this);
+  for (const auto* identifier : {"closed", "removed", "replaced", "chosen", "last"})
+    EXPECT_TRUE(this->adds(this->note(identifier, identifier)));
+  EXPECT_TRUE(this->adds(this->note("replaced", "In its place")));
+  notifications.removeDelivered({"removed"});
+  ASSERT_TRUE(this->shows({"In its place", "chosen", "closed", "last"}));
+  this->world_.choose("chosen", std::nullopt);
+  this->world_.dismiss("closed");
+  this->world_.dismiss("last");
+  ASSERT_TRUE(this->world_.wait([&] { return this->closed_.size() == 2; }));
+  EXPECT_THAT(this->closed_, ::testing::ElementsAre("closed", "last"));
+  notifications.setDelegate(nullptr);
+}
+
 TYPED_TEST_P(UserNotificationsContract, InFrontTheDelegateDecides) {
   this->world_.notifications().setDelegate(this);
   EXPECT_TRUE(this->adds(this->note("behind", "Behind")));
@@ -146,7 +164,7 @@ TYPED_TEST_P(UserNotificationsContract, AServiceThatIsThereAllowsWhatIsAskedFor)
 
 REGISTER_TYPED_TEST_SUITE_P(UserNotificationsContract, OneIdentifierIsOneNotification,
                             ADelayedOneWaitsAndCanBeTakenBack, WhatTheUserChoseComesBackWithItsUserInfo,
-                            InFrontTheDelegateDecides, AServiceThatRefusesShowsNothing,
-                            AServiceThatIsThereAllowsWhatIsAskedFor);
+                            OnlyWhatGoesByItselfIsToldToBeClosed, InFrontTheDelegateDecides,
+                            AServiceThatRefusesShowsNothing, AServiceThatIsThereAllowsWhatIsAskedFor);
 
 }  // namespace corvane::testing

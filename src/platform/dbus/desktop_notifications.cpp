@@ -25,6 +25,9 @@ constexpr const char* kService = "org.freedesktop.Notifications";
 constexpr const char* kPath = "/org/freedesktop/Notifications";
 constexpr const char* kFile = "corvane-notifications.json";
 constexpr std::int32_t kAsLongAsTheServiceLikes = -1;
+constexpr std::int32_t kForGood = 0;
+// Services that heed no time keep what is critical.
+constexpr std::uint8_t kCriticalUrgency = 2;
 // How long a service that did not answer in time is still listened to, so that what it shows late is taken away.
 constexpr Duration kLateAnswers = 120s;
 
@@ -109,6 +112,7 @@ class DesktopNotifications::Impl {
         main_(surroundings.main),
         application_(surroundings.application),
         limit_(surroundings.limit),
+        stay_(surroundings.stay),
         shown_(surroundings.folder / kFile),
         server_(session_, kService, [this] { lookAgain(); }) {
     const auto rule = std::string("type='signal',sender='") + kService + "',interface='" + kService + "',member='";
@@ -122,7 +126,7 @@ class DesktopNotifications::Impl {
       std::uint32_t number = 0;
       message >> number;
       if (!shown_.areOf(run(message.getSender()))) return;
-      if (const auto identifier = shown_.identifierOf(number)) shown_.forget(*identifier);
+      if (const auto identifier = shown_.identifierOf(number)) went(*identifier);
     });
     connection_ = session_.watch([this](bool connected) {
       bus_.reset();
@@ -167,6 +171,22 @@ class DesktopNotifications::Impl {
     lookAgain();
   }
 
+  // What stood there has gone with the service that showed it. Without a bus nobody can tell.
+  void noticeLoss() {
+    if (!server_.isKnown() || bus_.value_or("").empty()) return;
+    if (server_.owner() && shown_.areOf(run(*server_.owner()))) return;
+    for (const auto& [identifier, one] : std::map(shown_.byIdentifier())) went(identifier);
+  }
+
+  void went(const std::string& identifier) {
+    shown_.forget(identifier);
+    const bool comesAnew = std::ranges::any_of(orders_, [&](auto& order) {
+      const auto* show = std::get_if<Show>(&order.what());
+      return show != nullptr && show->notification.identifier == identifier;
+    });
+    if (delegate_ != nullptr && !comesAnew) delegate_->didClose(identifier);
+  }
+
   void later() {
     main_.post(lifeline_.guard([this] { start(); }));
   }
@@ -187,6 +207,7 @@ class DesktopNotifications::Impl {
   }
 
   void lookAgain() {
+    noticeLoss();
     if (!waitsForServer_ || !server_.isKnown() || !bus_) return;
     waitsForServer_ = false;
     std::visit([this](auto& what) { carryOut(what); }, orders_.front().what());
@@ -250,8 +271,9 @@ class DesktopNotifications::Impl {
     const auto& notification = std::get<Show>(orders_.front().what()).notification;
     static const std::vector<NotificationAction> kNone;
     const auto category = categories_.find(notification.categoryIdentifier.value_or(""));
-    const auto words =
+    auto words =
         notificationWords(notification, sound, category == categories_.end() ? kNone : category->second, capabilities_);
+    if (stay_) words.hints["urgency"] = kCriticalUrgency;
     const auto replaces = server_.owner() && shown_.areOf(run(*server_.owner()))
                               ? shown_.numberOf(notification.identifier)
                               : std::uint32_t{0};
@@ -262,7 +284,7 @@ class DesktopNotifications::Impl {
     };
     ask<std::uint32_t>(session_, toService("Notify"), limit_ + kLateAnswers, lifeline_.guard(answered),
                        words.application, replaces, words.icon, words.summary, words.body, words.actions,
-                       variants(words.hints), kAsLongAsTheServiceLikes);
+                       variants(words.hints), stay_ ? kForGood : kAsLongAsTheServiceLikes);
   }
 
   void nowShown(const std::string& owner, std::uint32_t number, std::uint32_t replaced) {
@@ -339,6 +361,7 @@ class DesktopNotifications::Impl {
   MainQueue& main_;
   const Application& application_;
   Duration limit_;
+  bool stay_;
   ShownNotifications shown_;
   std::optional<std::string> bus_;  // its identity; empty where it has none to tell
   std::optional<std::string> capableService_;

@@ -28,6 +28,7 @@ class DesktopNotifications final : public UserNotifications {
     const Application& application;  // asked whether it is in front
     std::filesystem::path folder;    // of this session's runtime: remembers here what is shown, for later processes
     Duration limit = 5s;             // how long the service may take to show one
+    bool stay = false;               // on the screen until the user has seen to them
   };
 
   explicit DesktopNotifications(Surroundings surroundings);

@@ -35,6 +35,10 @@ bool ScriptedUserNotifications::choose(const std::string& identifier, std::optio
   return *told;
 }
 
+void ScriptedUserNotifications::close(const std::string& identifier) {
+  if (delivered_.erase(identifier) != 0 && delegate_ != nullptr) delegate_->didClose(identifier);
+}
+
 Status ScriptedUserNotifications::verdict(const std::string& identifier) const {
   if (failure) return std::unexpected(*failure);
   if (const auto found = failures.find(identifier); found != failures.end()) return std::unexpected(found->second);

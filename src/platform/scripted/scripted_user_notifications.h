@@ -49,6 +49,9 @@ class ScriptedUserNotifications final : public UserNotifications {
   // was told and had called `done` when it returned.
   bool choose(const std::string& identifier, std::optional<std::string> action = std::nullopt);
 
+  // The user closes one that is shown.
+  void close(const std::string& identifier);
+
   void add(UserNotification notification, Completion<Status> done) override;
   void removePending(const std::vector<std::string>& identifiers) override;
   void removeDelivered(const std::vector<std::string>& identifiers) override;

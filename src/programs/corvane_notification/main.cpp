@@ -1,0 +1,136 @@
+// The notifier: shows what the application asks of it for as long as it stands, and ends with the last.
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "core/places.h"
+#include "notifier/notifier.h"
+#include "notifier/notifier_options.h"
+#include "notifier/notifier_part.h"
+#include "platform/dbus/bus_link.h"
+#include "platform/dbus/bus_sole_process.h"
+#include "platform/dbus/desktop_notifications.h"
+#include "platform/dbus/session_focus_state.h"
+#include "platform/posix/detached_process.h"
+#include "platform/posix/executable_bundle.h"
+#include "platform/posix/process_application.h"
+#include "platform/posix/process_environment.h"
+#include "platform/posix/standard_descriptors.h"
+#include "platform/posix/system_clock.h"
+#include "platform/uv/uv_main_loop.h"
+#include "platform/uv/uv_work_queue.h"
+
+namespace corvane {
+namespace {
+
+constexpr const char* kName = "org.corvane.Corvane.Notification";
+
+void complain(std::string_view text) { fmt::print(stderr, "Corvane Notification: {}\n", text); }
+
+std::string variable(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? "" : value;
+}
+
+// What stands on the screen, for the processes after this one; the application has a memory of its own. Of the session
+// where there is such a folder. Without any folder there is no memory.
+std::filesystem::path memoryFolder() {
+  std::filesystem::path base = variable("XDG_RUNTIME_DIR");
+  if (base.empty() && !variable("HOME").empty()) base = CorvaneConstants{.home = variable("HOME")}.userSupportFolder();
+  if (base.empty()) return "/nonexistent";
+  const auto folder = base / kName;
+  std::error_code ignored;
+  std::filesystem::create_directories(folder, ignored);
+  return folder;
+}
+
+// The one way by which a click reaches the application: a start of its program, which finds the instance that runs.
+void openApplication(const Notifier::UserInfo& userInfo) {
+  const auto started = startDetached({.executable = ExecutableBundle().path() / "Contents/MacOS/Corvane",
+                                      .arguments = applicationArguments(userInfo),
+                                      .environment = processEnvironment()});
+  if (!started) complain(started.error().text);
+}
+
+class Program {
+ public:
+  int run(const NotifierOptions& options) {
+    const auto part = takePart(sole_, options.encodedRequest);
+    if (!part) {
+      complain(part.error().text);
+      return 1;
+    }
+    if (*part == NotifierPart::handedOver) return 0;
+    // Whoever only takes something away is waited for: a notification that is handed over now would keep it running,
+    // so it goes back and the next process shows it.
+    if (options.request.operation == PersistentNotificationRequest::Operation::post) listen();
+    if (const auto handled = notifier_.handle(options.request); !handled) return 1;
+    return loop_.run();
+  }
+
+ private:
+  void listen() {
+    sole_.listen(
+        [this](const std::string& message) -> Status {
+          const auto request = PersistentNotificationRequest::decode(message);
+          return request ? notifier_.handle(*request) : Status(std::unexpected(request.error()));
+        },
+        [this] {
+          complain("The desktop session has ended.");
+          loop_.quit(1);
+        });
+  }
+
+  // What was asked of the desktop has gone out when it answers.
+  void endUnlessMoreCame() {
+    service_.settings([this](const NotificationSettings&) {
+      if (!notifier_.hasNothingLeft()) return;
+      sole_.leave();
+      loop_.quit(code_);
+    });
+  }
+
+  SystemClock clock_;
+  UvMainLoop loop_{clock_, clock_.jumps()};
+  UvWorkQueue work_;
+  ProcessApplication application_;
+  std::optional<std::string> bus_ = BusAddresses::ofEnvironment().session;
+  BusSoleProcess sole_{loop_.loop(), bus_, kName};
+  BusLink link_{loop_.loop(), loop_.mainQueue(), work_, bus_};
+  DesktopNotifications service_{{.session = link_,
+                                 .main = loop_.mainQueue(),
+                                 .application = application_,
+                                 .folder = memoryFolder(),
+                                 .stay = true}};
+  int code_ = 0;
+  Notifier notifier_{{.service = service_, .main = loop_.mainQueue(), .clock = clock_},
+                     {.chosen = openApplication,
+                      .failed =
+                          [this](const Error& error) {
+                            complain(error.text);
+                            code_ = 1;
+                          },
+                      .nothingLeft = [this] { endUnlessMoreCame(); }}};
+};
+
+}  // namespace
+}  // namespace corvane
+
+int main(int count, char** arguments) {
+  using namespace corvane;
+  fillStandardDescriptors();
+  const auto options = NotifierOptions::parse(std::span(arguments + 1, static_cast<std::size_t>(count - 1)));
+  if (options) return Program().run(*options);
+  if (options.error().code == NotifierOptions::wrongUsage) {
+    fmt::print(stderr, "{}\n", options.error().text);
+    return 2;
+  }
+  complain(options.error().text);
+  return 1;
+}

@@ -1,0 +1,259 @@
+// The real notifier, on a bus with a notification service, as the router starts it.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "notifications/crv_notification_router.h"
+#include "platform/dbus/shown_notifications.h"
+#include "platform/scripted/scripted_own_bundle.h"
+#include "platform/scripted/scripted_user_notifications.h"
+#include "platform/uv/uv_child_processes.h"
+#include "support/notification_server.h"
+#include "support/real_loop.h"
+#include "support/recording_log.h"
+
+namespace corvane::testing {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using Request = PersistentNotificationRequest;
+using Operation = Request::Operation;
+
+constexpr const char* kInBundle =
+    "Corvane.app/Contents/Helpers/Corvane Notification.app/Contents/MacOS/Corvane Notification";
+
+class NotifierProcessTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!isInstalled(PrivateBus::kDaemon)) GTEST_SKIP() << "needs dbus-daemon";
+    ASSERT_TRUE(bus_.works());
+    std::filesystem::create_directories((folder_.path() / kInBundle).parent_path());
+    std::filesystem::copy_file(CORVANE_NOTIFIER_PROGRAM, folder_.path() / kInBundle);
+    folder_.writeExecutable("Corvane.app/Contents/MacOS/Corvane",
+                            "#!/bin/sh\necho \"$#:$*:$DISPLAY\" >>\"" + opened().string() + "\"\n");
+    bundle_.bundlePath = folder_.path() / "Corvane.app";
+  }
+  void TearDown() override {
+    if (!bus_.works()) return;
+    run({.operation = Operation::clearAll});
+    EXPECT_TRUE(loop_.wait([this] { return running_ == 0; })) << "nothing is left that could keep one running";
+  }
+
+  [[nodiscard]] std::filesystem::path opened() const { return folder_.path() / "opened"; }
+  [[nodiscard]] std::vector<std::pair<std::string, std::string>> environment() const {
+    return {
+        {"DBUS_SESSION_BUS_ADDRESS", bus_.address()}, {"XDG_RUNTIME_DIR", folder_.path().string()}, {"DISPLAY", ":7"}};
+  }
+
+  using Exit = std::shared_ptr<std::optional<ChildExit>>;  // absent while it runs
+  struct Started {
+    std::shared_ptr<ChildHandle> child;
+    Exit exit = std::make_shared<std::optional<ChildExit>>();
+  };
+  Started start(std::vector<std::string> arguments) {
+    ++running_;
+    Started started;
+    started.child = children_.start({.executable = folder_.path() / kInBundle,
+                                     .arguments = std::move(arguments),
+                                     .environment = environment_.empty() ? environment() : environment_},
+                                    {}, [this, exit = started.exit](Result<ChildExit> ended) {
+                                      --running_;
+                                      *exit = std::move(ended).value_or(ChildExit{.code = -1});
+                                    });
+    return started;
+  }
+  Started ask(const Request& request) { return start({"--request", request.encoded()}); }
+  ChildExit runWith(std::vector<std::string> arguments) {
+    const auto exit = start(std::move(arguments)).exit;
+    EXPECT_TRUE(loop_.wait([&] { return exit->has_value(); }));
+    return exit->value_or(ChildExit{.code = -2});
+  }
+  ChildExit run(const Request& request) { return runWith({"--request", request.encoded()}); }
+  [[nodiscard]] static Request note(const std::string& name, std::optional<Date> fireDate = std::nullopt) {
+    return {.identifier = name,
+            .title = name,
+            .sound = true,
+            .categoryIdentifier = "crv.updatesAvailable.category",
+            .userInfo = {{"intent", "showDeferralPrompt"}},
+            .fireDate = fireDate,
+            .displayHeader = "Acme Updates",
+            .openActionTitle = "Open Acme Updates"};
+  }
+  bool shows(const NotificationServer& server, const std::vector<std::string>& titles) {
+    return loop_.wait([&] { return server.titles() == titles; });
+  }
+  bool ended(int left = 0) {
+    return loop_.wait([&, left] { return running_ == left; });
+  }
+
+  PrivateBus bus_;
+  TemporaryFolder folder_;
+  RealLoop loop_;
+  UvChildProcesses children_{loop_.loop(), loop_.mainQueue()};
+  ScriptedOwnBundle bundle_;
+  std::vector<std::pair<std::string, std::string>> environment_;
+  int running_ = 0;
+};
+
+TEST_F(NotifierProcessTest, wrongArgumentsShowNothing) {
+  const NotificationServer server(bus_);
+  for (const auto& arguments : std::vector<std::vector<std::string>>{{}, {"--request"}, {"--help"}, {"a", "b", "c"}}) {
+    const auto exit = runWith(arguments);
+    EXPECT_EQ(exit.code, 2);
+    EXPECT_EQ(exit.errors, "usage: \"Corvane Notification\" --request <base64>\n");
+  }
+  for (const auto* text : {"", "%", "e30=", "bnVsbA=="}) {
+    const auto exit = runWith({"--request", text});
+    EXPECT_EQ(exit.code, 1) << text;
+    EXPECT_THAT(exit.errors, HasSubstr("Corvane Notification: ")) << text;
+  }
+  EXPECT_THAT(server.titles(), IsEmpty());
+}
+
+TEST_F(NotifierProcessTest, withoutASessionOrAServiceItSaysSo) {
+  const auto mute = run(note("a"));
+  EXPECT_EQ(mute.code, 1);
+  EXPECT_EQ(mute.errors, "Corvane Notification: No notification service runs in this desktop session.\n");
+  EXPECT_EQ(run({.operation = Operation::clearAll}).code, 0) << "there is nothing to take away";
+
+  environment_ = {{"HOME", folder_.path().string()}};
+  const auto alone = run(note("a"));
+  EXPECT_EQ(alone.code, 1);
+  EXPECT_EQ(alone.errors, "Corvane Notification: There is no session bus.\n");
+  environment_.clear();
+}
+
+TEST_F(NotifierProcessTest, oneProcessStandsForAllThatIsShown) {
+  NotificationServer server(bus_);
+  ask(note("first"));
+  ASSERT_TRUE(shows(server, {"first"}));
+  const auto first = server.shown().front();
+  EXPECT_EQ(first.application, "Acme Updates");
+  EXPECT_THAT(first.actions,
+              ElementsAre("default", "Open Acme Updates", "crv.openDeferralPrompt", "Open Acme Updates"));
+  EXPECT_EQ(first.timeout, 0);
+  EXPECT_EQ(run(note("second")).code, 0) << "handed over";
+  EXPECT_EQ(run(note("waiting", dateFromSecondsSince1970(4e9))).code, 0);
+  ASSERT_TRUE(shows(server, {"first", "second"}));
+  EXPECT_EQ(run({.operation = Operation::cancel, .identifiers = {"first", "never"}}).code, 0);
+  ASSERT_TRUE(shows(server, {"second"}));
+  EXPECT_EQ(run({.operation = Operation::clearDelivered}).code, 0);
+  ASSERT_TRUE(shows(server, {}));
+  EXPECT_EQ(running_, 1) << "for the one that waits";
+  EXPECT_EQ(run({.operation = Operation::clearAll}).code, 0);
+  EXPECT_TRUE(ended());
+}
+
+TEST_F(NotifierProcessTest, aDueTimeIsWaitedFor) {
+  const NotificationServer server(bus_);
+  SystemClock clock;
+  ask(note("soon", clock.now() + 300ms));
+  EXPECT_TRUE(shows(server, {"soon"}));
+}
+
+TEST_F(NotifierProcessTest, aClickOpensTheApplicationWithTheLink) {
+  NotificationServer server(bus_);
+  ask(note("button"));
+  ASSERT_TRUE(shows(server, {"button"}));
+  auto plain = note("body");
+  plain.userInfo.clear();
+  run(plain);
+  ASSERT_TRUE(shows(server, {"button", "body"}));
+  server.choose(server.numberOf("button"), "crv.openDeferralPrompt");
+  ASSERT_TRUE(shows(server, {"body"}));
+  EXPECT_TRUE(loop_.wait([&] { return TemporaryFolder::read(opened()) == "1:corvane://show-deferral-prompt::7\n"; }));
+  server.choose(server.numberOf("body"), "default");
+  EXPECT_TRUE(ended());
+  EXPECT_TRUE(
+      loop_.wait([&] { return TemporaryFolder::read(opened()) == "1:corvane://show-deferral-prompt::7\n0:::7\n"; }));
+}
+
+TEST_F(NotifierProcessTest, itEndsWithTheLast) {
+  NotificationServer server(bus_);
+  ask(note("closed"));
+  ASSERT_TRUE(shows(server, {"closed"}));
+  server.dismiss(server.numberOf("closed"));
+  EXPECT_TRUE(ended());
+}
+
+TEST_F(NotifierProcessTest, itEndsWithTheSession) {
+  const auto later = dateFromSecondsSince1970(4e9);
+  auto waiting = ask(note("one", later)).exit;
+  const auto other = ask(note("two", later)).exit;
+  ASSERT_TRUE(ended(1)) << "one has handed over";
+  if (waiting->has_value()) waiting = other;
+  bus_.end();
+  ASSERT_TRUE(ended());
+  EXPECT_EQ((*waiting)->code, 1);
+  EXPECT_EQ((*waiting)->errors, "Corvane Notification: The desktop session has ended.\n");
+  bus_.start();
+}
+
+TEST_F(NotifierProcessTest, whatAKilledOneLeftIsTheNextOnes) {
+  NotificationServer server(bus_);
+  const auto first = ask(note("orphan"));
+  ASSERT_TRUE(shows(server, {"orphan"}));
+  EXPECT_EQ(run(note("other")).code, 0);
+  const auto memory = folder_.path() / "org.corvane.Corvane.Notification/corvane-notifications.json";
+  ASSERT_TRUE(loop_.wait([&] { return ShownNotifications(memory).byIdentifier().size() == 2; }));
+  first.child->kill();
+  ASSERT_TRUE(ended());
+  EXPECT_EQ(run({.operation = Operation::cancel, .identifiers = {"orphan"}}).code, 0);
+  EXPECT_TRUE(shows(server, {"other"}));
+  EXPECT_EQ(run({.operation = Operation::clearDelivered}).code, 0);
+  EXPECT_TRUE(shows(server, {}));
+}
+
+TEST_F(NotifierProcessTest, manyAtOnceLoseNothing) {
+  const NotificationServer server(bus_);
+  for (int round = 0; round < 3; ++round) {
+    std::vector<std::string> names;
+    for (int i = 0; i < 6; ++i) {
+      ask({.operation = i % 2 == 0 ? Operation::cancel : Operation::clearDelivered});
+      names.push_back("note " + std::to_string(i));
+    }
+    ended(0);
+    for (const auto& name : names) ask(note(name));
+    ask({.operation = Operation::cancel, .identifiers = {"never"}});
+    EXPECT_TRUE(loop_.wait([&] { return server.titles().size() == names.size(); }));
+    EXPECT_TRUE(ended(1));
+    EXPECT_EQ(run({.operation = Operation::clearAll}).code, 0);
+    EXPECT_TRUE(ended());
+    EXPECT_TRUE(shows(server, {}));
+  }
+}
+
+TEST_F(NotifierProcessTest, theRouterReachesIt) {
+  NotificationServer server(bus_);
+  SystemClock clock;
+  RecordingLog log;
+  ScriptedUserNotifications own(loop_.mainQueue());
+  CRVNotificationRouter router({.service = own,
+                                .children = children_,
+                                .main = loop_.mainQueue(),
+                                .clock = clock,
+                                .bundle = bundle_,
+                                .log = log,
+                                .environment = environment()});
+  const CorvaneConfiguration config;
+  std::optional<Status> delivered;
+  router.post({.type = CRVNotificationType::hardDeadlineReminder, .identifier = "reminder", .title = "Reminder"},
+              config, [&](Status status) { delivered = std::move(status); });
+  EXPECT_TRUE(shows(server, {"Reminder"}));
+  EXPECT_TRUE(delivered && *delivered);
+  bool cleared = false;
+  router.clearDelivered([&] { cleared = true; });
+  EXPECT_TRUE(loop_.wait([&] { return cleared; }));
+  EXPECT_TRUE(shows(server, {})) << "the caller waits for that";
+  EXPECT_THAT(log.messages(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace corvane::testing
