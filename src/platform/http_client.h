@@ -25,6 +25,7 @@ struct HttpAnswer {
   int status = 0;  // of the last answer behind redirects
   std::string body;
   std::vector<std::pair<std::string, std::string>> headers = {};  // of that answer, names in lower case
+  std::optional<std::string> redirectedTo = {};                   // whose answer it is, when not the address asked
   friend bool operator==(const HttpAnswer&, const HttpAnswer&) = default;
 };
 

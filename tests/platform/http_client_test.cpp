@@ -60,6 +60,7 @@ TEST_F(HttpClientTest, AnAnswerIsGivenWhateverItsStatus) {
   ASSERT_TRUE(page) << page.error().text;
   EXPECT_EQ(page->status, 200);
   EXPECT_EQ(page->body, "hello");
+  EXPECT_EQ(page->redirectedTo, std::nullopt);
   EXPECT_THAT(page->headers, Contains(Pair("x-two", "words here")));
   const auto none = get(server_.url("/none"));
   ASSERT_TRUE(none);
@@ -132,7 +133,7 @@ TEST_F(HttpClientTest, RedirectsEndAtTheirLimitAndAtOtherProtocols) {
   const auto step = [](int number) { return "/" + std::to_string(number); };
   for (int i = 0; i < 20; ++i) server_.page(step(i), WebServer::redirect("302 Found", step(i + 1)));
   server_.page(step(20), WebServer::answer("200 OK", "end"));
-  EXPECT_TRUE(get(server_.url(step(20 - kHttpRedirectsAtMost))));
+  EXPECT_EQ(get(server_.url(step(20 - kHttpRedirectsAtMost)))->redirectedTo, server_.url(step(20)));
   EXPECT_EQ(code(get(server_.url(step(20 - kHttpRedirectsAtMost - 1)))), HttpError::badRedirect);
 
   const auto secret = folder_.write("secret", "secret");

@@ -170,6 +170,7 @@ std::optional<Result<HttpAnswer>> WebTransfer::ended(CURLcode code) {
     return std::nullopt;
   }
   answer_.status = status();
+  answer_.redirectedTo = redirectedTo_;
   if (file_ && answer_.status / 100 == 2) {
     if (const auto kept = file_->keep(); !kept) return std::unexpected(httpError(HttpError::file, kept.error().text));
   }
@@ -202,6 +203,7 @@ Status WebTransfer::follow(const std::string& url) {
   if (auto given = setHeaders(request_.headers); !given) return given;
   answer_ = {};
   received_ = 0;
+  redirectedTo_ = url;
   return aim(url);
 }
 

@@ -63,6 +63,7 @@ class WebTransfer {
   std::uint64_t received_ = 0;
   std::size_t headerBytes_ = 0;
   int redirects_ = 0;
+  std::optional<std::string> redirectedTo_;
   std::optional<Error> problem_;  // why a callback ended the transfer
 };
 
