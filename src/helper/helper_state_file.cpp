@@ -26,7 +26,9 @@ JsonObject withoutOwnFields(const JsonObject& object) {
 
 HelperStateFile::HelperStateFile(std::filesystem::path state, std::filesystem::path apps, Files& files,
                                  const Clock& clock, LogSink& log)
-    : file_(std::move(state)), apps_(std::move(apps)), files_(files), clock_(clock), log_(log, "HelperStateFile") {
+    : file_(std::move(state)), apps_(std::move(apps)), files_(files), clock_(clock), log_(log, "HelperStateFile") {}
+
+void HelperStateFile::settle() {
   read();
   const auto left = std::exchange(state_.currentRun, std::nullopt);
   if (!left) return;

@@ -24,9 +24,12 @@ inline constexpr std::int64_t kHelperStateVersion = 1;
 // succeeds, which then brings all that happened meanwhile.
 class HelperStateFile {
  public:
-  // Reads what is there. A pass that a killed helper left is taken out with the first change, and told to the log now.
   HelperStateFile(std::filesystem::path state, std::filesystem::path apps, Files& files, const Clock& clock,
                   LogSink& log);
+
+  // At start, once this helper is the only one, and before all else: reads what is there. A pass that a killed helper
+  // left is told to the log and taken out.
+  void settle();
 
   // The background pass: it began or went on; it ended with its summary, in the write that takes out the current run;
   // or it was cut off and leaves no summary.

@@ -111,6 +111,17 @@ PatchOutcome outcomeWithoutRun(PatchStep step, const Label& label, const std::op
           .text = "is current"};
 }
 
+PatchOutcome outcomeLeftOut(const Label& label, const std::optional<AppInfo>& app, std::string why) {
+  constexpr std::int64_t openApplication = 12;  // what the tool itself ends with when it may not disturb
+  return {.label = label,
+          .status = PatchingStatus::skipped,
+          .code = openApplication,
+          .version = app ? app->currentVersion : std::nullopt,
+          .targetVersion = app ? app->newVersion : std::nullopt,
+          .receipt = false,
+          .text = std::move(why)};
+}
+
 PatchOutcome outcomeOfRun(const AppInfo& before, const std::optional<AppInfo>& after, const ToolEnd& end,
                           const CorvaneConfiguration& config) {
   PatchOutcome outcome{.label = before.label,
@@ -143,6 +154,11 @@ PatchRunAnswer answerOf(const std::vector<PatchOutcome>& outcomes) {
   };
   return patchRunAnswer(installed, outcomes.size(), labelsOf(PatchingStatus::skipped),
                         labelsOf(PatchingStatus::failure));
+}
+
+Result<PatchRunAnswer> answerOf(const RunReport& report) {
+  if (report.error) return std::unexpected(*report.error);
+  return answerOf(report.outcomes);
 }
 
 PatchingReceipt receiptOf(const PatchOutcome& outcome, Date finishedAt) {

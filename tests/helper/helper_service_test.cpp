@@ -16,11 +16,12 @@ struct HeldScans {
 };
 
 struct ServiceFixture : HeldScans, RunnerFixture {
+  RunDesk desk{{.log = log, .runner = runner}};
   HelperService service{{.main = machine.main(),
-                         .log = log,
                          .discoverer = discoverer,
                          .versions = versions,
                          .runner = runner,
+                         .desk = desk,
                          .status = [] { return StatusInfo{}; }}};
   // Code of the error that was answered to an id; 0 for an answer that is none.
   std::map<std::string, int> answers;

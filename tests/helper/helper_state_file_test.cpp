@@ -33,7 +33,11 @@ struct StateFile : ::testing::Test {
       .runID = "D1", .completedAt = machine.now(), .appCount = 1, .pendingUpdateCount = 1};
 
   StateFile() { EXPECT_TRUE(files.makeFolders("/support")); }
-  HelperStateFile open() { return {kState, kApps, files, machine.clock(), log}; }
+  HelperStateFile open() {
+    HelperStateFile file(kState, kApps, files, machine.clock(), log);
+    file.settle();
+    return file;
+  }
   [[nodiscard]] std::string stored() const { return files.content(kState).value_or(""); }
 };
 

@@ -27,7 +27,18 @@ struct RunnerFixture : ::testing::Test {
   ScriptedFiles files{machine.clock()};
   WorkQueue& scans;
   HelperSetting setting;
-  std::function<ScriptedChild(const ChildSpec&)> onChild = [](const ChildSpec&) { return ScriptedChild{}; };
+  // What the tool does for a label: the version that it leaves, and how it ends.
+  struct ToolPlay {
+    std::string installs;
+    ScriptedChild child;
+  };
+  std::map<std::string, ToolPlay> plays;
+  std::function<ScriptedChild(const ChildSpec&)> onChild = [this](const ChildSpec& spec) {
+    const auto& label = spec.arguments.at(0);
+    const auto& play = plays[label];
+    if (!play.installs.empty()) install(label, play.installs);
+    return play.child;
+  };
   ScriptedChildProcesses children{machine.main(), [this](const ChildSpec& spec) { return onChild(spec); }};
   VersionChecker versions{{.children = children, .main = machine.main(), .entropy = entropy, .log = log},
                           "/bin/zsh",
@@ -61,6 +72,18 @@ struct RunnerFixture : ::testing::Test {
   }
   [[nodiscard]] std::filesystem::path below(const std::filesystem::path& path) const {
     return std::filesystem::relative(path, folder.path());
+  }
+  void install(const std::string& name, const std::string& version) const {
+    folder.write("Applications/" + name + ".app/Contents/Info.plist",
+                 "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
+                 "<key>CFBundleShortVersionString</key><string>" +
+                     version + "</string><key>CFBundleIdentifier</key><string>org.example." + name +
+                     "</string></dict></plist>");
+  }
+  // A label whose application is `installed` (not at all when empty) and whose vendor offers `latest`.
+  void label(const std::string& name, const std::string& installed, const std::string& latest) const {
+    if (!installed.empty()) install(name, installed);
+    offer(name, latest);
   }
   // A label whose vendor offers `latest`.
   void offer(const std::string& name, const std::string& latest) const {

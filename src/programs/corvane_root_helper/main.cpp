@@ -14,6 +14,7 @@
 
 #include "base/localized.h"
 #include "base/notification_center.h"
+#include "core/history/label_history_caches.h"
 #include "core/history/receipt_manager.h"
 #include "core/logging/logging_service.h"
 #include "core/preferences/preference_manager.h"
@@ -25,12 +26,18 @@
 #include "helper/helper_listener.h"
 #include "helper/helper_options.h"
 #include "helper/helper_service.h"
+#include "helper/helper_state_file.h"
+#include "helper/own_work.h"
 #include "helper/patch_runner.h"
 #include "helper/root_trust.h"
+#include "helper/run_desk.h"
 #include "helper/run_record.h"
 #include "helper/saved_apps.h"
 #include "helper/system_zone.h"
 #include "helper/version_checker.h"
+#include "platform/linux/linux_running_applications.h"
+#include "platform/linux/sys_network_probe.h"
+#include "platform/linux/sys_power_source.h"
 #include "platform/posix/folder_ownership.h"
 #include "platform/posix/posix_files.h"
 #include "platform/posix/standard_descriptors.h"
@@ -116,6 +123,10 @@ class Daemon {
         preferences_(domains_, notifications_, log_),
         savedApps_(domains_, preferences_),
         receipts_(places_.receipts(), files_, log_),
+        histories_(receipts_, files_),
+        state_(places_.helperState(), places_.helperDiscoveredApps(), files_, clock_, log_),
+        processes_(main_),
+        network_(main_),
         children_(loop_.loop(), main_),
         versions_({.children = children_, .main = main_, .entropy = entropy_, .log = log_}, findZsh(),
                   unprivilegedAccount),
@@ -136,12 +147,30 @@ class Daemon {
                  .setting = [this] { return setting(); },
                  .toolHome = ownHome(console_),
                  .ownUid = geteuid()}),
+        desk_({.log = log_, .runner = runner_}),
         service_({.main = main_,
-                  .log = log_,
                   .discoverer = discoverer_,
                   .versions = versions_,
                   .runner = runner_,
+                  .desk = desk_,
                   .status = [this] { return status(); }}),
+        ownWork_({.main = main_,
+                  .clock = clock_,
+                  .entropy = entropy_,
+                  .log = log_,
+                  .files = files_,
+                  .preferences = preferences_,
+                  .histories = histories_,
+                  .discoverer = discoverer_,
+                  .desk = desk_,
+                  .state = state_,
+                  .processes = processes_,
+                  .power = power_,
+                  .network = network_,
+                  .setting = [this] { return setting(); },
+                  .calendar = [this] { return zone_.calendar(); },
+                  .toolReady = [this] { return checkTool(places_.installomatorScript(), places_.root, geteuid()); },
+                  .firstWork = options_.ownWorkAfter}),
         startedAt_(clock_.now()) {}
 
   int run() {
@@ -159,13 +188,16 @@ class Daemon {
       return 1;
     }
     record_.settle();
+    state_.settle();
     log.info(fmt::format("Version {} serves {} as user {}.", CORVANE_VERSION, options_.root.string(), geteuid()));
     auto heartbeat = std::make_unique<Heartbeat>(places_.helperHeartbeat(), files_, clock_, main_, log_);
+    ownWork_.start();
     Lease limit;
     EndSignals signals(loop_.loop(), [&] {
       if (limit.active()) return;
       log.info("Told to end.");
       heartbeat.reset();
+      ownWork_.stop();
       limit = main_.after(kStopLimit, [this, &log] {
         log.warning("The end took too long and was cut short.");
         // What still runs would outlive what it refers to, so nothing is taken down.
@@ -237,13 +269,20 @@ class Daemon {
   PreferenceManager preferences_;
   SavedApps savedApps_;
   ReceiptManager receipts_;
+  ReceiptsSnapshot histories_;
+  HelperStateFile state_;
+  LinuxRunningApplications processes_;
+  SysPowerSource power_;
+  SysNetworkProbe network_;
   UvChildProcesses children_;
   UvWorkQueue work_;
   VersionChecker versions_;
   AppDiscoverer discoverer_;
   RunRecord record_;
   PatchRunner runner_;
+  RunDesk desk_;
   HelperService service_;
+  OwnWork ownWork_;
   Date startedAt_;
 };
 
