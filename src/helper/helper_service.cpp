@@ -46,7 +46,7 @@ void HelperService::handle(HelperRequest request, Completion<std::string> given)
   if (stopping_) return answer(composeRefusal(id, stoppingError()));
   std::visit(Overloaded{
                  [&](const ask::Status&) { answer(composeAnswer(id, toJson(s_.status()))); },
-                 [&](const ask::PatchingProgress&) { answer(composeAnswer(id, toJson(s_.runner.progress()))); },
+                 [&](const ask::PatchingProgress&) { answer(composeAnswer(id, toJson(s_.desk.progress()))); },
                  [&](const ask::DiscoverInstalled&) { discover({}, std::move(id), std::move(answer)); },
                  [&](const ask::DiscoverWithUpdates&) {
                    discover({.latest = AppDiscoverer::Latest::fresh}, std::move(id), std::move(answer));

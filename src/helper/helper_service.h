@@ -8,7 +8,7 @@
 #include "core/client/helper_messages.h"
 #include "core/logging/logging_service.h"
 #include "helper/app_discoverer.h"
-#include "helper/patch_runner.h"
+
 #include "helper/run_desk.h"
 
 namespace corvane {
@@ -26,7 +26,7 @@ class HelperService {
     MainQueue& main;
     AppDiscoverer& discoverer;
     VersionChecker& versions;
-    const PatchRunner& runner;
+
     RunDesk& desk;
     std::function<StatusInfo()> status;
   };

@@ -168,7 +168,7 @@ PatchingReceipt receiptOf(const PatchOutcome& outcome, Date finishedAt) {
           .version = outcome.version,
           .targetVersion = outcome.targetVersion,
           .installomatorExitCode = outcome.code,
-          .usedStagedInstaller = false};
+          .usedStagedInstaller = outcome.usedStagedInstaller};
 }
 
 }  // namespace corvane

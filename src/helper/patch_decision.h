@@ -54,9 +54,10 @@ struct PatchOutcome {
   std::int64_t code = 0;
   std::optional<std::string> version;  // installed afterwards
   std::optional<std::string> targetVersion;
-  bool installed = false;  // this run replaced or installed it, and that was verified
-  bool receipt = true;     // whether a receipt is written
-  std::string text;        // for the log
+  bool installed = false;            // this run replaced or installed it, and that was verified
+  bool usedStagedInstaller = false;  // the tool took the one that lay ready
+  bool receipt = true;               // whether a receipt is written
+  std::string text;                  // for the log
   friend bool operator==(const PatchOutcome&, const PatchOutcome&) = default;
 };
 

@@ -37,7 +37,9 @@ struct PatchRunner::Run {
   std::shared_ptr<ChildHandle> child;
   CorvaneConfiguration config;  // that the label in hand was begun with: what it is judged by
   ToolWords words;              // of the label in hand
-  bool inHand = false;          // the tool was run for a label that has no outcome yet
+  std::string stagedAddress;    // that the tool was given for it; empty without one
+  bool usedStaged = false;
+  bool inHand = false;  // the tool was run for a label that has no outcome yet
   bool stopping = false;
   Lease stopGrace;
   Completion<RunReport> done;
@@ -146,14 +148,19 @@ void PatchRunner::runTool(const Label& label, const AppInfo& before) {
   }
   log_.info(fmt::format("{}: installing {} over {}.", label.text, before.newVersion.value_or("the latest version"),
                         before.currentVersion.value_or("nothing")));
+  auto arguments = toolArguments(label, setting, run_->order.attendance, log_);
+  const auto staged = s_.staged.find(label, before.newVersion);
+  run_->stagedAddress = staged ? fileAddress(staged->file) : std::string();
+  if (staged) arguments.push_back(quotedAssignment("downloadURL", run_->stagedAddress).value());
   ChildSpec spec{.executable = tool.string(),
-                 .arguments = toolArguments(label, setting, run_->order.attendance, log_),
+                 .arguments = std::move(arguments),
                  .environment = toolEnvironment(s_.toolHome),
                  .timeLimit = toolTimeLimit(setting.config),
                  .outputLimit = 64U << 10U};
   s_.record.working(label, run_->outcomes.size(), std::nullopt);
   run_->config = setting.config;
   run_->words = {};
+  run_->usedStaged = false;
   run_->inHand = true;
   run_->child = s_.children.start(
       std::move(spec), [this, label, alive = lifeline_.guard([this, label](std::string_view line) {
@@ -164,7 +171,11 @@ void PatchRunner::runTool(const Label& label, const AppInfo& before) {
 }
 
 void PatchRunner::toolLine(const Label& label, std::string_view line) {
-  if (run_) run_->words.take(line);
+  if (run_) {
+    run_->words.take(line);
+    const auto& address = run_->stagedAddress;
+    run_->usedStaged |= !address.empty() && toolMessage(line).value_or("").starts_with("Downloading " + address);
+  }
   tool_.info(fmt::format("{}: {}", label.text, toolMessage(line).value_or(line)));
   if (const auto process = blockingProcessIn(line))
     log_.info(fmt::format("{}: {} is open; Installomator may ask its user to quit it.", label.text, *process));
@@ -204,6 +215,9 @@ void PatchRunner::settle(PatchOutcome outcome) {
     log_.info(line);
   const auto label = outcome.label;
   if (const auto app = run_->apps.find(label); app != run_->apps.end()) outcome.name = app->second.displayName();
+  outcome.usedStagedInstaller = run_->inHand && run_->usedStaged;
+  // One that failed is not tried again: the next attempt downloads.
+  if (outcome.usedStagedInstaller && outcome.status != PatchingStatus::skipped) s_.staged.remove(label);
   const auto written = outcome.receipt ? s_.receipts.append(receiptOf(outcome, s_.clock.now())) : Status();
   run_->outcomes.push_back(std::move(outcome));
   run_->inHand = false;

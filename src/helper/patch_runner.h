@@ -16,6 +16,7 @@
 #include "helper/app_discoverer.h"
 #include "helper/patch_decision.h"
 #include "helper/run_record.h"
+#include "helper/staged_installers.h"
 #include "platform/child_processes.h"
 #include "platform/clock.h"
 
@@ -55,6 +56,7 @@ class PatchRunner {
     ReceiptManager& receipts;
     AppDiscoverer& discoverer;
     RunRecord& record;
+    StagedInstallers& staged;
     std::function<HelperSetting()> setting;
     std::filesystem::path toolHome;  // HOME of the tool
     uid_t ownUid = 0;

@@ -52,12 +52,31 @@ void RunDesk::startNext() {
   const auto next = queue_.startNext();
   if (!next) return;
   auto& run = waiting_.at(next->ticket).run;
-  const auto& stage = run.alsoStageLabels;
-  if (!stage.empty()) log_.info(fmt::format("Staging is asked for {} label(s): {}.", stage.size(), brief(stage)));
   run.begins();
-  if (run.order.labels.empty()) return ended(next->ticket, {});
-  s_.runner.run(std::move(run.order),
-                lifeline_.guard([this, ticket = next->ticket](RunReport report) { ended(ticket, std::move(report)); }));
+  auto& stage = run.alsoStageLabels;
+  if (stage.empty()) return install(next->ticket);
+  log_.info(fmt::format("Staging is asked for {} label(s): {}.", stage.size(), brief(stage)));
+  staging_ = next->ticket;
+  s_.stager.stage(std::move(stage), lifeline_.guard([this, ticket = next->ticket] {
+    staging_.reset();
+    install(ticket);
+  }));
+}
+
+void RunDesk::install(RunQueue::Ticket ticket) {
+  if (stopping_) return ended(ticket, stoppingReport());
+  auto& order = waiting_.at(ticket).run.order;
+  if (order.labels.empty()) return ended(ticket, {});
+  s_.runner.run(std::move(order),
+                lifeline_.guard([this, ticket](RunReport report) { ended(ticket, std::move(report)); }));
+}
+
+PatchProgressInfo RunDesk::progress() const {
+  if (!staging_) return s_.runner.progress();
+  const auto& labels = waiting_.at(*staging_).run.order.labels;
+  if (labels.empty()) return {};
+  return {
+      .isActive = true, .currentLabel = labels.front().text, .totalLabels = static_cast<std::int64_t>(labels.size())};
 }
 
 void RunDesk::ended(RunQueue::Ticket ticket, RunReport report) {
@@ -73,6 +92,7 @@ void RunDesk::answer(RunQueue::Ticket ticket, RunReport report) {
 
 void RunDesk::stop() {
   stopping_ = true;
+  s_.stager.stop();
   s_.runner.stop();
   for (const auto ticket : queue_.dropWaiting()) answer(ticket, stoppingReport());
 }

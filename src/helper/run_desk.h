@@ -1,4 +1,5 @@
-// Where runs come in, wait, and are started one at a time. Knows no protocol, and nothing of how a label is installed.
+// Where runs come in, wait, and are started one at a time: first what is to be staged, then what is to be installed.
+// Knows no protocol, and nothing of how either is done.
 #pragma once
 
 #include <functional>
@@ -9,6 +10,7 @@
 #include "core/logging/logging_service.h"
 #include "helper/patch_runner.h"
 #include "helper/run_queue.h"
+#include "helper/stager.h"
 
 namespace corvane {
 
@@ -18,6 +20,7 @@ class RunDesk {
   struct Services {
     LogSink& log;
     PatchRunner& runner;
+    Stager& stager;
   };
   explicit RunDesk(Services services);
   ~RunDesk();
@@ -34,6 +37,9 @@ class RunDesk {
   };
   void askOwn(OwnRun run, Completion<RunReport> done);
 
+  // Of the run in hand; while its installers are downloaded none of its labels is done.
+  [[nodiscard]] PatchProgressInfo progress() const;
+
   // Ends the run in hand, and answers all who wait, and whoever asks later, with `stopping`.
   void stop();
 
@@ -44,6 +50,7 @@ class RunDesk {
   };
   void settleOffer(const RunQueue::Offer& offer, Waiting waiting);
   void startNext();
+  void install(RunQueue::Ticket ticket);
   void ended(RunQueue::Ticket ticket, RunReport report);
   void answer(RunQueue::Ticket ticket, RunReport report);
 
@@ -51,6 +58,7 @@ class RunDesk {
   Logger log_;
   RunQueue queue_;
   std::map<RunQueue::Ticket, Waiting> waiting_;
+  std::optional<RunQueue::Ticket> staging_;  // whose installers are downloaded first
   bool stopping_ = false;
   Lifeline lifeline_;
 };

@@ -25,7 +25,8 @@ struct OwnWorkProcess : HelperProcess {
     folder_.write("Users/ann/Library/Preferences/org.corvane.Corvane.plist",
                   writePlist(PlistDict{{"BackgroundPatchClosedAppsEnabled", true},
                                        {"BackgroundPatchClosedAppsScheduler", "helperDaemon"},
-                                       {"BackgroundPatchClosedAppsBlockList", "slow"}},
+                                       {"BackgroundPatchClosedAppsBlockList", "slow"},
+                                       {"WorkflowStageUpdates", false}},
                              PlistFormat::xml)
                       .value());
   }

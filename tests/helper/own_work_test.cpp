@@ -29,7 +29,7 @@ struct OwnWorkFixture : RunnerFixture {
   ScriptedRunningApplications processes;
   ScriptedPowerSource power;
   ScriptedNetworkProbe network{machine.main()};
-  RunDesk desk{{.log = log, .runner = runner}};
+  RunDesk desk{{.log = log, .runner = runner, .stager = stager}};
   std::optional<OwnWork> work;
 
   OwnWorkFixture() {

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "helper/patch_runner.h"
+#include "helper/stager.h"
 #include "platform/scripted/scripted_child_processes.h"
 #include "platform/scripted/scripted_entropy.h"
 #include "platform/scripted/scripted_files.h"
@@ -51,6 +52,29 @@ struct RunnerFixture : ::testing::Test {
                             .setting = [this] { return setting; }}};
   ReceiptManager receipts{kReceipts, files, log};
   RunRecord record{kRecord, files, machine.clock(), log};
+  StagedInstallers staged{folder.path() / "Staging", machine.clock(), log};
+  RunRecord stagingRecord{"/helper-staging.json", files, machine.clock(), log};
+  struct Facts final : LabelInstallFactsSource {
+    std::map<Label, LabelInstallFacts> known;
+    [[nodiscard]] LabelInstallFacts installFacts(const Label& label) const override {
+      const auto found = known.find(label);
+      return found == known.end() ? LabelInstallFacts{} : found->second;
+    }
+  } facts;
+  std::uint64_t freeBytes = kStagingNeedsFree;
+  Stager stager{{.children = children,
+                 .main = machine.main(),
+                 .work = machine.work(),
+                 .clock = machine.clock(),
+                 .log = log,
+                 .discoverer = discoverer,
+                 .staged = staged,
+                 .record = stagingRecord,
+                 .setting = [this] { return setting; },
+                 .facts = facts,
+                 .freeBytes = [this](const std::filesystem::path&) { return freeBytes; },
+                 .toolHome = "/var/empty",
+                 .ownUid = geteuid()}};
   PatchRunner runner{{.children = children,
                       .main = machine.main(),
                       .clock = machine.clock(),
@@ -58,6 +82,7 @@ struct RunnerFixture : ::testing::Test {
                       .receipts = receipts,
                       .discoverer = discoverer,
                       .record = record,
+                      .staged = staged,
                       .setting = [this] { return setting; },
                       .toolHome = "/var/empty",
                       .ownUid = geteuid()}};
@@ -69,6 +94,7 @@ struct RunnerFixture : ::testing::Test {
     const auto tool = setting.constants.installomatorScript();
     folder.writeExecutable(below(tool), "#!/bin/sh\n");
     chmod(tool.c_str(), 0755);
+    EXPECT_TRUE(staged.settle());
   }
   [[nodiscard]] std::filesystem::path below(const std::filesystem::path& path) const {
     return std::filesystem::relative(path, folder.path());

@@ -14,6 +14,7 @@
 
 #include "base/localized.h"
 #include "base/notification_center.h"
+#include "core/discovery/label_install_facts.h"
 #include "core/history/label_history_caches.h"
 #include "core/history/receipt_manager.h"
 #include "core/logging/logging_service.h"
@@ -33,6 +34,7 @@
 #include "helper/run_desk.h"
 #include "helper/run_record.h"
 #include "helper/saved_apps.h"
+#include "helper/stager.h"
 #include "helper/system_zone.h"
 #include "helper/version_checker.h"
 #include "platform/linux/linux_running_applications.h"
@@ -76,6 +78,13 @@ std::string ownHome(const ConsoleUserSource& console) {
   }
   const auto* root = getpwuid(0);
   return root ? root->pw_dir : "/";
+}
+
+// What an ordinary program may still write; nothing where that cannot be told.
+std::uint64_t freeBytes(const std::filesystem::path& folder) {
+  std::error_code error;
+  const auto space = std::filesystem::space(folder, error);
+  return error ? 0 : space.available;
 }
 
 CorvaneConstants constantsFor(const std::filesystem::path& root, const std::optional<ConsoleUser>& user) {
@@ -137,6 +146,22 @@ class Daemon {
                      .versions = versions_,
                      .setting = [this] { return setting(); }}),
         record_(places_.supportFolder() / "helper-run.json", files_, clock_, log_),
+        staged_(places_.stagingFolder(), clock_, log_),
+        stagingRecord_(places_.supportFolder() / "helper-staging.json", files_, clock_, log_, kToolStopGrace, "staged"),
+        installFacts_(places_.labelsFolder(), places_.root, Logger(log_, "Staging")),
+        stager_({.children = children_,
+                 .main = main_,
+                 .work = work_,
+                 .clock = clock_,
+                 .log = log_,
+                 .discoverer = discoverer_,
+                 .staged = staged_,
+                 .record = stagingRecord_,
+                 .setting = [this] { return setting(); },
+                 .facts = installFacts_,
+                 .freeBytes = freeBytes,
+                 .toolHome = ownHome(console_),
+                 .ownUid = geteuid()}),
         runner_({.children = children_,
                  .main = main_,
                  .clock = clock_,
@@ -144,14 +169,14 @@ class Daemon {
                  .receipts = receipts_,
                  .discoverer = discoverer_,
                  .record = record_,
+                 .staged = staged_,
                  .setting = [this] { return setting(); },
                  .toolHome = ownHome(console_),
                  .ownUid = geteuid()}),
-        desk_({.log = log_, .runner = runner_}),
+        desk_({.log = log_, .runner = runner_, .stager = stager_}),
         service_({.main = main_,
                   .discoverer = discoverer_,
                   .versions = versions_,
-                  .runner = runner_,
                   .desk = desk_,
                   .status = [this] { return status(); }}),
         ownWork_({.main = main_,
@@ -188,6 +213,8 @@ class Daemon {
       return 1;
     }
     record_.settle();
+    stagingRecord_.settle();
+    if (auto ready = staged_.settle(); !ready) log.error(fmt::format("Nothing can be staged: {}", ready.error().text));
     state_.settle();
     log.info(fmt::format("Version {} serves {} as user {}.", CORVANE_VERSION, options_.root.string(), geteuid()));
     auto heartbeat = std::make_unique<Heartbeat>(places_.helperHeartbeat(), files_, clock_, main_, log_);
@@ -279,6 +306,10 @@ class Daemon {
   VersionChecker versions_;
   AppDiscoverer discoverer_;
   RunRecord record_;
+  StagedInstallers staged_;
+  RunRecord stagingRecord_;
+  LabelFileInstallFacts installFacts_;
+  Stager stager_;
   PatchRunner runner_;
   RunDesk desk_;
   HelperService service_;
