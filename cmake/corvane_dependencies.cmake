@@ -10,6 +10,7 @@ find_package(OpenSSL REQUIRED COMPONENTS Crypto)
 find_package(ZLIB REQUIRED)
 find_package(RapidJSON REQUIRED)
 find_package(sdbus-c++ REQUIRED)
+find_package(CURL REQUIRED)  # its headers: the library is opened at the first request
 pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
 pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb)
 pkg_check_modules(UV REQUIRED IMPORTED_TARGET libuv)

@@ -15,12 +15,6 @@
 
 namespace corvane {
 
-struct BusObject {
-  std::string owner;  // a unique name as ownerOf() gives it: a call to it starts no service
-  std::string path;
-  std::string interface;
-};
-
 // Connects at the first question and again after the bus was lost. Nothing is thrown and no thread is started.
 class BusConnection {
  public:

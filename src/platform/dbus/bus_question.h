@@ -1,9 +1,10 @@
-// How a question to a bus may come out, and how long one may take.
+// What a question to a bus is made of, how it may come out, and how long one may take.
 #pragma once
 
 #include <algorithm>
 #include <chrono>
 #include <expected>
+#include <string>
 
 namespace corvane {
 
@@ -15,6 +16,17 @@ enum class Silence {
 
 template <typename Value>
 using Heard = std::expected<Value, Silence>;
+
+struct BusObject {
+  std::string owner;  // a call to a unique name (":1.42") starts no service
+  std::string path;
+  std::string interface;
+};
+
+struct BusCall {
+  BusObject object;
+  std::string method;
+};
 
 // How long the main thread may stand still. A desktop's services answer in about a millisecond.
 struct BusPatience {

@@ -1,0 +1,353 @@
+#include "platform/dbus/desktop_notifications.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/dbus/shown_notifications.h"
+#include "platform/scripted/scripted_application.h"
+#include "platform/scripted/scripted_user_notifications.h"
+#include "platform/scripted/virtual_time.h"
+#include "platform/uv/uv_work_queue.h"
+#include "support/notification_server.h"
+#include "support/real_loop.h"
+#include "support/user_notifications_contract.h"
+
+namespace corvane::testing {
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+constexpr BusHabits kBrisk{.firstRetry = 5ms, .lastRetry = 20ms};
+
+// A session bus, a loop, and what leans on both.
+class Session {
+ public:
+  PrivateBus bus;
+  RealLoop loop;
+  UvWorkQueue work;
+  std::unique_ptr<BusLink> link;
+  ScriptedApplication application;
+  TemporaryFolder runtime;
+
+  // As a process of its own has them; those of before must be gone.
+  [[nodiscard]] std::unique_ptr<DesktopNotifications> notifications(Duration limit = kPatience) {
+    link = std::make_unique<BusLink>(loop.loop(), loop.mainQueue(), work, bus.address(), kBrisk);
+    return std::make_unique<DesktopNotifications>(DesktopNotifications::Surroundings{.session = *link,
+                                                                                     .main = loop.mainQueue(),
+                                                                                     .application = application,
+                                                                                     .folder = runtime.path(),
+                                                                                     .limit = limit});
+  }
+};
+
+class DesktopWorld {
+ public:
+  UserNotifications& notifications() { return *notifications_; }
+  [[nodiscard]] std::vector<std::string> titles() const { return server_.titles(); }
+  void choose(const std::string& title, std::optional<std::string> action) {
+    server_.choose(server_.numberOf(title), action.value_or("default"));
+  }
+  void refuse(bool refuses) { server_.refuses = refuses; }
+  void inFront(bool front) { session_.application.active = front; }
+  bool wait(const std::function<bool()>& done) { return session_.loop.wait(done); }
+
+ private:
+  Session session_;
+  NotificationServer server_{session_.bus};
+  std::unique_ptr<DesktopNotifications> notifications_ = session_.notifications();
+};
+
+class ScriptedWorld {
+ public:
+  UserNotifications& notifications() { return notifications_; }
+  [[nodiscard]] std::vector<std::string> titles() const {
+    std::vector<std::string> titles;
+    for (const auto& identifier : notifications_.delivered())
+      titles.push_back(notifications_.shown(identifier)->notification.title);
+    return titles;
+  }
+  void choose(const std::string& title, std::optional<std::string> action) {
+    for (const auto& identifier : notifications_.delivered()) {
+      if (notifications_.shown(identifier)->notification.title != title) continue;
+      EXPECT_TRUE(notifications_.choose(identifier, std::move(action)));
+      return;
+    }
+  }
+  void refuse(bool refuses) {
+    notifications_.failure = refuses ? std::optional(Error{.domain = "CRVTest", .text = "No."}) : std::nullopt;
+  }
+  void inFront(bool front) { notifications_.inFront = front; }
+  bool wait(const std::function<bool()>& done) {
+    machine_.advance(10ms);
+    return done();
+  }
+
+ private:
+  VirtualMachine machine_;
+  ScriptedUserNotifications notifications_{machine_.main()};
+};
+
+}  // namespace
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Desktop, UserNotificationsContract, DesktopWorld);
+INSTANTIATE_TYPED_TEST_SUITE_P(Scripted, UserNotificationsContract, ScriptedWorld);
+
+class DesktopNotificationsTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!isInstalled(PrivateBus::kDaemon)) GTEST_SKIP() << "needs dbus-daemon";
+    ASSERT_TRUE(session_.bus.works());
+  }
+  // Absent when it was shown, else why not.
+  std::optional<Error> add(DesktopNotifications& notifications, UserNotification notification) {
+    std::optional<Status> status;
+    notifications.add(std::move(notification), [&](Status given) { status = std::move(given); });
+    EXPECT_TRUE(session_.loop.wait([&] { return status.has_value(); }));
+    return !status || *status ? std::nullopt : std::optional(status->error());
+  }
+  NotificationSettings settings(DesktopNotifications& notifications) {
+    std::optional<NotificationSettings> settings;
+    notifications.settings([&](NotificationSettings given) { settings = given; });
+    EXPECT_TRUE(session_.loop.wait([&] { return settings.has_value(); }));
+    return settings.value_or(NotificationSettings{});
+  }
+  bool shows(const NotificationServer& server, const std::vector<std::string>& titles) {
+    return session_.loop.wait([&] { return server.titles() == titles; });
+  }
+  static UserNotification note(const std::string& identifier) {
+    return {.identifier = identifier, .title = identifier};
+  }
+
+  Session session_;
+};
+
+TEST_F(DesktopNotificationsTest, EverythingIsSaidInTheServicesWords) {
+  const NotificationServer server(session_.bus);
+  const auto notifications = session_.notifications();
+  notifications->setCategories(
+      {{.identifier = "updates", .actions = {{.identifier = "open", .title = "Open Corvane"}}}});
+  EXPECT_FALSE(add(*notifications, {.identifier = "a",
+                                    .title = "5 < 6 & more",
+                                    .body = "<b>Tom & Jerry</b>",
+                                    .header = "House Updates",
+                                    .sound = true,
+                                    .categoryIdentifier = "updates"}));
+  EXPECT_FALSE(add(*notifications, {.identifier = "b", .title = std::string("torn \xff and \0 zero", 17)}));
+  EXPECT_FALSE(add(*notifications, {.identifier = "c", .title = "", .categoryIdentifier = "unknown"}));
+  const auto shown = server.shown();
+  ASSERT_EQ(shown.size(), 3U);
+  EXPECT_EQ(shown[0].application, "House Updates");
+  EXPECT_EQ(shown[0].summary, "5 < 6 & more") << "a summary is no markup";
+  EXPECT_EQ(shown[0].body, "&lt;b&gt;Tom &amp; Jerry&lt;/b&gt;");
+  EXPECT_THAT(shown[0].actions, ElementsAre("default", "Open Corvane", "open", "Open Corvane"));
+  EXPECT_EQ(shown[0].hint("category"), "updates");
+  EXPECT_EQ(shown[0].hint("desktop-entry"), "org.corvane.Corvane");
+  EXPECT_EQ(shown[0].hint("sound-name"), "message-new-instant");
+  EXPECT_EQ(shown[0].hints.at("urgency").get<std::uint8_t>(), 1);
+  EXPECT_FALSE(shown[0].isQuiet());
+  EXPECT_EQ(shown[0].timeout, -1);
+  EXPECT_EQ(shown[1].application, "Corvane");
+  EXPECT_EQ(shown[1].summary, "torn \xEF\xBF\xBD and  zero");
+  EXPECT_TRUE(shown[1].isQuiet());
+  EXPECT_EQ(shown[1].hint("category"), "");
+  EXPECT_EQ(shown[2].summary, "Corvane");
+  EXPECT_THAT(shown[2].actions, ElementsAre("default", "Corvane"));
+}
+
+TEST_F(DesktopNotificationsTest, AServiceThatCanDoLittleIsAskedForLittle) {
+  const NotificationServer plain(session_.bus, {});
+  const auto notifications = session_.notifications();
+  EXPECT_FALSE(add(*notifications, {.identifier = "a", .title = "Title", .body = "a < b", .sound = true}));
+  const auto shown = plain.shown();
+  ASSERT_EQ(shown.size(), 1U);
+  EXPECT_EQ(shown[0].summary, "Title: a < b");
+  EXPECT_EQ(shown[0].body, "");
+  EXPECT_THAT(shown[0].actions, IsEmpty());
+  EXPECT_EQ(shown[0].hint("sound-name"), "");
+}
+
+TEST_F(DesktopNotificationsTest, TheSoundThatTheDelegateForbidsIsSuppressed) {
+  class Quiet final : public UserNotificationDelegate {
+    NotificationPresentationOptions willPresent(const UserNotification&) override { return {.banner = true}; }
+    void didReceive(const NotificationResponse&, Task) override {}
+  } quiet;
+  const NotificationServer server(session_.bus);
+  const auto notifications = session_.notifications();
+  notifications->setDelegate(&quiet);
+  session_.application.active = true;
+  EXPECT_FALSE(add(*notifications, {.identifier = "a", .title = "A", .sound = true}));
+  ASSERT_EQ(server.shown().size(), 1U);
+  EXPECT_TRUE(server.shown()[0].isQuiet());
+}
+
+TEST_F(DesktopNotificationsTest, WhatAnEarlierProcessShowedIsItsSuccessors) {
+  NotificationServer server(session_.bus);
+  {
+    const auto earlier = session_.notifications();
+    for (const auto* identifier : {"old", "older", "oldest", "chosen", "dismissed"}) {
+      auto given = note(identifier);
+      given.userInfo = {{"intent", "showDeferralPrompt"}};
+      EXPECT_FALSE(add(*earlier, given));
+    }
+    server.dismiss(server.numberOf("dismissed"));
+    ASSERT_TRUE(session_.loop.wait([&] {
+      const ShownNotifications file(session_.runtime.path() / "corvane-notifications.json");
+      return file.byIdentifier().size() == 4;
+    }));
+  }
+  class Ear final : public UserNotificationDelegate {
+   public:
+    std::vector<NotificationResponse> heard;
+
+   private:
+    NotificationPresentationOptions willPresent(const UserNotification&) override { return {}; }
+    void didReceive(const NotificationResponse& response, Task) override { heard.push_back(response); }
+  } ear;
+  const auto later = session_.notifications();
+  later->setDelegate(&ear);
+  EXPECT_FALSE(add(*later, note("old"))) << "in the place of the one that is there";
+  EXPECT_TRUE(shows(server, {"older", "oldest", "chosen", "old"}));
+  later->removeDelivered({"older"});
+  EXPECT_TRUE(shows(server, {"oldest", "chosen", "old"}));
+  server.choose(server.numberOf("chosen"), "default");
+  ASSERT_TRUE(session_.loop.wait([&] { return ear.heard.size() == 1; }));
+  EXPECT_EQ(ear.heard[0].userInfo.at("intent"), "showDeferralPrompt");
+  later->removeAllDelivered();
+  EXPECT_TRUE(shows(server, {}));
+}
+
+TEST_F(DesktopNotificationsTest, NumbersOfAServiceThatRanBeforeMeanNothing) {
+  auto notifications = session_.notifications();
+  {
+    const NotificationServer first(session_.bus);
+    EXPECT_FALSE(add(*notifications, note("a")));
+    EXPECT_FALSE(add(*notifications, note("b")));
+  }
+  // Restarted beside us, with another application's notification under the number that was ours.
+  auto second = std::make_unique<NotificationServer>(session_.bus);
+  const auto foreign = [&] {
+    const auto speaker = sdbus::createSessionBusConnectionWithAddress(session_.bus.address());
+    const auto proxy = sdbus::createProxy(*speaker, NotificationServer::kName, "/org/freedesktop/Notifications");
+    std::uint32_t number = 0;
+    proxy->callMethod("Notify")
+        .onInterface(NotificationServer::kName)
+        .withArguments(std::string("Mail"), std::uint32_t{0}, std::string(), std::string("foreign"), std::string(),
+                       std::vector<std::string>(), std::map<std::string, sdbus::Variant>(), std::int32_t{-1})
+        .storeResultsTo(number);
+    EXPECT_EQ(number, 1U);
+  };
+  foreign();
+  notifications->removeDelivered({"a"});
+  EXPECT_FALSE(add(*notifications, note("b")));
+  EXPECT_TRUE(shows(*second, {"foreign", "b"}));
+
+  // Restarted with its bus, beside a process that comes after, so that even its address may be the same.
+  notifications.reset();
+  second.reset();
+  session_.bus.end();
+  session_.bus.start();
+  second = std::make_unique<NotificationServer>(session_.bus);
+  foreign();
+  notifications = session_.notifications();
+  notifications->removeAllDelivered();
+  settings(*notifications);
+  EXPECT_TRUE(shows(*second, {"foreign"}));
+}
+
+TEST_F(DesktopNotificationsTest, AServiceThatNumbersAnewLeavesNothingBehind) {
+  NotificationServer server(session_.bus);
+  server.numbersAnew = true;
+  const auto notifications = session_.notifications();
+  EXPECT_FALSE(add(*notifications, {.identifier = "a", .title = "One"}));
+  EXPECT_FALSE(add(*notifications, {.identifier = "a", .title = "Two"}));
+  EXPECT_TRUE(shows(server, {"Two"}));
+}
+
+TEST_F(DesktopNotificationsTest, WithoutAServiceTheErrorSaysWhatIsMissing) {
+  const auto notifications = session_.notifications();
+  const auto error = add(*notifications, note("a"));
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->domain, DesktopNotificationError::domain);
+  EXPECT_EQ(error->code, BusError::noService);
+  EXPECT_EQ(error->text, "No notification service runs in this desktop session.");
+  EXPECT_EQ(settings(*notifications).authorization, NotificationAuthorization::denied);
+
+  session_.bus.makeStartable(NotificationServer::kName, "/bin/false");
+  session_.bus.end();
+  session_.bus.start();
+  EXPECT_TRUE(session_.loop.wait(
+      [&] { return settings(*notifications).authorization == NotificationAuthorization::authorized; }));
+
+  BusLink none(session_.loop.loop(), session_.loop.mainQueue(), session_.work, std::nullopt);
+  DesktopNotifications lonely({.session = none,
+                               .main = session_.loop.mainQueue(),
+                               .application = session_.application,
+                               .folder = session_.runtime.path() / "not there"});
+  EXPECT_EQ(add(lonely, note("a"))->text, "There is no desktop session to show notifications in.");
+  lonely.removeAllDelivered();
+  EXPECT_EQ(settings(lonely).badge, NotificationSetting::notSupported);
+}
+
+TEST_F(DesktopNotificationsTest, ARefusalIsToldInTheServicesWords) {
+  NotificationServer server(session_.bus);
+  server.refuses = true;
+  const auto notifications = session_.notifications();
+  EXPECT_THAT(add(*notifications, note("a"))->text, HasSubstr("refused: no room on the screen"));
+}
+
+TEST_F(DesktopNotificationsTest, AServiceThatHangsFailsAllThatWaitAndTakesBackWhatCameLate) {
+  NotificationServer server(session_.bus);
+  EXPECT_FALSE(add(*session_.notifications(), note("before")));
+  const auto notifications = session_.notifications(50ms);
+  server.holdBack(true);
+  std::vector<int> codes;
+  for (const auto* identifier : {"a", "b", "c"})
+    notifications->add(note(identifier), [&](const Status& given) { codes.push_back(given ? 0 : given.error().code); });
+  notifications->removeDelivered({"before"});
+  std::optional<NotificationSettings> settings;
+  notifications->settings([&](auto given) { settings = given; });
+  ASSERT_TRUE(session_.loop.wait([&] { return codes.size() == 3 && settings; }));
+  EXPECT_THAT(codes, ElementsAre(BusError::noAnswer, BusError::noAnswer, BusError::noAnswer));
+  server.holdBack(false);
+  EXPECT_TRUE(shows(server, {"before"})) << "the one that came late is gone again";
+}
+
+TEST_F(DesktopNotificationsTest, AMemoryThatCannotBeReadIsNoMemory) {
+  const NotificationServer server(session_.bus);
+  for (const auto* torn : {"", "{", "[]", R"({"version":2,"service":"x","shown":{}})",
+                           R"({"version":1,"service":"x","shown":{"a":{"number":-1},"b":7,"c":{"number":9999999999}}})",
+                           R"({"version":1,"service":"x","shown":{"a":{"number":3,"userInfo":{"k":4}}}})"}) {
+    const auto file = session_.runtime.write("corvane-notifications.json", torn);
+    const auto notifications = session_.notifications();
+    notifications->removeAllDelivered();
+    EXPECT_FALSE(add(*notifications, note("a"))) << torn;
+    EXPECT_EQ(ShownNotifications(file).byIdentifier().size(), 1U) << torn;
+  }
+}
+
+TEST_F(DesktopNotificationsTest, NobodyIsAnsweredAfterItsEnd) {
+  const NotificationServer server(session_.bus);
+  int answers = 0;
+  for (int turns = 0; turns < 10; ++turns) {
+    auto notifications = session_.notifications();
+    notifications->add(note("a"), [&](const Status&) { ++answers; });
+    auto later = note("b");
+    later.delay = 1h;
+    notifications->add(later, [&](const Status&) { ++answers; });
+    notifications->settings([&](auto) { ++answers; });
+    for (int i = 0; i < turns; ++i) session_.loop.look();
+    notifications.reset();
+    const int before = answers;
+    session_.loop.look();
+    EXPECT_EQ(answers, before) << turns;
+  }
+}
+
+}  // namespace corvane::testing
