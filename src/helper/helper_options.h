@@ -17,6 +17,9 @@ struct HelperOptions {
   std::optional<std::filesystem::path> userHome;  // --user-home PATH, absolute: that user's home, else the account's
   // --own-work-after SECONDS, up to a day: what it waits after its start before it works by itself
   std::chrono::seconds ownWorkAfter = kFirstOwnWork;
+  // --installomator-source URL: the source host's API. Without it the public one, but with another root than "/" none,
+  // so that what was made for that root is not replaced.
+  std::optional<std::string> installomatorSource;
 
   // `arguments` without the program's name. Fails with a usage line for anything unknown, doubled or incomplete.
   [[nodiscard]] static Result<HelperOptions> parse(std::span<const char* const> arguments);

@@ -1,11 +1,13 @@
 """The helper without the application: installers downloaded ahead, and passes that nobody asked for."""
 
+import io
 import json
 import os
 import signal
 import socket
 import struct
 import subprocess
+import tarfile
 import unittest
 from pathlib import Path
 
@@ -94,6 +96,39 @@ class Staging(OwnHelperTest):
         self.assertEqual(self.staged(), [])
         self.assertEqual(self.patch(["quill"])["message"], "Updated 1 of 1.", self.log())
         self.assertIs(self.receipts()[-1]["usedStagedInstaller"], False)
+
+
+class Fetching(OwnHelperTest):
+    """The source host is the vendors' server."""
+
+    def offer(self, script, labels=("quill",)):
+        page = self.root / "vendor/repos/Installomator/Installomator/tarball/release"
+        page.parent.mkdir(parents=True, exist_ok=True)
+        files = {"Installomator.sh": script} | {f"fragments/labels/{label}.sh": f"{label})\n    ;;\n" for label in labels}
+        with tarfile.open(page, "w:gz") as archive:
+            for name, text in files.items():
+                entry = tarfile.TarInfo(f"Installomator-1db6d22/{name}")
+                entry.size = len(text)
+                archive.addfile(entry, io.BytesIO(text.encode()))
+
+    def start_with_host(self):
+        return self.start_helper("--installomator-source", f"http://127.0.0.1:{self.port}")
+
+    def script(self):
+        return (self.support / "Installomator.sh").read_text()
+
+    def test_a_newer_tool_is_fetched_and_a_broken_one_is_not(self):
+        newer = '#!/bin/zsh\nVERSION="99.1"\nprint $VERSION\n'
+        self.offer(newer, ("quill", "stamp"))
+        helper = self.start_with_host()
+        self.assertTrue(sample_mac.eventually(lambda: self.script() == newer), self.log())
+        self.assertEqual(sorted(path.name for path in (self.support / "fragments/labels").iterdir()),
+                         ["quill.sh", "stamp.sh"])
+        self.end(helper)
+        self.offer('#!/bin/zsh\nVERSION="99.2"\nif [[ ; then\n')
+        self.start_with_host()
+        self.assertTrue(sample_mac.eventually(lambda: self.log_lines("its syntax is damaged")), self.log())
+        self.assertEqual(self.script(), newer)
 
 
 @unittest.skipUnless(has_link(), "without a network the helper does not begin")

@@ -36,10 +36,12 @@
 #include "helper/saved_apps.h"
 #include "helper/stager.h"
 #include "helper/system_zone.h"
+#include "helper/tool_keeper.h"
 #include "helper/version_checker.h"
 #include "platform/linux/linux_running_applications.h"
 #include "platform/linux/sys_network_probe.h"
 #include "platform/linux/sys_power_source.h"
+#include "platform/net/curl_http_client.h"
 #include "platform/posix/folder_ownership.h"
 #include "platform/posix/posix_files.h"
 #include "platform/posix/standard_descriptors.h"
@@ -55,6 +57,12 @@ namespace {
 // A stop that takes longer than this (a peer that does not read) is cut short.
 constexpr Duration kStopLimit = kToolStopGrace + 5s;
 constexpr const char* kNobodysHome = "/var/empty";
+
+// Where the tool is fetched from: on a tree that somebody made only when told so.
+std::optional<std::string> toolHost(const HelperOptions& options) {
+  if (options.installomatorSource) return options.installomatorSource;
+  return options.root == "/" ? std::optional<std::string>(kToolHost) : std::nullopt;
+}
 
 std::optional<std::string> findZsh() {
   for (const char* path : {"/bin/zsh", "/usr/bin/zsh"})
@@ -137,6 +145,7 @@ class Daemon {
         processes_(main_),
         network_(main_),
         children_(loop_.loop(), main_),
+        http_(loop_.loop(), main_),
         versions_({.children = children_, .main = main_, .entropy = entropy_, .log = log_}, findZsh(),
                   unprivilegedAccount),
         discoverer_({.work = work_,
@@ -196,6 +205,17 @@ class Daemon {
                   .calendar = [this] { return zone_.calendar(); },
                   .toolReady = [this] { return checkTool(places_.installomatorScript(), places_.root, geteuid()); },
                   .firstWork = options_.ownWorkAfter}),
+        toolKeeper_({.main = main_,
+                     .work = work_,
+                     .clock = clock_,
+                     .log = log_,
+                     .http = http_,
+                     .children = children_,
+                     .setting = [this] { return setting(); },
+                     .zsh = findZsh(),
+                     .account = unprivilegedAccount,
+                     .host = toolHost(options_),
+                     .ownUid = geteuid()}),
         startedAt_(clock_.now()) {}
 
   int run() {
@@ -218,6 +238,7 @@ class Daemon {
     state_.settle();
     log.info(fmt::format("Version {} serves {} as user {}.", CORVANE_VERSION, options_.root.string(), geteuid()));
     auto heartbeat = std::make_unique<Heartbeat>(places_.helperHeartbeat(), files_, clock_, main_, log_);
+    toolKeeper_.start();
     ownWork_.start();
     Lease limit;
     EndSignals signals(loop_.loop(), [&] {
@@ -225,6 +246,7 @@ class Daemon {
       log.info("Told to end.");
       heartbeat.reset();
       ownWork_.stop();
+      toolKeeper_.stop();
       limit = main_.after(kStopLimit, [this, &log] {
         log.warning("The end took too long and was cut short.");
         // What still runs would outlive what it refers to, so nothing is taken down.
@@ -303,6 +325,7 @@ class Daemon {
   SysNetworkProbe network_;
   UvChildProcesses children_;
   UvWorkQueue work_;
+  CurlHttpClient http_;
   VersionChecker versions_;
   AppDiscoverer discoverer_;
   RunRecord record_;
@@ -314,6 +337,7 @@ class Daemon {
   RunDesk desk_;
   HelperService service_;
   OwnWork ownWork_;
+  ToolKeeper toolKeeper_;
   Date startedAt_;
 };
 
