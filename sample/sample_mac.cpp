@@ -66,7 +66,7 @@ void makeFolders(const Layout& at) {
 std::string quoted(const fs::path& path) { return "'" + replaced(path.string(), "'", "'\\''") + "'"; }
 
 void putInstaller(const Layout& at, const SampleSpec& spec, const std::string& vendors) {
-  put(at.support / "Installomator.sh", installerTool(), 0755);
+  put(at.support / "Installomator.sh", replaced(std::string(installerTool()), "SAMPLE_ROOT", quoted(at.root)), 0755);
   put(at.fragments / "install.sh", installerInstall());
   put(at.fragments / "blocking.sh", installerBlocking());
   const auto functions = replaced(std::string(installerFunctions()), "VENDORS_ADDRESS", vendors);

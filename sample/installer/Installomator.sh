@@ -1,6 +1,7 @@
 #!/bin/zsh --no-rcs
 # The sample Mac's installer tool: it speaks the command line, log lines and exit codes of the tool that Macs
-# have, and works on nothing but the folder tree that it lies in.
+# have, and works on nothing but the folder tree that it was made for. A copy of it works on the same tree, and with
+# DEBUG=1 leaves its download beside itself.
 #
 #   Installomator.sh LABEL [KEY=value ...]
 #
@@ -16,8 +17,9 @@ setopt no_nomatch
 VERSION="10.9"
 VERSIONDATE="2026-07-03"
 
-scriptFolder=${0:A:h}
-sampleRoot=${scriptFolder:h:h:h}
+workFolder=${0:A:h}
+sampleRoot=SAMPLE_ROOT
+scriptFolder="$sampleRoot/Library/Application Support/Corvane"
 sampleControl="$scriptFolder/sample"
 
 # What the caller may set.
@@ -129,7 +131,7 @@ applyDefaults() {
 
 makeWorkFolder() {
     if [[ $DEBUG == 1 ]]; then
-        tmpDir=$scriptFolder
+        tmpDir=$workFolder
     else
         tmpDir="$(mktemp -d "$sampleRoot/tmp/run.XXXXXX")" || cleanupAndExit 13 "could not create a folder for the download" ERROR
     fi

@@ -26,6 +26,7 @@ struct CorvaneConstants {
     return supportFolder() / "helper-discovered-apps.json";
   }
   [[nodiscard]] std::filesystem::path helperHeartbeat() const { return supportFolder() / "helper-heartbeat"; }
+  [[nodiscard]] std::filesystem::path stagingFolder() const { return supportFolder() / "Staging"; }
   [[nodiscard]] std::filesystem::path logArchiveFolder() const { return supportFolder() / "LogArchive"; }
   [[nodiscard]] std::filesystem::path deferralEventsFolder() const { return supportFolder() / "DeferralEvents"; }
   [[nodiscard]] std::filesystem::path logFolder() const { return root / "Library/Logs/Corvane"; }

@@ -67,11 +67,11 @@ AppDiscoverer::AppDiscoverer(Services services)
     : s_(std::move(services)), log_(s_.log, "AppDiscoverer"), memory_(std::make_shared<Memory>(s_.clock, s_.log)) {}
 
 AppDiscoverer::~AppDiscoverer() {
-  for (const auto* lane : {&ofRun_, &ofClients_}) {
-    for (const auto& discovery : lane->waiting)
+  for (const auto& lane : lanes_) {
+    for (const auto& discovery : lane.waiting)
       for (auto& done : discovery->asked) done.abandon();
-    if (!lane->scanning) continue;
-    for (auto& done : lane->scanning->asked) done.abandon();
+    if (!lane.scanning) continue;
+    for (auto& done : lane.scanning->asked) done.abandon();
   }
 }
 
@@ -106,7 +106,7 @@ AppDiscoverer::Scan AppDiscoverer::scan(const HelperSetting& setting, const Orde
 }
 
 void AppDiscoverer::discover(Order order, Completion<Result<Apps>> done) {
-  auto& lane = order.asker == Asker::run ? ofRun_ : ofClients_;
+  auto& lane = lanes_.at(static_cast<std::size_t>(order.asker));
   const auto same = std::ranges::find_if(lane.waiting, [&](const auto& waiting) { return waiting->order == order; });
   if (same != lane.waiting.end()) return (*same)->asked.push_back(std::move(done));
   const auto& discovery = lane.waiting.emplace_back(std::make_shared<Discovery>());
@@ -169,9 +169,9 @@ void AppDiscoverer::failLater(Discovery& discovery, const Error& error) {
 }
 
 void AppDiscoverer::stop() {
-  for (auto* lane : {&ofRun_, &ofClients_}) {
-    auto cutOff = std::exchange(lane->waiting, {});
-    if (lane->scanning) cutOff.push_front(lane->scanning);
+  for (auto& lane : lanes_) {
+    auto cutOff = std::exchange(lane.waiting, {});
+    if (lane.scanning) cutOff.push_front(lane.scanning);
     for (auto& discovery : cutOff)
       failLater(*discovery,
                 helperError(HelperErrorCode::stopping, "The helper is stopping; the discovery was cut off"));

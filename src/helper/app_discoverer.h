@@ -2,6 +2,8 @@
 // children, put together. Installs nothing and keeps no inventory.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <deque>
 #include <functional>
 #include <map>
@@ -42,8 +44,8 @@ inline constexpr Duration kDiscoveryTimeLimit = 5min;
 // The apps with what was found out about their latest versions; apps without an answer stay as they are.
 [[nodiscard]] Apps withLatestVersions(Apps apps, const VersionAnswers& answers);
 
-// Main thread. A run and the clients have one scan at a time each: what clients ask for is scanned in their order, and
-// a run's own discovery waits for none of it.
+// Main thread. A run, the clients and the helper's own work have one scan at a time each: what clients ask for is
+// scanned in their order, and the others' discoveries wait for none of it.
 class AppDiscoverer {
  public:
   struct Services {
@@ -58,7 +60,7 @@ class AppDiscoverer {
   ~AppDiscoverer();
 
   enum class Latest { no, remembered, fresh };
-  enum class Asker { run, client };
+  enum class Asker { run, client, helper };
   struct Order {
     std::optional<std::set<Label>> labels;  // absent: all that the settings include
     Latest latest = Latest::no;
@@ -75,7 +77,9 @@ class AppDiscoverer {
   void discover(Order order, Completion<Result<Apps>> done);
 
   // Whether a scan is under way off the main thread, be its asker answered or not.
-  [[nodiscard]] bool scanning() const { return ofRun_.scanning || ofClients_.scanning; }
+  [[nodiscard]] bool scanning() const {
+    return std::ranges::any_of(lanes_, [](const Lane& lane) { return lane.scanning != nullptr; });
+  }
 
   // Answers all whose scan has not ended with `stopping`, in a later turn. What waits is not begun.
   void stop();
@@ -115,8 +119,7 @@ class AppDiscoverer {
   Logger log_;
   std::shared_ptr<Memory> memory_;
   std::map<Label, Remembered> remembered_;
-  Lane ofRun_;
-  Lane ofClients_;
+  std::array<Lane, 3> lanes_;  // by asker
   Lifeline lifeline_;
 };
 

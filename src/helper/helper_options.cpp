@@ -2,15 +2,32 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <array>
+#include <charconv>
 #include <set>
 #include <string_view>
 
 namespace corvane {
 namespace {
 
+constexpr std::array<std::string_view, 5> kNames = {"--root", "--user", "--user-home", "--own-work-after",
+                                                    "--installomator-source"};
+
 std::unexpected<Error> usage(std::string_view trouble) {
   return failure("CRVHelperOptions", 1,
-                 fmt::format("{}\nusage: CorvaneRootHelper [--root PATH] [--user NAME] [--user-home PATH]", trouble));
+                 fmt::format("{}\nusage: CorvaneRootHelper [--root PATH] [--user NAME] [--user-home PATH] "
+                             "[--own-work-after SECONDS] [--installomator-source URL]",
+                             trouble));
+}
+
+Status takeSeconds(std::chrono::seconds& seconds, std::string_view name, std::string_view value) {
+  int number = 0;
+  const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
+  if (error != std::errc() || end != value.data() + value.size() || number < 0 || number > 86400)
+    return usage(fmt::format("{} needs seconds from 0 to 86400", name));
+  seconds = std::chrono::seconds(number);
+  return {};
 }
 
 Status take(HelperOptions& options, std::string_view name, const std::string& value) {
@@ -19,6 +36,13 @@ Status take(HelperOptions& options, std::string_view name, const std::string& va
     options.user = value;
     return {};
   }
+  if (name == "--installomator-source") {
+    if (!value.starts_with("https://") && !value.starts_with("http://127.0.0.1"))
+      return usage(fmt::format("{} needs an https address", name));
+    options.installomatorSource = value;
+    return {};
+  }
+  if (name == "--own-work-after") return takeSeconds(options.ownWorkAfter, name, value);
   const std::filesystem::path path = std::filesystem::path(value).lexically_normal();
   if (!path.is_absolute()) return usage(fmt::format("{} needs an absolute path", name));
   if (name == "--root")
@@ -35,8 +59,7 @@ Result<HelperOptions> HelperOptions::parse(std::span<const char* const> argument
   std::set<std::string_view> seen;
   for (std::size_t i = 0; i < arguments.size(); i += 2) {
     const std::string_view name = arguments[i];
-    if (name != "--root" && name != "--user" && name != "--user-home")
-      return usage(fmt::format("unknown argument {}", name));
+    if (std::ranges::find(kNames, name) == kNames.end()) return usage(fmt::format("unknown argument {}", name));
     if (!seen.insert(name).second) return usage(fmt::format("{} is given twice", name));
     if (i + 1 == arguments.size()) return usage(fmt::format("{} needs a value", name));
     if (auto taken = take(options, name, arguments[i + 1]); !taken) return std::unexpected(taken.error());

@@ -6,8 +6,6 @@
 #include <utility>
 #include <variant>
 
-#include "helper/brief_labels.h"
-
 namespace corvane {
 namespace {
 
@@ -25,11 +23,7 @@ struct Overloaded : F... {
 
 }  // namespace
 
-HelperService::HelperService(Services services) : s_(std::move(services)), log_(s_.log, "CorvaneRootHelper") {}
-
-HelperService::~HelperService() {
-  for (auto& [ticket, waiting] : waiting_) waiting.answer.abandon();
-}
+HelperService::HelperService(Services services) : s_(std::move(services)) {}
 
 HelperService::Answer HelperService::counted(Answer answer) {
   ++open_;
@@ -52,7 +46,7 @@ void HelperService::handle(HelperRequest request, Completion<std::string> given)
   if (stopping_) return answer(composeRefusal(id, stoppingError()));
   std::visit(Overloaded{
                  [&](const ask::Status&) { answer(composeAnswer(id, toJson(s_.status()))); },
-                 [&](const ask::PatchingProgress&) { answer(composeAnswer(id, toJson(s_.runner.progress()))); },
+                 [&](const ask::PatchingProgress&) { answer(composeAnswer(id, toJson(s_.desk.progress()))); },
                  [&](const ask::DiscoverInstalled&) { discover({}, std::move(id), std::move(answer)); },
                  [&](const ask::DiscoverWithUpdates&) {
                    discover({.latest = AppDiscoverer::Latest::fresh}, std::move(id), std::move(answer));
@@ -80,49 +74,20 @@ void HelperService::discover(AppDiscoverer::Order order, std::string id, Answer 
 }
 
 void HelperService::queueRun(ask::StartPatching request, std::string id, Answer answer) {
-  const auto offer = queue_.offer(std::move(request));
-  if (offer.replaced)
-    answerTicket(*offer.replaced, std::unexpected(helperError(HelperErrorCode::replaced,
-                                                              "A newer staging request took the place of this one")));
-  if (!offer.ticket) {
-    log_.warning("Refused a run: too many wait already.");
-    return answer(
-        composeRefusal(id, helperError(HelperErrorCode::busy,
-                                       fmt::format("The helper is busy: {} runs wait already", kWaitingRunsLimit))));
-  }
-  waiting_.emplace(*offer.ticket, Waiting{.id = std::move(id), .answer = std::move(answer)});
-  startNextRun();
-}
-
-void HelperService::startNextRun() {
-  auto run = queue_.startNext();
-  if (!run) return;
-  const auto& stage = run->request.alsoStageLabels;
-  if (!stage.empty()) log_.info(fmt::format("Staging is asked for {} label(s): {}.", stage.size(), brief(stage)));
-  if (run->request.labels.empty()) return runEnded(run->ticket, answerOf({}));
-  s_.runner.run(run->request.labels, lifeline_.guard([this, ticket = run->ticket](Result<PatchRunAnswer> result) {
-    runEnded(ticket, std::move(result));
-  }));
-}
-
-void HelperService::runEnded(RunQueue::Ticket ticket, Result<PatchRunAnswer> result) {
-  queue_.finished();
-  answerTicket(ticket, result);
-  if (!stopping_) startNextRun();
-}
-
-void HelperService::answerTicket(RunQueue::Ticket ticket, const Result<PatchRunAnswer>& result) {
-  auto found = waiting_.extract(ticket);
-  if (!found.empty()) found.mapped().answer(body(found.mapped().id, result));
+  ++openRuns_;
+  s_.desk.ask(std::move(request), [ended = lifeline_.guard([this] { --openRuns_; }), id = std::move(id),
+                                   answer = std::move(answer)](const Result<PatchRunAnswer>& result) mutable {
+    ended();
+    answer(body(id, result));
+  });
 }
 
 void HelperService::stop(Task answered) {
   stopping_ = true;
   answered_ = std::move(answered);
   s_.versions.stop();
-  s_.runner.stop();
   s_.discoverer.stop();
-  for (const auto ticket : queue_.dropWaiting()) answerTicket(ticket, std::unexpected(stoppingError()));
+  s_.desk.stop();
   tellAnswered();
 }
 

@@ -1,16 +1,15 @@
-// What the helper does about a request: answers, or puts a run in its place. Knows no socket.
+// What the helper does about a request: answers, or hands a run to the desk. Knows no socket.
 #pragma once
 
 #include <functional>
-#include <map>
 #include <string>
 
 #include "base/lifeline.h"
 #include "core/client/helper_messages.h"
 #include "core/logging/logging_service.h"
 #include "helper/app_discoverer.h"
-#include "helper/patch_runner.h"
-#include "helper/run_queue.h"
+
+#include "helper/run_desk.h"
 
 namespace corvane {
 
@@ -25,14 +24,13 @@ class HelperService {
  public:
   struct Services {
     MainQueue& main;
-    LogSink& log;
     AppDiscoverer& discoverer;
     VersionChecker& versions;
-    PatchRunner& runner;
+
+    RunDesk& desk;
     std::function<StatusInfo()> status;
   };
   explicit HelperService(Services services);
-  ~HelperService();
 
   void handle(HelperRequest request, Completion<std::string> answer);
 
@@ -42,23 +40,14 @@ class HelperService {
 
  private:
   using Answer = Completion<std::string>;
-  struct Waiting {
-    std::string id;
-    Answer answer;
-  };
   [[nodiscard]] Answer counted(Answer answer);
   void tellAnswered();
-  [[nodiscard]] std::size_t openDiscoveries() const { return open_ - waiting_.size(); }
+  [[nodiscard]] std::size_t openDiscoveries() const { return open_ - openRuns_; }
   void discover(AppDiscoverer::Order order, std::string id, Answer answer);
   void queueRun(ask::StartPatching request, std::string id, Answer answer);
-  void startNextRun();
-  void runEnded(RunQueue::Ticket ticket, Result<PatchRunAnswer> result);
-  void answerTicket(RunQueue::Ticket ticket, const Result<PatchRunAnswer>& result);
 
   Services s_;
-  Logger log_;
-  RunQueue queue_;
-  std::map<RunQueue::Ticket, Waiting> waiting_;
+  std::size_t openRuns_ = 0;
   std::size_t open_ = 0;  // requests that were not answered yet: runs, discoveries, and the one being handled
   Task answered_;
   bool stopping_ = false;

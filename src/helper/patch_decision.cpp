@@ -111,6 +111,17 @@ PatchOutcome outcomeWithoutRun(PatchStep step, const Label& label, const std::op
           .text = "is current"};
 }
 
+PatchOutcome outcomeLeftOut(const Label& label, const std::optional<AppInfo>& app, std::string why) {
+  constexpr std::int64_t openApplication = 12;  // what the tool itself ends with when it may not disturb
+  return {.label = label,
+          .status = PatchingStatus::skipped,
+          .code = openApplication,
+          .version = app ? app->currentVersion : std::nullopt,
+          .targetVersion = app ? app->newVersion : std::nullopt,
+          .receipt = false,
+          .text = std::move(why)};
+}
+
 PatchOutcome outcomeOfRun(const AppInfo& before, const std::optional<AppInfo>& after, const ToolEnd& end,
                           const CorvaneConfiguration& config) {
   PatchOutcome outcome{.label = before.label,
@@ -145,6 +156,11 @@ PatchRunAnswer answerOf(const std::vector<PatchOutcome>& outcomes) {
                         labelsOf(PatchingStatus::failure));
 }
 
+Result<PatchRunAnswer> answerOf(const RunReport& report) {
+  if (report.error) return std::unexpected(*report.error);
+  return answerOf(report.outcomes);
+}
+
 PatchingReceipt receiptOf(const PatchOutcome& outcome, Date finishedAt) {
   return {.label = outcome.label,
           .timestamp = finishedAt,
@@ -152,7 +168,7 @@ PatchingReceipt receiptOf(const PatchOutcome& outcome, Date finishedAt) {
           .version = outcome.version,
           .targetVersion = outcome.targetVersion,
           .installomatorExitCode = outcome.code,
-          .usedStagedInstaller = false};
+          .usedStagedInstaller = outcome.usedStagedInstaller};
 }
 
 }  // namespace corvane

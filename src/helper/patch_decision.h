@@ -49,18 +49,22 @@ struct ToolEnd {
 
 struct PatchOutcome {
   Label label;
+  std::string name = {};  // shown to people; empty where nothing is known of the application
   PatchingStatus status = PatchingStatus::success;
   std::int64_t code = 0;
   std::optional<std::string> version;  // installed afterwards
   std::optional<std::string> targetVersion;
-  bool installed = false;  // this run replaced or installed it, and that was verified
-  bool receipt = true;     // whether a receipt is written
-  std::string text;        // for the log
+  bool installed = false;            // this run replaced or installed it, and that was verified
+  bool usedStagedInstaller = false;  // the tool took the one that lay ready
+  bool receipt = true;               // whether a receipt is written
+  std::string text;                  // for the log
   friend bool operator==(const PatchOutcome&, const PatchOutcome&) = default;
 };
 
 // For labels that the tool was not run for; they leave no receipt, for nothing was installed.
 [[nodiscard]] PatchOutcome outcomeWithoutRun(PatchStep step, const Label& label, const std::optional<AppInfo>& app);
+// One that an unattended run leaves out at the last moment: skipped, without a receipt.
+[[nodiscard]] PatchOutcome outcomeLeftOut(const Label& label, const std::optional<AppInfo>& app, std::string why);
 
 // After the tool: an exit code of 0 proves nothing, so `after`, read again, decides; absent when that failed, and then
 // nothing is held against the label. `config` is the one that the label was begun with. With no known target the
@@ -71,6 +75,13 @@ struct PatchOutcome {
 
 // As the outcomes sum up.
 [[nodiscard]] PatchRunAnswer answerOf(const std::vector<PatchOutcome>& outcomes);
+
+// How a run ended: what became of each label up to its end, and why that came before the last one.
+struct RunReport {
+  std::vector<PatchOutcome> outcomes;
+  std::optional<Error> error = {};
+};
+[[nodiscard]] Result<PatchRunAnswer> answerOf(const RunReport& report);
 
 [[nodiscard]] PatchingReceipt receiptOf(const PatchOutcome& outcome, Date finishedAt);
 

@@ -31,16 +31,18 @@ Error noneOf(const Labels& labels, const CorvaneConfiguration& config) {
 }  // namespace
 
 struct PatchRunner::Run {
-  Labels labels;
+  PatchOrder order;
   std::map<Label, AppInfo> apps;
   std::vector<PatchOutcome> outcomes;
   std::shared_ptr<ChildHandle> child;
   CorvaneConfiguration config;  // that the label in hand was begun with: what it is judged by
   ToolWords words;              // of the label in hand
-  bool inHand = false;          // the tool was run for a label that has no outcome yet
+  std::string stagedAddress;    // that the tool was given for it; empty without one
+  bool usedStaged = false;
+  bool inHand = false;  // the tool was run for a label that has no outcome yet
   bool stopping = false;
   Lease stopGrace;
-  Completion<Result<PatchRunAnswer>> done;
+  Completion<RunReport> done;
 };
 
 Status checkTool(const std::filesystem::path& script, const std::filesystem::path& root, uid_t ownUid) {
@@ -56,13 +58,18 @@ Status checkTool(const std::filesystem::path& script, const std::filesystem::pat
   return {};
 }
 
-std::vector<std::string> toolArguments(const Label& label, const HelperSetting& setting, const Logger& log) {
+std::vector<std::string> toolArguments(const Label& label, const HelperSetting& setting, Attendance attendance,
+                                       const Logger& log) {
   const auto source = setting.optionsAreManaged ? OptionsSource::managed : OptionsSource::user;
   auto options = optionArguments(setting.config.installomatorOptions, source);
   for (const auto& left : options.leftOut)
     log.warning(fmt::format("Installomator option {} is left out: {}", left.key, left.reason));
   std::vector<std::string> arguments{label.text, "DEBUG=0"};
   std::ranges::move(options.arguments, std::back_inserter(arguments));
+  const bool mayDisturb = attendance == Attendance::attended ||
+                          optionIs(setting.config.installomatorOptions, "BLOCKING_PROCESS_ACTION", "ignore");
+  // Of equal keys the tool takes the last.
+  if (!mayDisturb) arguments.emplace_back("BLOCKING_PROCESS_ACTION=silent_fail");
   return arguments;
 }
 
@@ -79,23 +86,24 @@ PatchProgressInfo PatchRunner::progress() const {
   if (!run_) return {};
   const auto done = run_->outcomes.size();
   return {.isActive = true,
-          .currentLabel = done < run_->labels.size() ? run_->labels[done].text : std::string(),
+          .currentLabel = done < run_->order.labels.size() ? run_->order.labels[done].text : std::string(),
           .completedCount = static_cast<std::int64_t>(done),
-          .totalLabels = static_cast<std::int64_t>(run_->labels.size())};
+          .totalLabels = static_cast<std::int64_t>(run_->order.labels.size())};
 }
 
-void PatchRunner::run(const Labels& labels, Completion<Result<PatchRunAnswer>> done) {
+void PatchRunner::run(PatchOrder order, Completion<RunReport> done) {
   run_ = std::make_unique<Run>();
-  run_->labels = labels;
+  run_->order = std::move(order);
+  const auto& labels = run_->order.labels;
   run_->done = std::move(done);
   log_.info(fmt::format("Starting a run of {} label(s): {}.", labels.size(), brief(labels)));
   const auto places = s_.setting().constants;
   if (auto ready = checkTool(places.installomatorScript(), places.root, s_.ownUid); !ready)
-    return finish(std::unexpected(ready.error()));
+    return finish(ready.error());
   if (auto written = s_.record.begin(labels); !written) {
     s_.record.end();
-    return finish(std::unexpected(helperError(
-        HelperErrorCode::storage, fmt::format("The helper cannot write its state: {}", written.error().text))));
+    return finish(helperError(HelperErrorCode::storage,
+                              fmt::format("The helper cannot write its state: {}", written.error().text)));
   }
   s_.discoverer.discover(
       {.labels = std::set<Label>(labels.begin(), labels.end()), .latest = AppDiscoverer::Latest::remembered},
@@ -106,7 +114,7 @@ void PatchRunner::begin(Result<Apps> apps) {
   if (!run_) return;
   if (!apps || apps->empty()) {
     s_.record.end();
-    return finish(std::unexpected(!apps ? apps.error() : noneOf(run_->labels, s_.setting().config)));
+    return finish(!apps ? apps.error() : noneOf(run_->order.labels, s_.setting().config));
   }
   for (auto& app : *apps) run_->apps.emplace(app.label, app);
   nextLabel();
@@ -114,15 +122,18 @@ void PatchRunner::begin(Result<Apps> apps) {
 
 void PatchRunner::nextLabel() {
   const auto done = run_->outcomes.size();
-  if (done == run_->labels.size()) {
+  if (done == run_->order.labels.size()) {
     s_.record.end();
-    return finish(answerOf(run_->outcomes));
+    return finish();
   }
-  const auto& label = run_->labels[done];
+  const auto& label = run_->order.labels[done];
   const auto found = run_->apps.find(label);
   const auto app = found == run_->apps.end() ? std::nullopt : std::optional(found->second);
+  if (run_->order.comesTo) run_->order.comesTo(done, app);
   const auto step = decideBeforeRun(label, app, s_.setting().config);
   if (step != PatchStep::install) return settle(outcomeWithoutRun(step, label, app));
+  const auto objection = run_->order.objection ? run_->order.objection(*app) : std::nullopt;
+  if (objection) return settle(outcomeLeftOut(label, app, *objection));
   runTool(label, *app);
 }
 
@@ -133,18 +144,23 @@ void PatchRunner::runTool(const Label& label, const AppInfo& before) {
   if (auto ready = checkTool(tool, setting.constants.root, s_.ownUid); !ready) {
     log_.error(ready.error().text);
     s_.record.end();
-    return finish(std::unexpected(ready.error()));
+    return finish(ready.error());
   }
   log_.info(fmt::format("{}: installing {} over {}.", label.text, before.newVersion.value_or("the latest version"),
                         before.currentVersion.value_or("nothing")));
+  auto arguments = toolArguments(label, setting, run_->order.attendance, log_);
+  const auto staged = s_.staged.find(label, before.newVersion);
+  run_->stagedAddress = staged ? fileAddress(staged->file) : std::string();
+  if (staged) arguments.push_back(quotedAssignment("downloadURL", run_->stagedAddress).value());
   ChildSpec spec{.executable = tool.string(),
-                 .arguments = toolArguments(label, setting, log_),
+                 .arguments = std::move(arguments),
                  .environment = toolEnvironment(s_.toolHome),
                  .timeLimit = toolTimeLimit(setting.config),
                  .outputLimit = 64U << 10U};
   s_.record.working(label, run_->outcomes.size(), std::nullopt);
   run_->config = setting.config;
   run_->words = {};
+  run_->usedStaged = false;
   run_->inHand = true;
   run_->child = s_.children.start(
       std::move(spec), [this, label, alive = lifeline_.guard([this, label](std::string_view line) {
@@ -155,7 +171,11 @@ void PatchRunner::runTool(const Label& label, const AppInfo& before) {
 }
 
 void PatchRunner::toolLine(const Label& label, std::string_view line) {
-  if (run_) run_->words.take(line);
+  if (run_) {
+    run_->words.take(line);
+    const auto& address = run_->stagedAddress;
+    run_->usedStaged |= !address.empty() && toolMessage(line).value_or("").starts_with("Downloading " + address);
+  }
   tool_.info(fmt::format("{}: {}", label.text, toolMessage(line).value_or(line)));
   if (const auto process = blockingProcessIn(line))
     log_.info(fmt::format("{}: {} is open; Installomator may ask its user to quit it.", label.text, *process));
@@ -194,6 +214,10 @@ void PatchRunner::settle(PatchOutcome outcome) {
   else
     log_.info(line);
   const auto label = outcome.label;
+  if (const auto app = run_->apps.find(label); app != run_->apps.end()) outcome.name = app->second.displayName();
+  outcome.usedStagedInstaller = run_->inHand && run_->usedStaged;
+  // One that failed is not tried again: the next attempt downloads.
+  if (outcome.usedStagedInstaller && outcome.status != PatchingStatus::skipped) s_.staged.remove(label);
   const auto written = outcome.receipt ? s_.receipts.append(receiptOf(outcome, s_.clock.now())) : Status();
   run_->outcomes.push_back(std::move(outcome));
   run_->inHand = false;
@@ -208,15 +232,16 @@ void PatchRunner::endWithoutReceipt(const Label& label, const Error& error) {
   const auto text = fmt::format("The receipt of {} cannot be written: {}", label.text, error.text);
   log_.error(text);
   s_.record.end();
-  finish(std::unexpected(helperError(
-      HelperErrorCode::storage,
-      fmt::format("{}. The run ended after {} of {} labels.", text, run_->outcomes.size(), run_->labels.size()))));
+  finish(helperError(HelperErrorCode::storage, fmt::format("{}. The run ended after {} of {} labels.", text,
+                                                           run_->outcomes.size(), run_->order.labels.size())));
 }
 
-void PatchRunner::finish(Result<PatchRunAnswer> answer) {
+void PatchRunner::finish(std::optional<Error> error) {
   auto run = std::exchange(run_, nullptr);
+  RunReport report{.outcomes = std::move(run->outcomes), .error = std::move(error)};
+  const auto answer = answerOf(report);
   log_.info(fmt::format("The run ended: {}", answer ? answer->message : answer.error().text));
-  s_.main.post([done = std::move(run->done), answer = std::move(answer)]() mutable { done(std::move(answer)); });
+  s_.main.post([done = std::move(run->done), report = std::move(report)]() mutable { done(std::move(report)); });
 }
 
 void PatchRunner::stop() {
@@ -231,7 +256,7 @@ void PatchRunner::stop() {
 
 void PatchRunner::stopped() {
   if (!run_->inHand) s_.record.end();
-  finish(std::unexpected(helperError(HelperErrorCode::stopping, "The helper is stopping; the run was cut off")));
+  finish(helperError(HelperErrorCode::stopping, "The helper is stopping; the run was cut off"));
 }
 
 }  // namespace corvane

@@ -16,6 +16,7 @@
 #include "helper/app_discoverer.h"
 #include "helper/patch_decision.h"
 #include "helper/run_record.h"
+#include "helper/staged_installers.h"
 #include "platform/child_processes.h"
 #include "platform/clock.h"
 
@@ -26,9 +27,23 @@ namespace corvane {
 // user.
 [[nodiscard]] Status checkTool(const std::filesystem::path& script, const std::filesystem::path& root, uid_t ownUid);
 
+// Whether somebody asked for the run. In one that nobody asked for no application may be quit and nobody be asked: the
+// configured action counts only where it is "ignore", else the tool leaves a label alone that is blocked.
+enum class Attendance { attended, unattended };
+
 // "<label>", "DEBUG=0" and the configured options, quoted for the tool's evaluation; what is left out goes to the log.
 [[nodiscard]] std::vector<std::string> toolArguments(const Label& label, const HelperSetting& setting,
-                                                     const Logger& log);
+                                                     Attendance attendance, const Logger& log);
+
+// What a run is to do.
+struct PatchOrder {
+  Labels labels;
+  Attendance attendance = Attendance::attended;
+  // Asked right before the tool is run for a label: a reason leaves that label out.
+  std::function<std::optional<std::string>(const AppInfo& app)> objection = {};
+  // Told when the run comes to a label: its place in `labels`, and what is known of its application.
+  std::function<void(std::size_t done, const std::optional<AppInfo>& app)> comesTo = {};
+};
 
 // Main thread. One run at a time.
 class PatchRunner {
@@ -41,6 +56,7 @@ class PatchRunner {
     ReceiptManager& receipts;
     AppDiscoverer& discoverer;
     RunRecord& record;
+    StagedInstallers& staged;
     std::function<HelperSetting()> setting;
     std::filesystem::path toolHome;  // HOME of the tool
     uid_t ownUid = 0;
@@ -48,11 +64,11 @@ class PatchRunner {
   explicit PatchRunner(Services services);
   ~PatchRunner();
 
-  // Settings are read once a label, so that a change counts from the next one on. Runs `done` once, in a later turn:
-  // with the run's answer; with notReady, unknownLabel (none of the labels is known), storage, stopping, or what
-  // discovery failed with, when nothing was or could be done. A receipt that cannot be written ends the run with
-  // storage too: the labels up to that one were done.
-  void run(const Labels& labels, Completion<Result<PatchRunAnswer>> done);
+  // Settings are read once a label, so that a change counts from the next one on. Runs `done` once, in a later turn.
+  // Its error is notReady, unknownLabel (none of the labels is known), storage, stopping, or what discovery failed
+  // with, when nothing was or could be done. A receipt that cannot be written ends the run with storage too: the labels
+  // up to that one were done.
+  void run(PatchOrder order, Completion<RunReport> done);
 
   [[nodiscard]] PatchProgressInfo progress() const;
 
@@ -71,7 +87,7 @@ class PatchRunner {
   void verify(const AppInfo& before, ToolEnd end);
   void settle(PatchOutcome outcome);
   void endWithoutReceipt(const Label& label, const Error& error);
-  void finish(Result<PatchRunAnswer> answer);
+  void finish(std::optional<Error> error = std::nullopt);
 
   Services s_;
   Logger log_;

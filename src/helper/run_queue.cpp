@@ -18,13 +18,23 @@ std::optional<RunQueue::Ticket> RunQueue::removeWaitingStaging() {
   return ticket;
 }
 
+RunQueue::Ticket RunQueue::insert(std::vector<Run>::iterator place, ask::StartPatching request) {
+  waiting_.insert(place, Run{.ticket = next_, .request = std::move(request)});
+  return next_++;
+}
+
 RunQueue::Offer RunQueue::offer(ask::StartPatching request) {
   const bool staging = request.labels.empty();
   Offer offer{.ticket = std::nullopt, .replaced = staging ? removeWaitingStaging() : std::nullopt};
   if (waiting_.size() >= kWaitingRunsLimit) return offer;
-  offer.ticket = next_++;
-  const auto place = staging ? waiting_.end() : std::ranges::find_if(waiting_, stagesOnly);
-  waiting_.insert(place, Run{.ticket = *offer.ticket, .request = std::move(request)});
+  offer.ticket = insert(staging ? waiting_.end() : std::ranges::find_if(waiting_, stagesOnly), std::move(request));
+  return offer;
+}
+
+RunQueue::Offer RunQueue::offerOwn(ask::StartPatching request) {
+  const bool staging = request.labels.empty();
+  Offer offer{.ticket = std::nullopt, .replaced = staging ? removeWaitingStaging() : std::nullopt};
+  offer.ticket = insert(staging ? waiting_.end() : waiting_.begin(), std::move(request));
   return offer;
 }
 

@@ -13,8 +13,8 @@ namespace corvane {
 // makes one at a time; eight bounds what a broken client can pile up.
 inline constexpr std::size_t kWaitingRunsLimit = 8;
 
-// One run at a time, in the order asked, a staging (a request without labels to install) behind the installs.
-// Of stagings only the newest waits. Main thread.
+// One run at a time, in the order asked behind the helper's own, a staging (a request without labels to install) behind
+// the installs. Of stagings only the newest waits, whoever asked for it. Main thread.
 class RunQueue {
  public:
   using Ticket = std::uint64_t;
@@ -33,6 +33,9 @@ class RunQueue {
   };
   [[nodiscard]] Offer offer(ask::StartPatching request);
 
+  // The helper's own, which always finds its place: an install goes first.
+  [[nodiscard]] Offer offerOwn(ask::StartPatching request);
+
   // The run to start now, which is then in hand; absent while one is, or when none waits.
   [[nodiscard]] std::optional<Run> startNext();
 
@@ -47,6 +50,7 @@ class RunQueue {
 
  private:
   [[nodiscard]] std::optional<Ticket> removeWaitingStaging();
+  Ticket insert(std::vector<Run>::iterator place, ask::StartPatching request);
 
   std::vector<Run> waiting_;  // in the order in which they start
   Ticket next_ = 1;

@@ -32,8 +32,14 @@ void signalAll(const std::vector<pid_t>& processes, int signal) {
 
 }  // namespace
 
-RunRecord::RunRecord(std::filesystem::path file, Files& files, const Clock& clock, LogSink& log, Duration toolGrace)
-    : file_(std::move(file)), files_(files), clock_(clock), log_(log, "RunRecord"), toolGrace_(toolGrace) {}
+RunRecord::RunRecord(std::filesystem::path file, Files& files, const Clock& clock, LogSink& log, Duration toolGrace,
+                     std::string_view doing)
+    : file_(std::move(file)),
+      files_(files),
+      clock_(clock),
+      log_(log, "RunRecord"),
+      toolGrace_(toolGrace),
+      doing_(doing) {}
 
 Status RunRecord::begin(const Labels& labels) {
   labels_ = labels;
@@ -103,7 +109,7 @@ void RunRecord::settle() {
     log_.warning(fmt::format(
         "The helper ended during a run of {} label(s), {} of them done{}. The next check tells what is installed.",
         count, numberOf(*record, "completedCount"),
-        label.empty() ? std::string() : fmt::format(", while {} was being installed", label)));
+        label.empty() ? std::string() : fmt::format(", while {} was being {}", label, doing_)));
     if (endLeftTool(static_cast<pid_t>(numberOf(*record, "childPid")), textOf(*record, "childStamp")))
       log_.warning(fmt::format("Ended the installer that was left running for {}.", label));
   }

@@ -22,9 +22,9 @@ inline constexpr Duration kToolStopGrace = 10s;
 // Main thread. The file lies beside the other state files and exists only while a run is under way.
 class RunRecord {
  public:
-  // `toolGrace` is what a tool that was left running has for its end.
+  // `toolGrace` is what a tool that was left running has for its end; `doing` is what it does to a label, for the log.
   RunRecord(std::filesystem::path file, Files& files, const Clock& clock, LogSink& log,
-            Duration toolGrace = kToolStopGrace);
+            Duration toolGrace = kToolStopGrace, std::string_view doing = "installed");
 
   // Fails when the file cannot be written; then nothing may be installed.
   [[nodiscard]] Status begin(const Labels& labels);
@@ -46,6 +46,7 @@ class RunRecord {
   const Clock& clock_;
   Logger log_;
   Duration toolGrace_;
+  std::string doing_;
   Labels labels_;
   Label current_;
   std::size_t done_ = 0;

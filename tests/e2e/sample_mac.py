@@ -73,7 +73,7 @@ class SampleMacTest(unittest.TestCase):
         self.prepare_root()
         # Labels are read by an unprivileged user when the helper is root, so the folder is open to reading.
         self.root.chmod(0o755)
-        port = free_port()
+        port = self.port = free_port()
         subprocess.run([PROGRAMS / "corvane_sample", "create", self.root, "--port", str(port)], check=True)
         self.home = self.root / "Users/robin"
         self.support = self.root / "Library/Application Support/Corvane"

@@ -60,8 +60,10 @@ class HelperProcess : public ::testing::Test {
     std::ofstream(places_.fragmentsPath() / "functions.sh") << "printlog() { echo \"$1\" }\n";
     std::ofstream(places_.installomatorScript()) << kTool;
     chmod(places_.installomatorScript().c_str(), 0755);
+    beforeStart();
     start();
   }
+  virtual void beforeStart() {}
   void TearDown() override { end(SIGKILL); }
 
   void writeApplication(const std::string& name) {
@@ -78,8 +80,11 @@ class HelperProcess : public ::testing::Test {
   void start() {
     const std::string root = folder_.path();
     const std::string home = places_.home.string();
-    const char* arguments[] = {CORVANE_HELPER_PROGRAM, "--root", root.c_str(), "--user-home", home.c_str(), nullptr};
-    ASSERT_EQ(posix_spawn(&pid_, CORVANE_HELPER_PROGRAM, nullptr, nullptr, const_cast<char**>(arguments), environ), 0);
+    std::vector<const char*> arguments{CORVANE_HELPER_PROGRAM, "--root", root.c_str(), "--user-home", home.c_str()};
+    arguments.insert(arguments.end(), extraArguments_.begin(), extraArguments_.end());
+    arguments.push_back(nullptr);
+    ASSERT_EQ(
+        posix_spawn(&pid_, CORVANE_HELPER_PROGRAM, nullptr, nullptr, const_cast<char**>(arguments.data()), environ), 0);
     ASSERT_TRUE(eventually([&] { return std::filesystem::exists(places_.helperHeartbeat()); }));
   }
   int end(int signal) {
@@ -129,6 +134,7 @@ class HelperProcess : public ::testing::Test {
 
   testing::TemporaryFolder folder_;
   CorvaneConstants places_;
+  std::vector<const char*> extraArguments_;
   pid_t pid_ = -1;
 };
 

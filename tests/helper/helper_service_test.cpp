@@ -16,12 +16,11 @@ struct HeldScans {
 };
 
 struct ServiceFixture : HeldScans, RunnerFixture {
-  HelperService service{{.main = machine.main(),
-                         .log = log,
-                         .discoverer = discoverer,
-                         .versions = versions,
-                         .runner = runner,
-                         .status = [] { return StatusInfo{}; }}};
+  RunDesk desk{{.log = log, .runner = runner, .stager = stager}};
+  HelperService service{
+      {.main = machine.main(), .discoverer = discoverer, .versions = versions, .desk = desk, .status = [] {
+         return StatusInfo{};
+       }}};
   // Code of the error that was answered to an id; 0 for an answer that is none.
   std::map<std::string, int> answers;
 

@@ -20,6 +20,8 @@ Result<HelperOptions> parse(std::vector<const char*> arguments) { return HelperO
 
 TEST(HelperOptions, TakesItsRootFromTheCommandLineAndRefusesAllElse) {
   EXPECT_EQ(parse({})->root, "/");
+  EXPECT_EQ(parse({})->ownWorkAfter, kFirstOwnWork);
+  EXPECT_EQ(parse({"--own-work-after", "0"})->ownWorkAfter, 0s);
   const auto all = parse({"--root", "/sample/./tree", "--user", "ann", "--user-home", "/home/ann"});
   ASSERT_TRUE(all);
   EXPECT_EQ(all->root, "/sample/tree");
@@ -29,6 +31,10 @@ TEST(HelperOptions, TakesItsRootFromTheCommandLineAndRefusesAllElse) {
                                                                  {"--root", ""},
                                                                  {"--root", "relative"},
                                                                  {"--root", "/a", "--root", "/b"},
+                                                                 {"--own-work-after", "-1"},
+                                                                 {"--installomator-source", "ftp://host"},
+                                                                 {"--own-work-after", "5s"},
+                                                                 {"--own-work-after", "86401"},
                                                                  {"--port", "1"},
                                                                  {"x"}})
     EXPECT_FALSE(parse(wrong)) << wrong.front();

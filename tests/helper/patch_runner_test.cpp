@@ -13,39 +13,13 @@ namespace corvane {
 namespace {
 
 struct PatchRunnerFixture : RunnerFixture {
-  // What the tool does for a label: the version that it leaves, and how it ends.
-  struct ToolPlay {
-    std::string installs;
-    ScriptedChild child;
-  };
-  std::map<std::string, ToolPlay> plays;
   std::optional<Result<PatchRunAnswer>> answer;
 
-  PatchRunnerFixture() {
-    onChild = [this](const ChildSpec& spec) {
-      const auto& label = spec.arguments.at(0);
-      const auto& play = plays[label];
-      if (!play.installs.empty()) install(label, play.installs);
-      return play.child;
-    };
-  }
-  void install(const std::string& name, const std::string& version) const {
-    folder.write("Applications/" + name + ".app/Contents/Info.plist",
-                 "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
-                 "<key>CFBundleShortVersionString</key><string>" +
-                     version + "</string><key>CFBundleIdentifier</key><string>org.example." + name +
-                     "</string></dict></plist>");
-  }
-  // A label whose application is `installed` (not at all when empty) and whose vendor offers `latest`.
-  void label(const std::string& name, const std::string& installed, const std::string& latest) const {
-    if (!installed.empty()) install(name, installed);
-    offer(name, latest);
-  }
   void run(const std::vector<std::string>& names) {
     answer.reset();
     Labels labels;
     for (const auto& name : names) labels.emplace_back(name);
-    runner.run(labels, [this](Result<PatchRunAnswer> ended) { answer = std::move(ended); });
+    runner.run({.labels = labels}, [this](const RunReport& ended) { answer = answerOf(ended); });
   }
   void runToEnd(const std::vector<std::string>& names) {
     run(names);

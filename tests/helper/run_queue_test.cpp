@@ -59,5 +59,18 @@ TEST(RunQueue, RefusesTheNinthThatWaitsButLetsAStagingBeReplaced) {
   EXPECT_EQ(queue.waiting(), 0U);
 }
 
+TEST(RunQueue, TheHelpersOwnInstallGoesFirstAndFindsItsPlaceInAFullQueue) {
+  RunQueue queue;
+  (void)queue.offer(install("inHand"));
+  ASSERT_TRUE(queue.startNext());
+  for (std::size_t i = 0; i < kWaitingRunsLimit; ++i) EXPECT_TRUE(queue.offer(install("x")).ticket);
+  EXPECT_TRUE(queue.offerOwn(install("own")).ticket);
+  EXPECT_EQ(drain(queue).substr(0, 6), "own x ");
+  (void)queue.offer(staging("client"));
+  EXPECT_TRUE(queue.offerOwn(staging("own")).replaced) << "a staging of ours is a newer one";
+  (void)queue.offer(install("a"));
+  EXPECT_EQ(drain(queue), "a (own) ");
+}
+
 }  // namespace
 }  // namespace corvane

@@ -14,6 +14,8 @@
 
 #include "base/localized.h"
 #include "base/notification_center.h"
+#include "core/discovery/label_install_facts.h"
+#include "core/history/label_history_caches.h"
 #include "core/history/receipt_manager.h"
 #include "core/logging/logging_service.h"
 #include "core/preferences/preference_manager.h"
@@ -25,12 +27,21 @@
 #include "helper/helper_listener.h"
 #include "helper/helper_options.h"
 #include "helper/helper_service.h"
+#include "helper/helper_state_file.h"
+#include "helper/own_work.h"
 #include "helper/patch_runner.h"
 #include "helper/root_trust.h"
+#include "helper/run_desk.h"
 #include "helper/run_record.h"
 #include "helper/saved_apps.h"
+#include "helper/stager.h"
 #include "helper/system_zone.h"
+#include "helper/tool_keeper.h"
 #include "helper/version_checker.h"
+#include "platform/linux/linux_running_applications.h"
+#include "platform/linux/sys_network_probe.h"
+#include "platform/linux/sys_power_source.h"
+#include "platform/net/curl_http_client.h"
 #include "platform/posix/folder_ownership.h"
 #include "platform/posix/posix_files.h"
 #include "platform/posix/standard_descriptors.h"
@@ -46,6 +57,12 @@ namespace {
 // A stop that takes longer than this (a peer that does not read) is cut short.
 constexpr Duration kStopLimit = kToolStopGrace + 5s;
 constexpr const char* kNobodysHome = "/var/empty";
+
+// Where the tool is fetched from: on a tree that somebody made only when told so.
+std::optional<std::string> toolHost(const HelperOptions& options) {
+  if (options.installomatorSource) return options.installomatorSource;
+  return options.root == "/" ? std::optional<std::string>(kToolHost) : std::nullopt;
+}
 
 std::optional<std::string> findZsh() {
   for (const char* path : {"/bin/zsh", "/usr/bin/zsh"})
@@ -69,6 +86,13 @@ std::string ownHome(const ConsoleUserSource& console) {
   }
   const auto* root = getpwuid(0);
   return root ? root->pw_dir : "/";
+}
+
+// What an ordinary program may still write; nothing where that cannot be told.
+std::uint64_t freeBytes(const std::filesystem::path& folder) {
+  std::error_code error;
+  const auto space = std::filesystem::space(folder, error);
+  return error ? 0 : space.available;
 }
 
 CorvaneConstants constantsFor(const std::filesystem::path& root, const std::optional<ConsoleUser>& user) {
@@ -116,7 +140,12 @@ class Daemon {
         preferences_(domains_, notifications_, log_),
         savedApps_(domains_, preferences_),
         receipts_(places_.receipts(), files_, log_),
+        histories_(receipts_, files_),
+        state_(places_.helperState(), places_.helperDiscoveredApps(), files_, clock_, log_),
+        processes_(main_),
+        network_(main_),
         children_(loop_.loop(), main_),
+        http_(loop_.loop(), main_),
         versions_({.children = children_, .main = main_, .entropy = entropy_, .log = log_}, findZsh(),
                   unprivilegedAccount),
         discoverer_({.work = work_,
@@ -126,6 +155,22 @@ class Daemon {
                      .versions = versions_,
                      .setting = [this] { return setting(); }}),
         record_(places_.supportFolder() / "helper-run.json", files_, clock_, log_),
+        staged_(places_.stagingFolder(), clock_, log_),
+        stagingRecord_(places_.supportFolder() / "helper-staging.json", files_, clock_, log_, kToolStopGrace, "staged"),
+        installFacts_(places_.labelsFolder(), places_.root, Logger(log_, "Staging")),
+        stager_({.children = children_,
+                 .main = main_,
+                 .work = work_,
+                 .clock = clock_,
+                 .log = log_,
+                 .discoverer = discoverer_,
+                 .staged = staged_,
+                 .record = stagingRecord_,
+                 .setting = [this] { return setting(); },
+                 .facts = installFacts_,
+                 .freeBytes = freeBytes,
+                 .toolHome = ownHome(console_),
+                 .ownUid = geteuid()}),
         runner_({.children = children_,
                  .main = main_,
                  .clock = clock_,
@@ -133,15 +178,44 @@ class Daemon {
                  .receipts = receipts_,
                  .discoverer = discoverer_,
                  .record = record_,
+                 .staged = staged_,
                  .setting = [this] { return setting(); },
                  .toolHome = ownHome(console_),
                  .ownUid = geteuid()}),
+        desk_({.log = log_, .runner = runner_, .stager = stager_}),
         service_({.main = main_,
-                  .log = log_,
                   .discoverer = discoverer_,
                   .versions = versions_,
-                  .runner = runner_,
+                  .desk = desk_,
                   .status = [this] { return status(); }}),
+        ownWork_({.main = main_,
+                  .clock = clock_,
+                  .entropy = entropy_,
+                  .log = log_,
+                  .files = files_,
+                  .preferences = preferences_,
+                  .histories = histories_,
+                  .discoverer = discoverer_,
+                  .desk = desk_,
+                  .state = state_,
+                  .processes = processes_,
+                  .power = power_,
+                  .network = network_,
+                  .setting = [this] { return setting(); },
+                  .calendar = [this] { return zone_.calendar(); },
+                  .toolReady = [this] { return checkTool(places_.installomatorScript(), places_.root, geteuid()); },
+                  .firstWork = options_.ownWorkAfter}),
+        toolKeeper_({.main = main_,
+                     .work = work_,
+                     .clock = clock_,
+                     .log = log_,
+                     .http = http_,
+                     .children = children_,
+                     .setting = [this] { return setting(); },
+                     .zsh = findZsh(),
+                     .account = unprivilegedAccount,
+                     .host = toolHost(options_),
+                     .ownUid = geteuid()}),
         startedAt_(clock_.now()) {}
 
   int run() {
@@ -159,13 +233,20 @@ class Daemon {
       return 1;
     }
     record_.settle();
+    stagingRecord_.settle();
+    if (auto ready = staged_.settle(); !ready) log.error(fmt::format("Nothing can be staged: {}", ready.error().text));
+    state_.settle();
     log.info(fmt::format("Version {} serves {} as user {}.", CORVANE_VERSION, options_.root.string(), geteuid()));
     auto heartbeat = std::make_unique<Heartbeat>(places_.helperHeartbeat(), files_, clock_, main_, log_);
+    toolKeeper_.start();
+    ownWork_.start();
     Lease limit;
     EndSignals signals(loop_.loop(), [&] {
       if (limit.active()) return;
       log.info("Told to end.");
       heartbeat.reset();
+      ownWork_.stop();
+      toolKeeper_.stop();
       limit = main_.after(kStopLimit, [this, &log] {
         log.warning("The end took too long and was cut short.");
         // What still runs would outlive what it refers to, so nothing is taken down.
@@ -237,13 +318,26 @@ class Daemon {
   PreferenceManager preferences_;
   SavedApps savedApps_;
   ReceiptManager receipts_;
+  ReceiptsSnapshot histories_;
+  HelperStateFile state_;
+  LinuxRunningApplications processes_;
+  SysPowerSource power_;
+  SysNetworkProbe network_;
   UvChildProcesses children_;
   UvWorkQueue work_;
+  CurlHttpClient http_;
   VersionChecker versions_;
   AppDiscoverer discoverer_;
   RunRecord record_;
+  StagedInstallers staged_;
+  RunRecord stagingRecord_;
+  LabelFileInstallFacts installFacts_;
+  Stager stager_;
   PatchRunner runner_;
+  RunDesk desk_;
   HelperService service_;
+  OwnWork ownWork_;
+  ToolKeeper toolKeeper_;
   Date startedAt_;
 };
 

@@ -1,0 +1,90 @@
+#include "helper/background_pass.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "base/ascii.h"
+#include "core/discovery/app_discovery_service.h"
+#include "core/policies/mac_app_store_update_policy.h"
+#include "core/policies/version_comparator.h"
+#include "helper/own_schedule.h"
+
+namespace corvane {
+namespace {
+
+bool isExcludedStoreCopy(const AppInfo& app, const PassFacts& facts) {
+  return !MacAppStoreUpdatePolicy::replacesAppStoreApps(facts.config.installomatorOptions) &&
+         (app.macAppStoreManaged || facts.storeCopies.contains(app.label));
+}
+
+bool listsAllow(const Label& label, const CorvaneConfiguration& config) {
+  const auto holds = [&](const std::vector<std::string>& list) {
+    return std::ranges::find(list, label.text) != list.end();
+  };
+  if (holds(config.backgroundPatchClosedAppsBlockList)) return false;
+  const auto& allowed = config.backgroundPatchClosedAppsAllowList;
+  return allowed.empty() || holds(allowed);
+}
+
+}  // namespace
+
+std::optional<std::string> passObjection(const CorvaneConfiguration& config, const PassConditions& conditions) {
+  if (!passPlan(config)) return "feature disabled or mode changed";
+  if (!conditions.toolReady) return "Installomator not present";
+  if (conditions.cycleComplete) return "patching is complete for this cycle";
+  if (config.backgroundPatchClosedAppsRequireOnAC && !conditions.onACPower)
+    return "on battery and require-AC is enabled";
+  return std::nullopt;
+}
+
+RunningBundles RunningBundles::of(const std::vector<RunningProcess>& processes) {
+  RunningBundles running;
+  for (const auto& process : processes) {
+    if (process.bundlePath) running.paths.insert(*process.bundlePath);
+    if (process.bundleIdentifier) running.identifiers.insert(lowercased(*process.bundleIdentifier));
+  }
+  return running;
+}
+
+std::optional<std::string> RunningBundles::objection(const AppInfo& app) const {
+  if (!app.isInstalled()) return std::nullopt;
+  const auto path = app.appPath.value_or("");
+  const auto identifier = lowercased(app.packageID.value_or(""));
+  if (path.empty() && identifier.empty()) return "no appPath or packageID on file, cannot certify the app is closed";
+  if (!path.empty() && paths.contains(path)) return fmt::format("{} is currently running", path);
+  if (!identifier.empty() && identifiers.contains(identifier))
+    return fmt::format("bundle ID {} is currently running", identifier);
+  return std::nullopt;
+}
+
+bool isPending(const AppInfo& app, const PassFacts& facts) {
+  if (app.teamIDMismatch || app.updateCheckFailed || isExcludedStoreCopy(app, facts)) return false;
+  const bool required = AppDiscoveryService::isRequiredLabel(app.label, std::nullopt, facts.config);
+  if (!app.isInstalled()) return required;
+  return VersionComparator::hasUpdate(app.currentVersion, app.currentBundleVersion, app.newVersion,
+                                      facts.config.versionComparisonMethod) ||
+         (required &&
+          LabelInstallHistory::isForcedReinstallPending(app, facts.config, facts.installs, facts.cycleStart));
+}
+
+bool isHeld(const AppInfo& app, const PassFacts& facts) {
+  return LabelFailureHistory::isHeld(app.label, app.newVersion, facts.cycleStart, facts.failures);
+}
+
+PassDecision decidePass(const Apps& apps, const PassFacts& facts) {
+  PassDecision decision;
+  for (const auto& app : apps) {
+    if (!isPending(app, facts) || isHeld(app, facts)) continue;
+    if (AppDiscoveryService::isIgnoredLabel(app.label, std::nullopt, facts.config)) continue;
+    if (facts.config.workflowStageUpdates) decision.stage.push_back(app.label);
+    const auto objection = facts.running.objection(app);
+    if (objection)
+      decision.notes.push_back(fmt::format("Skipping label '{}' — {}.", app.label.text, *objection));
+    else if (listsAllow(app.label, facts.config))
+      decision.install.push_back(app.label);
+  }
+  return decision;
+}
+
+}  // namespace corvane

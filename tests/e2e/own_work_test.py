@@ -1,0 +1,163 @@
+"""The helper without the application: installers downloaded ahead, and passes that nobody asked for."""
+
+import io
+import json
+import os
+import signal
+import socket
+import struct
+import subprocess
+import tarfile
+import unittest
+from pathlib import Path
+
+import sample_mac
+
+
+def has_link():
+    interfaces = Path("/sys/class/net")
+    return any((each / "operstate").read_text().strip() == "up" for each in interfaces.iterdir())
+
+
+class OwnHelperTest(sample_mac.SampleMacTest):
+    def start_helper(self, *arguments):
+        (self.support / "helper-heartbeat").unlink(missing_ok=True)
+        process = subprocess.Popen(
+            [sample_mac.BUNDLE / "Contents/Helpers/CorvaneRootHelper", "--root", self.root, "--user-home", self.home,
+             *arguments], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=self.environment())
+        self.addCleanup(self.end, process)
+        self.assertTrue(sample_mac.eventually(lambda: (self.support / "helper-heartbeat").exists()), self.log())
+        return process
+
+    def ask(self, **request):
+        body = json.dumps({"version": 1, "id": "t", **request}).encode()
+        with socket.socket(socket.AF_UNIX) as connection:
+            connection.settimeout(sample_mac.LIMIT)
+            connection.connect(str(self.root / "var/run/corvane/helper.sock"))
+            connection.sendall(struct.pack(">I", len(body)) + body)
+            stream = connection.makefile("rb")
+            size = struct.unpack(">I", stream.read(4))[0]
+            return json.loads(stream.read(size))
+
+    def patch(self, labels=(), stage=()):
+        return self.ask(op="startPatching", labels=list(labels), alsoStageLabels=list(stage))["result"]
+
+    def staged(self):
+        return sorted(str(path.relative_to(self.support / "Staging"))
+                      for path in (self.support / "Staging").rglob("*") if path.is_file())
+
+
+class Staging(OwnHelperTest):
+    def test_an_install_uses_what_was_downloaded_ahead(self):
+        self.start_helper()
+        self.patch(stage=["quill", "larkspurnotes"])
+        archive = [name for name in self.staged() if not name.endswith(".json")]
+        self.assertEqual(len(archive), 1, self.log())  # one of the two is up to date
+        self.assertTrue(archive[0].startswith("quill/"))
+        self.assertEqual(self.installed("Quill"), "2.3.1")
+        self.assertEqual(self.receipts(), [])
+
+        # The vendor is down by now.
+        (self.root / "vendor/.fail/download").mkdir(parents=True, exist_ok=True)
+        for file in (self.root / "vendor/download").glob("quill.*"):
+            file.unlink()
+        self.assertEqual(self.patch(["quill"])["message"], "Updated 1 of 1.", self.log())
+        self.assertEqual(self.installed("Quill"), "2.4")
+        self.assertIs(self.receipts()[-1]["usedStagedInstaller"], True)
+        self.assertEqual(self.staged(), [])
+
+    def test_another_teams_download_is_not_kept(self):
+        labels = self.support / "fragments/labels"
+        fragment = labels / "quill.sh"
+        lines = fragment.read_text().splitlines()
+        fragment.write_text("\n".join('    expectedTeamID="ZZZZZZZZZZ"' if "expectedTeamID" in line else line
+                                      for line in lines) + "\n")
+        self.start_helper()
+        self.patch(stage=["quill"])
+        self.assertEqual(self.staged(), [])
+
+    def test_a_helper_killed_in_a_download_leaves_nothing_to_install_from(self):
+        self.order("delay", "quill", "30")
+        helper = self.start_helper()
+        with socket.socket(socket.AF_UNIX) as connection:
+            connection.connect(str(self.root / "var/run/corvane/helper.sock"))
+            body = b'{"version":1,"id":"t","op":"startPatching","labels":[],"alsoStageLabels":["quill"]}'
+            connection.sendall(struct.pack(">I", len(body)) + body)
+            record = self.support / "helper-staging.json"
+            self.assertTrue(sample_mac.eventually(lambda: record.exists() and "childStamp" in record.read_text()))
+            tool = json.loads(record.read_text())["childPid"]
+            self.assertTrue(sample_mac.eventually(lambda: (self.support / "Staging/quill.partial").exists()))
+            helper.send_signal(signal.SIGKILL)
+            helper.wait()
+        (self.control / "delay/quill").unlink()
+        self.start_helper()
+        self.assertTrue(sample_mac.eventually(lambda: not os.path.exists(f"/proc/{tool}/exe")), "the download goes on")
+        self.assertTrue(self.log_lines("while quill was being staged"), self.log())
+        self.assertEqual(self.staged(), [])
+        self.assertEqual(self.patch(["quill"])["message"], "Updated 1 of 1.", self.log())
+        self.assertIs(self.receipts()[-1]["usedStagedInstaller"], False)
+
+
+class Fetching(OwnHelperTest):
+    """The source host is the vendors' server."""
+
+    def offer(self, script, labels=("quill",)):
+        page = self.root / "vendor/repos/Installomator/Installomator/tarball/release"
+        page.parent.mkdir(parents=True, exist_ok=True)
+        files = {"Installomator.sh": script} | {f"fragments/labels/{label}.sh": f"{label})\n    ;;\n" for label in labels}
+        with tarfile.open(page, "w:gz") as archive:
+            for name, text in files.items():
+                entry = tarfile.TarInfo(f"Installomator-1db6d22/{name}")
+                entry.size = len(text)
+                archive.addfile(entry, io.BytesIO(text.encode()))
+
+    def start_with_host(self):
+        return self.start_helper("--installomator-source", f"http://127.0.0.1:{self.port}")
+
+    def script(self):
+        return (self.support / "Installomator.sh").read_text()
+
+    def test_a_newer_tool_is_fetched_and_a_broken_one_is_not(self):
+        newer = '#!/bin/zsh\nVERSION="99.1"\nprint $VERSION\n'
+        self.offer(newer, ("quill", "stamp"))
+        helper = self.start_with_host()
+        self.assertTrue(sample_mac.eventually(lambda: self.script() == newer), self.log())
+        self.assertEqual(sorted(path.name for path in (self.support / "fragments/labels").iterdir()),
+                         ["quill.sh", "stamp.sh"])
+        self.end(helper)
+        self.offer('#!/bin/zsh\nVERSION="99.2"\nif [[ ; then\n')
+        self.start_with_host()
+        self.assertTrue(sample_mac.eventually(lambda: self.log_lines("its syntax is damaged")), self.log())
+        self.assertEqual(self.script(), newer)
+
+
+@unittest.skipUnless(has_link(), "without a network the helper does not begin")
+class Pass(OwnHelperTest):
+    def test_closed_applications_are_updated_and_open_ones_left_alone(self):
+        self.change_user({"BackgroundPatchClosedAppsEnabled": True, "BackgroundPatchClosedAppsScheduler": "helperDaemon"})
+        self.addCleanup(self.sample, "down")
+        self.sample("open", "Ostrava Maps")
+        self.start_helper("--own-work-after", "0")
+        state = self.support / "helper-state.json"
+
+        def summary():
+            return state.exists() and json.loads(state.read_text()).get("lastBackgroundPatchSummary")
+
+        told = sample_mac.eventually(summary, sample_mac.LIMIT)
+        self.assertTrue(told, self.log())
+        self.assertIn("quill", told["labels"])
+        self.assertNotIn("ostravamaps", told["labels"])
+        self.assertEqual(self.installed("Quill"), "2.4")
+        self.assertEqual(self.installed("Hazel Stopwatch"), "0.10")
+        self.assertTrue(self.log_lines("Skipping label 'ostravamaps'"), self.log())
+        self.assertTrue(self.receipts())
+        self.assertTrue(all(receipt["usedStagedInstaller"] for receipt in self.receipts()
+                            if receipt["status"] == "success"), self.receipts())
+        apps = {app["label"]: app for app in json.loads((self.support / "helper-discovered-apps.json").read_text())}
+        self.assertEqual(apps["quill"]["newVersion"], "2.4")
+        # What is open lies ready for when it is closed.
+        self.assertTrue([name for name in self.staged() if name.startswith("ostravamaps/")], self.log())
+
+
+if __name__ == "__main__":
+    sample_mac.main()

@@ -1,0 +1,311 @@
+// The helper on its own, on virtual time: the tool, the process list, power and network are scripted, bundles and
+// labels are real files.
+#include "helper/own_work.h"
+
+#include <gtest/gtest.h>
+
+#include "core/history/helper_state_stores.h"
+#include "helper/runner_fixture.h"
+#include "platform/posix/posix_files.h"
+#include "platform/scripted/scripted_preference_domains.h"
+#include "platform/scripted/scripted_running_applications.h"
+#include "platform/scripted/scripted_surroundings.h"
+
+namespace corvane {
+namespace {
+
+const std::filesystem::path kState = "/helper-state.json";
+const std::filesystem::path kApps = "/helper-discovered-apps.json";
+constexpr Duration kMinute = kOwnWorkLook + kOwnWorkLeeway;
+
+struct OwnWorkFixture : RunnerFixture {
+  ScriptedPreferenceDomains domains{machine.main()};
+  NotificationCenter notifications{machine.main()};
+  PreferenceManager preferences{domains, notifications, log};
+  PosixFiles disk;
+  ReceiptsSnapshot histories{receipts, files};
+  HelperStateFile state{kState, kApps, files, machine.clock(), log};
+  HelperBackgroundPatchStateStore reader{kState, files, log};
+  ScriptedRunningApplications processes;
+  ScriptedPowerSource power;
+  ScriptedNetworkProbe network{machine.main()};
+  RunDesk desk{{.log = log, .runner = runner, .stager = stager}};
+  std::optional<OwnWork> work;
+
+  OwnWorkFixture() {
+    auto& config = setting.config;
+    config.backgroundPatchClosedAppsEnabled = true;
+    config.backgroundPatchClosedAppsScheduler = BackgroundPatchSchedulerMode::helperDaemon;
+    config.discoveryFrequency = DiscoveryFrequency::off;
+    config.workflowStageUpdates = false;
+    for (const char* name : {"quill", "stamp"}) {
+      label(name, "1.0", "2.0");
+      plays[name] = {"2.0", {.takes = 1min}};
+    }
+  }
+  void start() {
+    state.settle();
+    work.emplace(OwnWork::Services{.main = machine.main(),
+                                   .clock = machine.clock(),
+                                   .entropy = entropy,
+                                   .log = log,
+                                   .files = disk,
+                                   .preferences = preferences,
+                                   .histories = histories,
+                                   .discoverer = discoverer,
+                                   .desk = desk,
+                                   .state = state,
+                                   .processes = processes,
+                                   .power = power,
+                                   .network = network,
+                                   .setting = [this] { return setting; },
+                                   .calendar = [] { return Calendar::utc(); },
+                                   .toolReady = [] { return Status(); }});
+    work->start();
+  }
+  [[nodiscard]] std::string bundle(const std::string& name) const {
+    return (folder.path() / "Applications" / (name + ".app")).string();
+  }
+  [[nodiscard]] HelperPatchState told() const { return reader.read().value_or(HelperPatchState{}); }
+  [[nodiscard]] std::string installed(const std::string& name) const {
+    const auto info = testing::TemporaryFolder::read(bundle(name) + "/Contents/Info.plist");
+    return info.find(">2.0<") != std::string::npos ? "2.0" : "1.0";
+  }
+};
+
+TEST_F(OwnWorkFixture, APassPatchesWhatIsClosedAndTellsOfEachStep) {
+  processes.open(bundle("stamp"));
+  label("tern", "1.0", "2.0");
+  plays["tern"] = {"", {.exit = ChildExit{.code = 8}, .takes = 1min}};
+  start();
+  machine.advance(kFirstOwnWork - 1s);
+  EXPECT_EQ(network.probes, 0);
+  machine.advance(30s);
+  const auto run = told().currentRun;
+  ASSERT_TRUE(run);
+  EXPECT_EQ(run->totalLabels, 2);
+  EXPECT_EQ(run->currentLabel, "quill");
+  EXPECT_EQ(run->currentLabelDisplayName, "quill");
+  machine.advance(1min);
+  EXPECT_EQ(told().currentRun->completedCount, 1);
+  EXPECT_EQ(told().currentRun->currentLabel, "tern");
+  machine.advance(2min);
+  const auto summary = told().lastBackgroundPatchSummary;
+  ASSERT_TRUE(summary);
+  EXPECT_FALSE(told().currentRun);
+  EXPECT_EQ(summary->runID, run->runID);
+  EXPECT_EQ(summary->labels, (Labels{Label("quill"), Label("tern")}));
+  EXPECT_EQ(std::tuple(summary->totalLabels, summary->patchedCount, summary->failureCount, summary->hasFailures),
+            std::tuple(2, 1, 1, true));
+  EXPECT_EQ(installed("quill"), "2.0");
+  EXPECT_EQ(installed("stamp"), "1.0") << "its user works with it";
+  EXPECT_EQ(receipts.readAllReceipts().size(), 2U);
+  EXPECT_EQ(children.started().front().arguments.back(), "BLOCKING_PROCESS_ACTION=silent_fail") << "nobody is asked";
+}
+
+TEST_F(OwnWorkFixture, PassesComeEveryIntervalAndTheNextHelperKeepsTheBeat) {
+  start();
+  machine.advance(kFirstOwnWork + kMinute);
+  EXPECT_EQ(network.probes, 1);
+  machine.advance(3h);
+  EXPECT_EQ(network.probes, 1);
+  machine.advance(1h);
+  EXPECT_EQ(network.probes, 2) << "also with nothing to do";
+  EXPECT_TRUE(log.holds("No closed apps require updates this tick."));
+  EXPECT_EQ(told().lastBackgroundPatchSummary->patchedCount, 2) << "which leaves the last summary as it is";
+  work.reset();
+  machine.advance(1h);
+  start();
+  machine.advance(2h);
+  EXPECT_EQ(network.probes, 2);
+  machine.advance(1h + 10min);
+  EXPECT_EQ(network.probes, 3);
+}
+
+TEST_F(OwnWorkFixture, ASleepingMachineCatchesUpAndAClockSetBackDoesNotStopThePasses) {
+  start();
+  machine.advance(kFirstOwnWork + 5min);
+  machine.suspend(9h);
+  machine.advance(kMinute);
+  EXPECT_EQ(network.probes, 2);
+  machine.setWallClock(machine.now() - 100h);
+  machine.advance(4h + kMinute);
+  EXPECT_EQ(network.probes, 3);
+}
+
+TEST_F(OwnWorkFixture, ASettingThatChangesCountsWithinAMinute) {
+  setting.config.backgroundPatchClosedAppsEnabled = false;
+  start();
+  machine.advance(24h);
+  EXPECT_EQ(network.probes, 0);
+  setting.config.backgroundPatchClosedAppsEnabled = true;
+  machine.advance(kMinute + kFirstOwnWork + kMinute);
+  EXPECT_EQ(network.probes, 1);
+  setting.config.backgroundPatchClosedAppsScheduler = BackgroundPatchSchedulerMode::inApp;
+  machine.advance(24h);
+  EXPECT_EQ(network.probes, 1);
+}
+
+TEST_F(OwnWorkFixture, EachGateSkipsTheTick) {
+  const struct {
+    const char* line;
+    std::function<void(OwnWorkFixture&)> close;
+  } rows[] = {
+      {"on battery",
+       [](auto& f) {
+         f.setting.config.backgroundPatchClosedAppsRequireOnAC = true;
+         f.power.onACPower = false;
+       }},
+      {"patching is complete for this cycle",
+       [](auto& f) {
+         f.power.onACPower = true;
+         f.preferences.writePatchingCadenceState({.currentPatchingStartDate = f.machine.now() - 24h,
+                                                  .lastPatchingCompletionDate = f.machine.now() - 1h,
+                                                  .nextCycleStartDate = f.machine.now() + 6 * 24h});
+       }},
+      {"No internet / captive portal detected",
+       [](auto& f) {
+         f.preferences.writePatchingCadenceState({});
+         f.network.state.hasLink = false;
+       }},
+      {"Could not enumerate running processes",
+       [](auto& f) {
+         f.network.state.hasLink = true;
+         f.processes.setReadable(false);
+       }},
+  };
+  bool begun = false;
+  for (const auto& row : rows) {
+    row.close(*this);
+    if (!std::exchange(begun, true)) start();
+    log.clear();
+    machine.advance(4h + kMinute);
+    EXPECT_TRUE(log.holds(row.line)) << row.line;
+    EXPECT_TRUE(children.started().empty()) << row.line;
+  }
+  processes.setReadable(true);
+  machine.advance(4h + kMinute);
+  EXPECT_EQ(children.started().size(), 2U);
+}
+
+TEST_F(OwnWorkFixture, WhatWasOpenedMeanwhileIsLeftOutAtTheLastMoment) {
+  start();
+  machine.advance(kFirstOwnWork + 30s);
+  ASSERT_EQ(children.running(), 1U);
+  processes.open("/elsewhere/Stamp.app");
+  processes.open(bundle("stamp"));
+  machine.advance(5min);
+  EXPECT_EQ(installed("stamp"), "1.0");
+  EXPECT_EQ(told().lastBackgroundPatchSummary->patchedCount, 1);
+  EXPECT_FALSE(told().lastBackgroundPatchSummary->hasFailures);
+  EXPECT_EQ(receipts.readAllReceipts().size(), 1U) << "the tool was not run for it";
+  EXPECT_TRUE(log.holds("stamp: left out: " + bundle("stamp") + " is currently running."));
+}
+
+TEST_F(OwnWorkFixture, UnpluggingEndsThePassBehindTheLabelInHand) {
+  setting.config.backgroundPatchClosedAppsRequireOnAC = true;
+  start();
+  machine.advance(kFirstOwnWork + 30s);
+  power.onACPower = false;
+  machine.advance(5min);
+  EXPECT_EQ(children.started().size(), 1U);
+  EXPECT_EQ(told().lastBackgroundPatchSummary->patchedCount, 1);
+}
+
+TEST_F(OwnWorkFixture, ItsRunGoesBeforeAllThatWaitAndBehindTheOneInHand) {
+  std::string order;
+  onChild = [&](const ChildSpec& spec) {
+    order += spec.arguments.at(0) + " ";
+    return ScriptedChild{.takes = 10min};
+  };
+  for (const char* name : {"first", "second"}) label(name, "1.0", "2.0");
+  setting.config.backgroundPatchClosedAppsBlockList = {"first", "second", "stamp"};
+  const auto ask = [&](const char* name) {
+    desk.ask({.labels = {Label(name)}, .alsoStageLabels = {}}, [](const Result<PatchRunAnswer>&) {});
+  };
+  start();
+  machine.advance(kFirstOwnWork - 1s);
+  ask("first");
+  ask("second");
+  machine.advance(2min);
+  EXPECT_FALSE(told().currentRun) << "its turn has not come";
+  machine.advance(9min);
+  EXPECT_EQ(told().currentRun->currentLabel, "quill");
+  machine.advance(30min);
+  EXPECT_EQ(order, "first quill second ");
+}
+
+TEST_F(OwnWorkFixture, ARunThatCannotBeginIsAPassThatFailed) {
+  chmod(setting.constants.supportFolder().c_str(), 0777);
+  start();
+  machine.advance(kFirstOwnWork + kMinute);
+  const auto summary = told().lastBackgroundPatchSummary;
+  ASSERT_TRUE(summary);
+  EXPECT_EQ(std::tuple(summary->patchedCount, summary->failureCount, summary->hasFailures), std::tuple(0, 2, true));
+}
+
+TEST_F(OwnWorkFixture, APassThatIsCutOffLeavesNoSummaryAndIsMadeUpFor) {
+  start();
+  machine.advance(kFirstOwnWork + 30s);
+  ASSERT_TRUE(told().currentRun);
+  work->stop();
+  desk.stop();
+  machine.advance(1min);
+  EXPECT_EQ(told(), HelperPatchState{});
+  EXPECT_FALSE(state.lastPassConcludedAt());
+}
+
+TEST_F(OwnWorkFixture, TheScheduledDiscoveryWritesBothFilesOnceAnInterval) {
+  setting.config.backgroundPatchClosedAppsEnabled = false;
+  setting.config.discoveryFrequency = DiscoveryFrequency::daily;
+  label("current", "2.0", "2.0");
+  start();
+  machine.advance(kFirstOwnWork + kMinute);
+  const auto first = told().lastScheduledDiscoverySummary;
+  ASSERT_TRUE(first);
+  EXPECT_EQ(std::tuple(first->appCount, first->pendingUpdateCount), std::tuple(3, 2));
+  const auto apps = HelperScheduledDiscoveryAppsStore(kApps, files, log).read();
+  ASSERT_TRUE(apps);
+  EXPECT_EQ(appWith(*apps, Label("quill"))->newVersion, "2.0");
+  EXPECT_TRUE(children.started().empty()) << "nothing is installed";
+  machine.advance(23h);
+  EXPECT_EQ(told().lastScheduledDiscoverySummary, first);
+  domains.setUser({{"LastFullInventoryCheckDate", machine.now()}});
+  machine.advance(23h);
+  EXPECT_EQ(told().lastScheduledDiscoverySummary, first) << "the application has checked everything meanwhile";
+  machine.advance(1h + 2 * kMinute);
+  EXPECT_NE(told().lastScheduledDiscoverySummary->runID, first->runID);
+}
+
+TEST_F(OwnWorkFixture, ADiscoveryThatFoundNoNetworkIsTriedAgainInAnHour) {
+  setting.config.backgroundPatchClosedAppsEnabled = false;
+  setting.config.discoveryFrequency = DiscoveryFrequency::weekly;
+  network.state = {.hasLink = true, .captivePortal = true};
+  start();
+  machine.advance(kFirstOwnWork + 10min);
+  EXPECT_EQ(network.probes, 1);
+  network.state.captivePortal = false;
+  machine.advance(1h);
+  EXPECT_TRUE(told().lastScheduledDiscoverySummary);
+}
+
+TEST_F(OwnWorkFixture, WithoutALabelCatalogueNoEmptyInventoryIsPublished) {
+  setting.config.discoveryFrequency = DiscoveryFrequency::daily;
+  setting.config.backgroundPatchClosedAppsEnabled = false;
+  std::filesystem::remove_all(setting.constants.labelsFolder());
+  start();
+  machine.advance(3h);
+  EXPECT_FALSE(files.exists(kApps));
+}
+
+TEST_F(OwnWorkFixture, OneCheckServesThePassAndTheDiscovery) {
+  setting.config.discoveryFrequency = DiscoveryFrequency::daily;
+  start();
+  machine.advance(kFirstOwnWork + 10min);
+  EXPECT_EQ(network.probes, 1);
+  EXPECT_TRUE(told().lastScheduledDiscoverySummary);
+  EXPECT_TRUE(told().lastBackgroundPatchSummary);
+}
+
+}  // namespace
+}  // namespace corvane
