@@ -52,8 +52,7 @@ WorkflowServices Services::workflow() {
           .prompts = promptWindows,
           .notices = neutral.notices,
           .signals = neutral.signals,
-          .selfUpdateDisplay = neutral.selfUpdateDisplay,
-          .helperReset = neutral.helperReset};
+          .selfUpdateDisplay = neutral.selfUpdateDisplay};
 }
 
 }  // namespace corvane

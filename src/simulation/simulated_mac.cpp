@@ -65,8 +65,7 @@ SimulatedMac::SimulatedMac(const SimulatedMacPlan& plan)
                 .prompts = panel_,
                 .notices = neutral_.notices,
                 .signals = neutral_.signals,
-                .selfUpdateDisplay = neutral_.selfUpdateDisplay,
-                .helperReset = neutral_.helperReset},
+                .selfUpdateDisplay = neutral_.selfUpdateDisplay},
       dailyCheck_(plan.dailyCheck) {
   log_.keeps = plan.keepsLog;
   store(plan);

@@ -69,7 +69,7 @@ class Crossings {
   virtual void deadlineRead(std::optional<Date> hardDeadline) = 0;  // for display
   virtual void deadlineSettled() = 0;                               // the cycle was completed
 
-  // Into the state of the helper.
+  // Into the state of the helper. Nothing is reset by itself before the model has begun.
   virtual void refreshHelperState(bool runAutoReset) = 0;
   virtual void evaluateAutoReset() = 0;
 

@@ -4,7 +4,6 @@
 
 #include "core/records/usage_signals.h"
 #include "workflow/deferral_notices.h"
-#include "workflow/helper_reset_decision.h"
 #include "workflow/pending_update_side_effects.h"
 #include "workflow/self_update_display.h"
 
@@ -30,10 +29,6 @@ struct NeutralParts {
   struct Display final : SelfUpdateDisplay {
     void lookUp(const Apps&) override {}
   } selfUpdateDisplay;
-  struct Reset final : HelperResetDecision {
-    void evaluateAutoReset() override {}
-    void reconcileHelperAfterLogin() override {}
-  } helperReset;
 };
 
 }  // namespace corvane

@@ -73,7 +73,9 @@ struct StatusViewModel::Rooms final : Crossings {
   void deadlineSettled() override { deferrals.settleDeadline(); }
 
   void refreshHelperState(bool runAutoReset) override { lifecycle.refreshHelperState(runAutoReset); }
-  void evaluateAutoReset() override { services.helperReset.evaluateAutoReset(); }
+  void evaluateAutoReset() override {
+    if (begun) lifecycle.evaluateAutoReset();
+  }
 
   void pendingUpdatesCounted() override { sequence.pendingUpdatesCounted(); }
   void refreshFailed() override { sequence.refreshFailed(); }
@@ -101,6 +103,7 @@ struct StatusViewModel::Rooms final : Crossings {
   WorkflowServices services;
   StatusFields fields;
   Logger log{services.log, "StatusViewModel"};
+  bool begun = false;
   bool changeTold = false;
   Observers observers;
 
@@ -125,7 +128,7 @@ struct StatusViewModel::Rooms final : Crossings {
 void StatusViewModel::Rooms::subscribe() {
   on<CorvaneDidBecomeActive>([this](const auto&) { inventory.updateDockBadge(); });
   lifecycle.refreshHelperState(false);
-  services.helperReset.reconcileHelperAfterLogin();
+  lifecycle.reconcileHelperAfterLogin();
   on<CorvaneScheduledDiscoveryCompleted>([this](const CorvaneScheduledDiscoveryCompleted& discovery) {
     log.info(fmt::format("Received .corvaneScheduledDiscoveryCompleted (runID {}); applying inventory-only refresh.",
                          discovery.runID.empty() ? "<unknown>" : discovery.runID));
@@ -154,6 +157,7 @@ StatusViewModel::StatusViewModel(const WorkflowServices& services) : rooms_(std:
 StatusViewModel::~StatusViewModel() = default;
 
 void StatusViewModel::begin() {
+  rooms_->begun = true;
   if (!rooms_->fields.inventory.apps.empty()) rooms_->inventory.recomputeCounts(SideEffects::run);
   rooms_->subscribe();
 }

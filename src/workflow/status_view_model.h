@@ -29,7 +29,8 @@ class StatusViewModel {
   ~StatusViewModel();
 
   // From here on the model acts: the badge and what the loaded counts set off, then the broadcasts, the state
-  // of the helper and the wait for a late one. Call it once, after this process has claimed the instance.
+  // of the helper and the wait for a late one. Call it once, after this process has claimed the instance. Before it the
+  // helper is reset by request alone.
   void begin();
 
   [[nodiscard]] const StatusFields& fields() const;

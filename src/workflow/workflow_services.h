@@ -25,7 +25,6 @@
 #include "platform/power_source.h"
 #include "platform/running_applications.h"
 #include "workflow/deferral_notices.h"
-#include "workflow/helper_reset_decision.h"
 #include "workflow/pending_update_side_effects.h"
 #include "workflow/prompt_presenter.h"
 #include "workflow/self_update_display.h"
@@ -62,7 +61,6 @@ struct WorkflowServices {
   DeferralNotices& notices;
   UsageSignals& signals;
   SelfUpdateDisplay& selfUpdateDisplay;
-  HelperResetDecision& helperReset;
 };
 
 }  // namespace corvane

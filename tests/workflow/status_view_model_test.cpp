@@ -25,14 +25,12 @@ TEST_F(StatusViewModelTest, constructionLoadsAndTouchesNothing) {
   EXPECT_EQ(domains.user().version, before) << "nothing is written";
   EXPECT_TRUE(application.badges.empty());
   EXPECT_EQ(sideEffects.started, 0);
-  EXPECT_EQ(reset.reconciled, 0);
   EXPECT_EQ(time.timeToNext(), std::nullopt) << "nothing waits";
 
   model->begin();
   EXPECT_EQ(application.badge, "1");
   EXPECT_TRUE(said("Dock badge set to 1 (pendingUpdates=1, activationPolicy=regular)"));
   EXPECT_EQ(sideEffects.started, 1);
-  EXPECT_EQ(reset.reconciled, 1);
   EXPECT_TRUE(fields().helper.helperOperational);
 }
 
@@ -194,7 +192,6 @@ TEST_F(StatusViewModelTest, theHelpersStateIsReadAndTheFirstDiscoveryWaitsForThe
   EXPECT_TRUE(said("Installomator is now deployed and no apps are discovered; running discovery."));
   EXPECT_EQ(fields().gate.currentOperation, DiscoveryOperation::discoverInstalled);
   EXPECT_FALSE(fields().helper.sawInstallomatorMissing);
-  EXPECT_EQ(reset.evaluated, 1);
   EXPECT_EQ(log.count("StatusViewModel: First-run setup marked complete."), 1U);
   EXPECT_TRUE(preferences.readFirstRunSetupCompleted());
   advance(5s);

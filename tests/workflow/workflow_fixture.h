@@ -112,13 +112,6 @@ struct ScriptedInstallFacts final : LabelInstallFactsSource {
   }
 };
 
-struct CountingReset final : HelperResetDecision {
-  int evaluated = 0;
-  int reconciled = 0;
-  void evaluateAutoReset() override { ++evaluated; }
-  void reconcileHelperAfterLogin() override { ++reconciled; }
-};
-
 struct CountingDisplay final : SelfUpdateDisplay {
   int lookedUp = 0;
   void lookUp(const Apps&) override { ++lookedUp; }
@@ -133,6 +126,9 @@ class WorkflowTest : public ::testing::Test {
     setHelperAlive(true);
     setScript(true);
   }
+
+  // What the organisation sets.
+  void manage(PlistDict settings) { domains.setManaged(std::move(settings)); }
 
   // The model as the application builds it, listening.
   void build() {
@@ -255,7 +251,6 @@ class WorkflowTest : public ::testing::Test {
   ScriptedInstallFacts installFacts;
   RecordingSignals signals;
   CountingDisplay display;
-  CountingReset reset;
   WorkflowServices services{.main = time.main(),
                             .work = time.work(),
                             .clock = time.clock(),
@@ -282,8 +277,7 @@ class WorkflowTest : public ::testing::Test {
                             .prompts = prompts,
                             .notices = notices,
                             .signals = signals,
-                            .selfUpdateDisplay = display,
-                            .helperReset = reset};
+                            .selfUpdateDisplay = display};
   std::unique_ptr<StatusViewModel> model;
 };
 
