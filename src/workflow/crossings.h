@@ -45,6 +45,7 @@ class Crossings {
 
   // Into the patch run.
   virtual void patchAll(const Labels& labels) = 0;
+  virtual void patchSingle(const Label& label) = 0;
 
   // Into the flow of Update All.
   virtual void installNow() = 0;

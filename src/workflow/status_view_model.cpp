@@ -13,6 +13,7 @@
 #include "workflow/inventory.h"
 #include "workflow/patch_cycle.h"
 #include "workflow/patch_run.h"
+#include "workflow/self_update_start.h"
 #include "workflow/side_effect_sequence.h"
 #include "workflow/status_texts.h"
 #include "workflow/update_all_flow.h"
@@ -46,6 +47,7 @@ struct StatusViewModel::Rooms final : Crossings {
   }
 
   void patchAll(const Labels& labels) override { run.startPatching(labels, DiscoveryOperation::patchAll, {}, {}); }
+  void patchSingle(const Label& label) override { run.startPatching({label}, DiscoveryOperation::patchSingle, {}, {}); }
 
   void installNow() override { updateAll.installNow(); }
   void armEnforcement(HardPromptReason reason) override { updateAll.armEnforcement(reason); }
@@ -121,6 +123,7 @@ struct StatusViewModel::Rooms final : Crossings {
   DeferralActions deferrals{context, fields.deferral};
   UpdateAllFlow updateAll{context, fields.updateAll};
   SideEffectSequence sequence{context, fields.sideEffects};
+  SelfUpdateStart selfUpdate{context, fields.selfUpdate};
   std::vector<Lease> subscriptions;
   Lifeline lifeline;
 };
@@ -310,5 +313,10 @@ void StatusViewModel::refreshHelperState(bool runAutoReset) { rooms_->lifecycle.
 void StatusViewModel::markFirstRunSetupIfComplete() { rooms_->lifecycle.markFirstRunSetupIfComplete(); }
 void StatusViewModel::registerHelper() { rooms_->lifecycle.registerHelper(); }
 void StatusViewModel::resetHelper(bool isAutomatic) { rooms_->lifecycle.resetHelper(isAutomatic); }
+
+void StatusViewModel::setSelfUpdateAvailable(std::optional<SelfUpdateAvailability> available) {
+  rooms_->selfUpdate.setAvailable(std::move(available));
+}
+void StatusViewModel::startSelfUpdate(const Label& label) { rooms_->selfUpdate.startSelfUpdate(label); }
 
 }  // namespace corvane

@@ -128,6 +128,10 @@ class StatusViewModel {
   void registerHelper();
   void resetHelper(bool isAutomatic);
 
+  // An update of this program itself.
+  void setSelfUpdateAvailable(std::optional<SelfUpdateAvailability> available);
+  void startSelfUpdate(const Label& label);
+
  private:
   struct Rooms;
   std::unique_ptr<Rooms> rooms_;

@@ -44,6 +44,7 @@ class RecordingCrossings final : public Crossings {
   }
   void recheck(const Labels& labels, Task) override { calls.push_back("recheck " + joined(labels)); }
   void patchAll(const Labels& labels) override { calls.push_back("patchAll " + joined(labels)); }
+  void patchSingle(const Label& label) override { calls.push_back("patchSingle " + label.text); }
   void installNow() override { calls.emplace_back("installNow"); }
   void armEnforcement(HardPromptReason) override { calls.emplace_back("armEnforcement"); }
   void setPromptHost(DeferralPromptHost) override { calls.emplace_back("setPromptHost"); }
