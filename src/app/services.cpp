@@ -16,6 +16,7 @@ Services::Services(Ports ports)
                     .main = ports.main,
                     .entropy = ports.entropy},
                    ports.places.helperHeartbeat()),
+      helperState(ports.places.helperState(), ports.files, ports.log),
       scheduledApps(ports.places.helperDiscoveredApps(), ports.files, ports.log),
       receipts(ports.places.receipts(), ports.files, ports.log),
       deferralEvents(ports.places.deferralEventsFolder(), ports.userName, ports.files, ports.log),
@@ -23,6 +24,7 @@ Services::Services(Ports ports)
       failures(receiptsSnapshot),
       installs(receiptsSnapshot),
       installFacts(ports.places.labelsFolder(), ports.places.root, Logger(ports.log, "LabelCatalog")),
+      neutral(preferences),
       ports_(std::move(ports)) {}
 
 WorkflowServices Services::workflow() {
@@ -42,13 +44,13 @@ WorkflowServices Services::workflow() {
           .preferences = preferences,
           .helper = helper,
           .installation = installation,
+          .helperState = helperState,
           .scheduledApps = scheduledApps,
           .receipts = receipts,
           .deferralEvents = deferralEvents,
           .failures = failures,
           .installs = installs,
           .installFacts = installFacts,
-          .sideEffects = neutral.sideEffects,
           .prompts = promptWindows,
           .notices = neutral.notices,
           .signals = neutral.signals,

@@ -70,6 +70,7 @@ class Services {
   PreferenceManager preferences;
   HelperServiceClient helper;
   HelperInstallationService installation;
+  HelperBackgroundPatchStateStore helperState;
   HelperScheduledDiscoveryAppsStore scheduledApps;
   ReceiptManager receipts;
   DeferralEventManager deferralEvents;
@@ -78,7 +79,7 @@ class Services {
   LabelInstallHistoryCache installs;
   LabelFileInstallFacts installFacts;
   PromptWindows promptWindows;
-  // What a program without notifications, schedulers and signals has in their places.
+  // What a program without notifications and signals has in their places.
   NeutralParts neutral;
 
  private:

@@ -13,8 +13,8 @@
 #include "workflow/inventory.h"
 #include "workflow/patch_cycle.h"
 #include "workflow/patch_run.h"
+#include "workflow/pending_update_side_effects.h"
 #include "workflow/self_update_start.h"
-#include "workflow/side_effect_sequence.h"
 #include "workflow/status_texts.h"
 #include "workflow/update_all_flow.h"
 #include "workflow/watchpoint.h"
@@ -49,8 +49,9 @@ struct StatusViewModel::Rooms final : Crossings {
   void patchAll(const Labels& labels) override { run.startPatching(labels, DiscoveryOperation::patchAll, {}, {}); }
   void patchSingle(const Label& label) override { run.startPatching({label}, DiscoveryOperation::patchSingle, {}, {}); }
 
-  void installNow() override { updateAll.installNow(); }
-  void armEnforcement(HardPromptReason reason) override { updateAll.armEnforcement(reason); }
+  void updateAll(DeferralPromptHost host) override { updateAllFlow.updateAll(host); }
+  void installNow() override { updateAllFlow.installNow(); }
+  void armEnforcement(HardPromptReason reason) override { updateAllFlow.armEnforcement(reason); }
 
   void updatesPutOff(DiscoveryOperation operation, const Labels& labels) override {
     cycle.updatesPutOff(operation, labels);
@@ -71,6 +72,7 @@ struct StatusViewModel::Rooms final : Crossings {
   void setPromptHost(DeferralPromptHost host) override { deferrals.setPromptHost(host); }
   void askUser(DeferralEscalation escalation) override { deferrals.ask(escalation); }
   void dismissDeferralPrompt() override { deferrals.dismissDeferralPrompt(); }
+  bool applyAutomaticFocusDeferralIfNeeded() override { return deferrals.applyAutomaticFocusDeferralIfNeeded(); }
   void deadlineRead(std::optional<Date> hardDeadline) override { deferrals.setHardDeadlineDate(hardDeadline); }
   void deadlineSettled() override { deferrals.settleDeadline(); }
 
@@ -79,10 +81,12 @@ struct StatusViewModel::Rooms final : Crossings {
     if (begun) lifecycle.evaluateAutoReset();
   }
 
-  void pendingUpdatesCounted() override { sequence.pendingUpdatesCounted(); }
-  void refreshFailed() override { sequence.refreshFailed(); }
-  void forgetStagedLabels() override { sequence.forgetStagedLabels(); }
-  void forgetClosedAppsAttempt() override { sequence.forgetClosedAppsAttempt(); }
+  void pendingUpdatesCounted() override {
+    if (begun) sideEffects.pendingUpdatesCounted();
+  }
+  void refreshFailed() override { sideEffects.refreshFailed(); }
+  void forgetStagedLabels() override { sideEffects.forgetStagedLabels(); }
+  void forgetClosedAppsAttempt() override { sideEffects.forgetClosedAppsAttempt(); }
 
   void fieldsChanged() override {
     if (changeTold) return;
@@ -121,8 +125,8 @@ struct StatusViewModel::Rooms final : Crossings {
   HelperPassMirror mirror{context};
   HelperLifecycle lifecycle{context, fields.helper};
   DeferralActions deferrals{context, fields.deferral};
-  UpdateAllFlow updateAll{context, fields.updateAll};
-  SideEffectSequence sequence{context, fields.sideEffects};
+  UpdateAllFlow updateAllFlow{context, fields.updateAll};
+  PendingUpdateSideEffects sideEffects{context, fields.sideEffects};
   SelfUpdateStart selfUpdate{context, fields.selfUpdate};
   std::vector<Lease> subscriptions;
   Lifeline lifeline;
@@ -143,7 +147,7 @@ void StatusViewModel::Rooms::subscribe() {
   on<CorvaneHelperPassProgress>([this](const CorvaneHelperPassProgress& pass) { mirror.progressed(pass); });
   on<ShowDeferralPromptFromNotification>([this](const auto&) {
     log.info("Received notification deep-link — invoking updateAll() to surface the deferral prompt.");
-    updateAll.updateAll(DeferralPromptHost::standalone);
+    updateAllFlow.updateAll(DeferralPromptHost::standalone);
   });
   on<CorvaneSettingsDidChange>([this](const auto&) {
     inventory.refreshDeadlineDisplay();
@@ -163,6 +167,10 @@ void StatusViewModel::begin() {
   rooms_->begun = true;
   if (!rooms_->fields.inventory.apps.empty()) rooms_->inventory.recomputeCounts(SideEffects::run);
   rooms_->subscribe();
+}
+
+void StatusViewModel::setClosedAppsPatcher(ClosedAppsPatcher* patcher) {
+  rooms_->sideEffects.setClosedAppsPatcher(patcher);
 }
 
 const StatusFields& StatusViewModel::fields() const { return rooms_->fields; }
@@ -277,6 +285,7 @@ void StatusViewModel::startBackgroundPatch(const Labels& labels, const Labels& a
                                            PatchCompletion completion) {
   rooms_->run.startBackgroundPatch(labels, alsoStageLabels, std::move(completion));
 }
+void StatusViewModel::stageDetectedUpdates(const Labels& labels) { rooms_->sideEffects.stageDetectedUpdates(labels); }
 void StatusViewModel::completePatchingCycle() { rooms_->cycle.completePatchingCycle(); }
 void StatusViewModel::recordSuccessfulPatchRun(Date completedAt) {
   rooms_->cycle.recordSuccessfulPatchRun(completedAt);
@@ -285,9 +294,9 @@ bool StatusViewModel::completeSatisfiedDeferralCycleIfNeeded() {
   return rooms_->cycle.completeSatisfiedDeferralCycleIfNeeded();
 }
 
-void StatusViewModel::updateAll(DeferralPromptHost host) { rooms_->updateAll.updateAll(host); }
-void StatusViewModel::updateAllFromMenuBar() { rooms_->updateAll.updateAllFromMenuBar(); }
-void StatusViewModel::installNow() { rooms_->updateAll.installNow(); }
+void StatusViewModel::updateAll(DeferralPromptHost host) { rooms_->updateAllFlow.updateAll(host); }
+void StatusViewModel::updateAllFromMenuBar() { rooms_->updateAllFlow.updateAllFromMenuBar(); }
+void StatusViewModel::installNow() { rooms_->updateAllFlow.installNow(); }
 
 void StatusViewModel::presentDeferralPrompt() { rooms_->deferrals.presentDeferralPrompt(); }
 void StatusViewModel::closeDeferralPrompt() {
