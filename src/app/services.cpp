@@ -16,6 +16,7 @@ Services::Services(Ports ports)
                     .main = ports.main,
                     .entropy = ports.entropy},
                    ports.places.helperHeartbeat()),
+      helperState(ports.places.helperState(), ports.files, ports.log),
       scheduledApps(ports.places.helperDiscoveredApps(), ports.files, ports.log),
       receipts(ports.places.receipts(), ports.files, ports.log),
       deferralEvents(ports.places.deferralEventsFolder(), ports.userName, ports.files, ports.log),
@@ -24,6 +25,7 @@ Services::Services(Ports ports)
       installs(receiptsSnapshot),
       latestReceipts(receiptsSnapshot),
       installFacts(ports.places.labelsFolder(), ports.places.root, Logger(ports.log, "LabelCatalog")),
+      neutral(preferences),
       ports_(std::move(ports)) {}
 
 WorkflowServices Services::workflow() {
@@ -43,6 +45,7 @@ WorkflowServices Services::workflow() {
           .preferences = preferences,
           .helper = helper,
           .installation = installation,
+          .helperState = helperState,
           .scheduledApps = scheduledApps,
           .receipts = receipts,
           .deferralEvents = deferralEvents,
@@ -50,12 +53,10 @@ WorkflowServices Services::workflow() {
           .installs = installs,
           .latestReceipts = latestReceipts,
           .installFacts = installFacts,
-          .sideEffects = neutral.sideEffects,
           .prompts = promptWindows,
           .notices = neutral.notices,
           .signals = neutral.signals,
-          .selfUpdateDisplay = neutral.selfUpdateDisplay,
-          .helperReset = neutral.helperReset};
+          .selfUpdateDisplay = neutral.selfUpdateDisplay};
 }
 
 }  // namespace corvane

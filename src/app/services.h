@@ -70,6 +70,7 @@ class Services {
   PreferenceManager preferences;
   HelperServiceClient helper;
   HelperInstallationService installation;
+  HelperBackgroundPatchStateStore helperState;
   HelperScheduledDiscoveryAppsStore scheduledApps;
   ReceiptManager receipts;
   DeferralEventManager deferralEvents;
@@ -79,7 +80,7 @@ class Services {
   LatestReceiptsCache latestReceipts;
   LabelFileInstallFacts installFacts;
   PromptWindows promptWindows;
-  // What a program without notifications, schedulers and signals has in their places.
+  // What a program without notifications and signals has in their places.
   NeutralParts neutral;
 
  private:

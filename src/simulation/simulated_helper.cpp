@@ -77,18 +77,28 @@ void SimulatedHelper::discoverAppsForLabels(const Labels& labels, bool latestVer
 }
 
 void SimulatedHelper::startPatching(const Labels& labels, const Labels&, Completion<Result<PatchRunAnswer>> done) {
+  const bool refused = behaviour.busy || behaviour.outOfReach;
+  if (labels.empty())  // downloads only, which take no time here and never stand beside a run
+    return answerAfter<Result<PatchRunAnswer>>(runs_, Duration::zero(), std::move(done),
+                                               [this, refused]() -> Result<PatchRunAnswer> {
+                                                 if (refused) return refusal();
+                                                 return patchRunAnswer(0, 0, {}, {});
+                                               });
   if (onRun) onRun(labels, runsOut_);
   ++runsOut_;
-  const bool refused = behaviour.busy || behaviour.outOfReach;
   const auto takes = refused ? Duration::zero() : behaviour.installTakes * static_cast<int>(labels.size());
-  answerAfter<Result<PatchRunAnswer>>(
-      runs_, takes, std::move(done), [this, labels, refused]() -> Result<PatchRunAnswer> {
-        --runsOut_;
-        if (!refused) return install(labels);
-        if (onRunEnded) onRunEnded({}, labels);
-        if (behaviour.outOfReach) return std::unexpected(outOfReach());
-        return failure(XPCError::domain, XPCError::discoveryFailed + 1, "The helper is busy.");
-      });
+  answerAfter<Result<PatchRunAnswer>>(runs_, takes, std::move(done),
+                                      [this, labels, refused]() -> Result<PatchRunAnswer> {
+                                        --runsOut_;
+                                        if (!refused) return install(labels);
+                                        if (onRunEnded) onRunEnded({}, labels);
+                                        return refusal();
+                                      });
+}
+
+std::unexpected<Error> SimulatedHelper::refusal() const {
+  if (behaviour.outOfReach) return std::unexpected(outOfReach());
+  return failure(XPCError::domain, XPCError::discoveryFailed + 1, "The helper is busy.");
 }
 
 PatchRunAnswer SimulatedHelper::install(const Labels& labels) {

@@ -70,6 +70,7 @@ class SimulatedHelper final : public XPCServiceClient {
   void answerAfter(Queue<Answer>& queue, Duration delay, Completion<Answer> done, std::function<Answer()> make);
   void discover(Labels labels, bool latestVersions, Completion<Result<Apps>> done);
   PatchRunAnswer install(const Labels& labels);
+  [[nodiscard]] std::unexpected<Error> refusal() const;
 
   MainQueue& main_;
   const Clock& clock_;

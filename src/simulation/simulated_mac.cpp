@@ -55,6 +55,7 @@ SimulatedMac::SimulatedMac(const SimulatedMacPlan& plan)
                 .preferences = preferences_,
                 .helper = helper_,
                 .installation = installation_,
+                .helperState = helperState_,
                 .scheduledApps = scheduledApps_,
                 .receipts = receipts_,
                 .deferralEvents = deferralEvents_,
@@ -62,18 +63,16 @@ SimulatedMac::SimulatedMac(const SimulatedMacPlan& plan)
                 .installs = installs_,
                 .latestReceipts = latestReceipts_,
                 .installFacts = installFacts_,
-                .sideEffects = sideEffects_,
                 .prompts = panel_,
-                .notices = neutral_.notices,
+                .notices = notices_,
                 .signals = neutral_.signals,
-                .selfUpdateDisplay = neutral_.selfUpdateDisplay,
-                .helperReset = neutral_.helperReset},
+                .selfUpdateDisplay = neutral_.selfUpdateDisplay},
       dailyCheck_(plan.dailyCheck) {
   log_.keeps = plan.keepsLog;
   store(plan);
   helper_.onRun = [this](const Labels& labels, int others) { runStarted(labels, others); };
   helper_.onRunEnded = [this](const Labels& installed, const Labels& failed) { runEnded(installed, failed); };
-  sideEffects_.counted = [this] { time_.main().post([this] { deliver(); }); };
+  notices_.delivered = [this] { time_.main().post([this] { deliver(); }); };
   settingsWatch_ = preferences_.startWatching();
   model_ = std::make_unique<StatusViewModel>(services_);
   changes_ = model_->observe([this] { noticed(); });
@@ -140,8 +139,7 @@ void SimulatedMac::planDailyCheck() {
   });
 }
 
-// The end of what new counts set off, with no closed applications to patch first: whoever has updates and nothing armed
-// is asked.
+// No application of this Mac is ever open, so it is asked about closed ones: whoever has updates and nothing armed.
 void SimulatedMac::deliver() {
   if (!model_ || !model_->isIdle()) return;
   const auto& fields = model_->fields();
@@ -198,7 +196,6 @@ void SimulatedMac::noticedCycle() {
 }
 
 void SimulatedMac::runStarted(const Labels& labels, int others) {
-  if (labels.empty()) return;
   if (others > 0) broken("two runs at once");
   const bool asked = person_->saidInstall();
   const bool hard = model_->fields().deferral.currentDeferralEscalation == DeferralEscalation::hard;

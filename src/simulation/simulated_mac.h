@@ -112,6 +112,7 @@ class SimulatedMac {
   ScriptedOwnBundle bundle_;
   HelperInstallationService installation_{
       {registration_, files_, bundle_, preferences_, time_.clock(), time_.main(), entropy_}, places_.helperHeartbeat()};
+  HelperBackgroundPatchStateStore helperState_{places_.helperState(), files_, log_};
   HelperScheduledDiscoveryAppsStore scheduledApps_{places_.helperDiscoveredApps(), files_, log_};
   ReceiptManager receipts_{places_.receipts(), files_, log_};
   ReceiptsSnapshot snapshot_{receipts_, files_};
@@ -120,9 +121,9 @@ class SimulatedMac {
   LatestReceiptsCache latestReceipts_{snapshot_};
   DeferralEventManager deferralEvents_{places_.deferralEventsFolder(), "ada", files_, log_};
   SimulatedHelper helper_{time_.main(), time_.clock(), receipts_};
-  SimulatedSideEffects sideEffects_;
   SimulatedPanel panel_;
-  NeutralParts neutral_;
+  NeutralParts neutral_{preferences_};
+  SimulatedNotices notices_;
   ScriptedFocusState focus_;
   ScriptedPowerSource power_;
   NoInstallFacts installFacts_;

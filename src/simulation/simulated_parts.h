@@ -52,13 +52,19 @@ class SimulatedFiles final : public ScriptedFiles {
   std::filesystem::path heartbeat_;
 };
 
-// Tells whoever listens that counts are new.
-struct SimulatedSideEffects final : PendingUpdateSideEffects {
-  std::function<void()> counted;
-  void runPendingUpdateSideEffects() override {
-    if (counted) counted();
+// Shows nothing, and says when what new counts have set off came to its end.
+struct SimulatedNotices final : DeferralNotices {
+  std::function<void()> delivered;
+  void notifyUpdatesAvailable(const UpdatesAvailable&) override {
+    if (delivered) delivered();
   }
-  void deliverDeferral(bool, bool) override {}
+  void dismissUpdateNotifications(Task done) override {
+    if (done) done();
+  }
+  void notifyDialogTimeoutDeferred(std::int64_t, std::int64_t, bool) override {}
+  void notifyDeferralEnded(std::int64_t) override {}
+  void scheduleReminders(Date, std::int64_t) override {}
+  void cancelReminders() override {}
 };
 
 struct SimulatedPanel final : PromptPresenter {

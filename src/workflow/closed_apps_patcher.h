@@ -12,7 +12,7 @@ enum class ClosedAppsOutcome { failed, succeeded, notRun, helperPassRunning };
 class ClosedAppsPatcher {
  public:
   virtual ~ClosedAppsPatcher() = default;
-  // Answers once, on the main queue.
+  // Answers once, on the main queue, perhaps within the call.
   virtual void patchClosedApps(Completion<ClosedAppsOutcome> done) = 0;
 };
 

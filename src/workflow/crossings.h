@@ -45,8 +45,10 @@ class Crossings {
 
   // Into the patch run.
   virtual void patchAll(const Labels& labels) = 0;
+  virtual void patchSingle(const Label& label) = 0;
 
   // Into the flow of Update All.
+  virtual void updateAll(DeferralPromptHost host) = 0;
   virtual void installNow() = 0;
   virtual void armEnforcement(HardPromptReason reason) = 0;  // before a hard prompt is presented
 
@@ -66,14 +68,15 @@ class Crossings {
   virtual void setPromptHost(DeferralPromptHost host) = 0;
   virtual void askUser(DeferralEscalation escalation) = 0;
   virtual void dismissDeferralPrompt() = 0;
+  virtual bool applyAutomaticFocusDeferralIfNeeded() = 0;           // whether the dialog must stay hidden
   virtual void deadlineRead(std::optional<Date> hardDeadline) = 0;  // for display
   virtual void deadlineSettled() = 0;                               // the cycle was completed
 
-  // Into the state of the helper.
+  // Into the state of the helper. Nothing is reset by itself before the model has begun.
   virtual void refreshHelperState(bool runAutoReset) = 0;
   virtual void evaluateAutoReset() = 0;
 
-  // Into what pending updates set off.
+  // Into what pending updates set off: nothing before the model has begun.
   virtual void pendingUpdatesCounted() = 0;
   virtual void refreshFailed() = 0;
   virtual void forgetStagedLabels() = 0;       // the helper completed a pass of its own

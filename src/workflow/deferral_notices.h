@@ -9,10 +9,23 @@
 
 namespace corvane {
 
+// What is pending, for who is not looking at the program.
+struct UpdatesAvailable {
+  std::int64_t open = 0;   // of open applications: the user has to act
+  std::int64_t total = 0;  // with the closed ones
+  bool closedAppsHandledElsewhere = false;
+  bool closedAppsWaitForACPower = false;
+  friend bool operator==(const UpdatesAvailable&, const UpdatesAvailable&) = default;
+};
+
 // Main thread.
 class DeferralNotices {
  public:
   virtual ~DeferralNotices() = default;
+
+  // Tells of a rise only. Outside of a complete cycle it leaves a stored count of notified updates that is not below
+  // `open`, whether or not anything was shown: the dialog comes once for each rise of it.
+  virtual void notifyUpdatesAvailable(const UpdatesAvailable& updates) = 0;
 
   // Takes delivered notifications of updates away; `done` runs on the main queue once they are gone.
   virtual void dismissUpdateNotifications(Task done) = 0;

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <chrono>
 #include <utility>
 
 #include "base/localized.h"
@@ -71,6 +72,84 @@ void HelperLifecycle::markFirstRunSetupIfComplete() {
   c_.services.preferences.writeFirstRunSetupCompleted(true);
   c_.crossings.fieldsChanged();
   c_.log.info("First-run setup marked complete.");
+}
+
+void HelperLifecycle::evaluateAutoReset() {
+  const auto now = c_.services.clock.now();
+  auto& store = c_.services.preferences;
+  if (fields_.postLoginHelperGraceDeadline && now < *fields_.postLoginHelperGraceDeadline) return;
+  if (!store.loadConfiguration()->autoResetHelperOnLaunch || fields_.didAttemptAutoReset) return;
+  if (c_.gate.patching()) return;
+  const auto found = trouble();
+  if (!found.operationallyBroken && !found.binaryChanged) return;
+  // A date further ahead is of a clock that was set back since.
+  if (const auto last = store.readLastAutoHelperResetDate(); last && std::chrono::abs(now - *last) < kResetInterval)
+    return logSkippedReset(now - *last, found);
+  fields_.didAttemptAutoReset = true;
+  store.writeLastAutoHelperResetDate(now);
+  if (found.binaryChanged)
+    c_.log.warning("Helper binary cdhash changed since last registration — auto-resetting to refresh launchd binding");
+  else
+    c_.log.warning(
+        fmt::format("Helper reports {} but is not operational — auto-resetting", helperStatusName(found.status)));
+  resetHelper(true);
+}
+
+HelperLifecycle::Trouble HelperLifecycle::trouble() const {
+  const auto& service = c_.services.installation;
+  const auto status = service.status();
+  const bool shouldRun = status == HelperStatus::enabled || status == HelperStatus::unknown;
+  return {.status = status,
+          .operationallyBroken = shouldRun && !service.isOperational(),
+          .binaryChanged = status == HelperStatus::enabled && service.helperBinaryHasChanged()};
+}
+
+void HelperLifecycle::logSkippedReset(Duration sinceLast, const Trouble& found) {
+  if (std::exchange(fields_.didLogAutoResetSkip, true)) return;
+  c_.log.info(
+      fmt::format("Skipping auto-reset; last attempt was {}s ago (status={}, operationallyBroken={}, "
+                  "binaryChanged={}). Clear LastAutoHelperResetDate to retry sooner.",
+                  std::chrono::duration_cast<std::chrono::seconds>(sinceLast).count(), helperStatusName(found.status),
+                  found.operationallyBroken, found.binaryChanged));
+}
+
+void HelperLifecycle::reconcileHelperAfterLogin() {
+  const auto& service = c_.services.installation;
+  const auto status = service.status();
+  if (status == HelperStatus::enabled && service.helperBinaryHasChanged()) return c_.crossings.evaluateAutoReset();
+  if (status != HelperStatus::enabled && status != HelperStatus::unknown) return;
+  if (service.isOperational()) return;
+  fields_.postLoginHelperGraceDeadline = c_.services.clock.now() + kLoginGrace;
+  graceEnds_ = c_.services.clock.steadyNow() + kLoginGrace;
+  c_.crossings.fieldsChanged();
+  c_.log.info("Helper is registered but not running yet; waiting up to 20s for it to load after login.");
+  postLoginHelperReconcile_ = c_.services.main.every(kGracePoll, [this] { lookForLateHelper(); });
+}
+
+void HelperLifecycle::lookForLateHelper() {
+  refreshHelperState(false);
+  const auto& clock = c_.services.clock;
+  const bool isOver = clock.now() >= *fields_.postLoginHelperGraceDeadline || clock.steadyNow() >= graceEnds_;
+  if (!fields_.helperOperational && !isOver) return;
+  fields_.postLoginHelperGraceDeadline.reset();
+  c_.crossings.fieldsChanged();
+  if (!fields_.helperOperational) return kickstart();
+  c_.log.info("Helper heartbeat appeared during the post-login wait.");
+  postLoginHelperReconcile_.release();
+}
+
+void HelperLifecycle::kickstart() {
+  const auto code = c_.services.installation.kickstartRegisteredDaemon();
+  c_.log.info(fmt::format("Asked launchd to start the registered helper (kickstart status={}).",
+                          code ? std::to_string(*code) : "could not launch launchctl"));
+  postLoginHelperReconcile_ = c_.services.main.after(kAfterKickstart, [this] { lookAfterKickstart(); });
+}
+
+void HelperLifecycle::lookAfterKickstart() {
+  refreshHelperState(false);
+  if (fields_.helperOperational) return c_.log.info("Helper is running after kickstart.");
+  c_.log.warning("Helper still not running after kickstart; falling back to re-register.");
+  c_.crossings.evaluateAutoReset();
 }
 
 void HelperLifecycle::registerHelper() {

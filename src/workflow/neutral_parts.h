@@ -1,21 +1,27 @@
-// The parts of a program that has no notifications, no scheduler and no signals: each is silent, and nothing
-// that the workflow promises depends on it.
+// The parts of a program that has no notifications and no signals: each is silent, and nothing that the workflow
+// promises depends on it.
 #pragma once
 
+#include "core/preferences/preference_manager.h"
 #include "core/records/usage_signals.h"
 #include "workflow/deferral_notices.h"
-#include "workflow/helper_reset_decision.h"
-#include "workflow/pending_update_side_effects.h"
 #include "workflow/self_update_display.h"
 
 namespace corvane {
 
 struct NeutralParts {
-  struct SideEffects final : PendingUpdateSideEffects {
-    void runPendingUpdateSideEffects() override {}
-    void deliverDeferral(bool, bool) override {}
-  } sideEffects;
+  explicit NeutralParts(PreferenceManager& preferences) : notices(preferences) {}
+
   struct Notices final : DeferralNotices {
+    explicit Notices(PreferenceManager& preferences) : preferences(preferences) {}
+    PreferenceManager& preferences;
+
+    // Keeps count as one that tells would.
+    void notifyUpdatesAvailable(const UpdatesAvailable& updates) override {
+      const auto known = preferences.readLastNotifiedPendingUpdatesCount();
+      if (updates.open > known || (updates.open == 0 && known != 0))
+        preferences.writeLastNotifiedPendingUpdatesCount(updates.open);
+    }
     void dismissUpdateNotifications(Task done) override {
       if (done) done();
     }
@@ -30,10 +36,6 @@ struct NeutralParts {
   struct Display final : SelfUpdateDisplay {
     void lookUp(const Apps&) override {}
   } selfUpdateDisplay;
-  struct Reset final : HelperResetDecision {
-    void evaluateAutoReset() override {}
-    void reconcileHelperAfterLogin() override {}
-  } helperReset;
 };
 
 }  // namespace corvane

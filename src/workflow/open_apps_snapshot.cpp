@@ -11,6 +11,12 @@
 
 namespace corvane {
 
+std::set<Label> OpenAppsSnapshot::labels() const {
+  std::set<Label> all;
+  for (const auto& app : apps) all.insert(app.label);
+  return all;
+}
+
 std::set<Label> OpenAppsSnapshot::closedLabels() const {
   std::set<Label> closed;
   for (const auto& app : apps)

@@ -13,6 +13,7 @@ struct OpenAppsSnapshot {
   std::set<Label> openLabels;
   bool canPatchClosedApps = false;        // some are closed, and settings and power let them be patched
   bool closedAppsWaitForACPower = false;  // some are closed, and the battery alone holds them up
+  [[nodiscard]] std::set<Label> labels() const;
   [[nodiscard]] std::set<Label> closedLabels() const;
 };
 

@@ -23,6 +23,9 @@ class OperationGate {
   // beside the flags, since the end of a helper's pass clears the shown state of a background run of ours.
   [[nodiscard]] bool busy() const { return fields_.isLoading || fields_.isPatching || ownRunOut_; }
 
+  // A patch run is shown, or one of this process has not answered.
+  [[nodiscard]] bool patching() const { return fields_.isPatching || ownRunOut_; }
+
   void setLoading(bool loading);
   void setPatching(bool patching);
   void setOperation(std::optional<DiscoveryOperation> operation);

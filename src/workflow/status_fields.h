@@ -167,7 +167,7 @@ struct HelperFields {
   std::optional<Date> postLoginHelperGraceDeadline;
 };
 
-// Written by the self-update scheduler through the model.
+// Written by SelfUpdateStart.
 struct SelfUpdateFields {
   std::optional<SelfUpdateAvailability> selfUpdateAvailable;
   bool selfUpdateQueued = false;

@@ -13,7 +13,8 @@
 #include "workflow/inventory.h"
 #include "workflow/patch_cycle.h"
 #include "workflow/patch_run.h"
-#include "workflow/side_effect_sequence.h"
+#include "workflow/pending_update_side_effects.h"
+#include "workflow/self_update_start.h"
 #include "workflow/status_texts.h"
 #include "workflow/update_all_flow.h"
 #include "workflow/watchpoint.h"
@@ -46,9 +47,11 @@ struct StatusViewModel::Rooms final : Crossings {
   }
 
   void patchAll(const Labels& labels) override { run.startPatching(labels, DiscoveryOperation::patchAll, {}, {}); }
+  void patchSingle(const Label& label) override { run.startPatching({label}, DiscoveryOperation::patchSingle, {}, {}); }
 
-  void installNow() override { updateAll.installNow(); }
-  void armEnforcement(HardPromptReason reason) override { updateAll.armEnforcement(reason); }
+  void updateAll(DeferralPromptHost host) override { updateAllFlow.updateAll(host); }
+  void installNow() override { updateAllFlow.installNow(); }
+  void armEnforcement(HardPromptReason reason) override { updateAllFlow.armEnforcement(reason); }
 
   void updatesPutOff(DiscoveryOperation operation, const Labels& labels) override {
     cycle.updatesPutOff(operation, labels);
@@ -69,16 +72,21 @@ struct StatusViewModel::Rooms final : Crossings {
   void setPromptHost(DeferralPromptHost host) override { deferrals.setPromptHost(host); }
   void askUser(DeferralEscalation escalation) override { deferrals.ask(escalation); }
   void dismissDeferralPrompt() override { deferrals.dismissDeferralPrompt(); }
+  bool applyAutomaticFocusDeferralIfNeeded() override { return deferrals.applyAutomaticFocusDeferralIfNeeded(); }
   void deadlineRead(std::optional<Date> hardDeadline) override { deferrals.setHardDeadlineDate(hardDeadline); }
   void deadlineSettled() override { deferrals.settleDeadline(); }
 
   void refreshHelperState(bool runAutoReset) override { lifecycle.refreshHelperState(runAutoReset); }
-  void evaluateAutoReset() override { services.helperReset.evaluateAutoReset(); }
+  void evaluateAutoReset() override {
+    if (begun) lifecycle.evaluateAutoReset();
+  }
 
-  void pendingUpdatesCounted() override { sequence.pendingUpdatesCounted(); }
-  void refreshFailed() override { sequence.refreshFailed(); }
-  void forgetStagedLabels() override { sequence.forgetStagedLabels(); }
-  void forgetClosedAppsAttempt() override { sequence.forgetClosedAppsAttempt(); }
+  void pendingUpdatesCounted() override {
+    if (begun) sideEffects.pendingUpdatesCounted();
+  }
+  void refreshFailed() override { sideEffects.refreshFailed(); }
+  void forgetStagedLabels() override { sideEffects.forgetStagedLabels(); }
+  void forgetClosedAppsAttempt() override { sideEffects.forgetClosedAppsAttempt(); }
 
   void fieldsChanged() override {
     if (changeTold) return;
@@ -101,6 +109,7 @@ struct StatusViewModel::Rooms final : Crossings {
   WorkflowServices services;
   StatusFields fields;
   Logger log{services.log, "StatusViewModel"};
+  bool begun = false;
   bool changeTold = false;
   Observers observers;
 
@@ -116,8 +125,9 @@ struct StatusViewModel::Rooms final : Crossings {
   HelperPassMirror mirror{context};
   HelperLifecycle lifecycle{context, fields.helper};
   DeferralActions deferrals{context, fields.deferral};
-  UpdateAllFlow updateAll{context, fields.updateAll};
-  SideEffectSequence sequence{context, fields.sideEffects};
+  UpdateAllFlow updateAllFlow{context, fields.updateAll};
+  PendingUpdateSideEffects sideEffects{context, fields.sideEffects};
+  SelfUpdateStart selfUpdate{context, fields.selfUpdate};
   std::vector<Lease> subscriptions;
   Lifeline lifeline;
 };
@@ -125,7 +135,7 @@ struct StatusViewModel::Rooms final : Crossings {
 void StatusViewModel::Rooms::subscribe() {
   on<CorvaneDidBecomeActive>([this](const auto&) { inventory.updateDockBadge(); });
   lifecycle.refreshHelperState(false);
-  services.helperReset.reconcileHelperAfterLogin();
+  lifecycle.reconcileHelperAfterLogin();
   on<CorvaneScheduledDiscoveryCompleted>([this](const CorvaneScheduledDiscoveryCompleted& discovery) {
     log.info(fmt::format("Received .corvaneScheduledDiscoveryCompleted (runID {}); applying inventory-only refresh.",
                          discovery.runID.empty() ? "<unknown>" : discovery.runID));
@@ -137,7 +147,7 @@ void StatusViewModel::Rooms::subscribe() {
   on<CorvaneHelperPassProgress>([this](const CorvaneHelperPassProgress& pass) { mirror.progressed(pass); });
   on<ShowDeferralPromptFromNotification>([this](const auto&) {
     log.info("Received notification deep-link — invoking updateAll() to surface the deferral prompt.");
-    updateAll.updateAll(DeferralPromptHost::standalone);
+    updateAllFlow.updateAll(DeferralPromptHost::standalone);
   });
   on<CorvaneSettingsDidChange>([this](const auto&) {
     inventory.refreshDeadlineDisplay();
@@ -154,8 +164,13 @@ StatusViewModel::StatusViewModel(const WorkflowServices& services) : rooms_(std:
 StatusViewModel::~StatusViewModel() = default;
 
 void StatusViewModel::begin() {
+  rooms_->begun = true;
   if (!rooms_->fields.inventory.apps.empty()) rooms_->inventory.recomputeCounts(SideEffects::run);
   rooms_->subscribe();
+}
+
+void StatusViewModel::setClosedAppsPatcher(ClosedAppsPatcher* patcher) {
+  rooms_->sideEffects.setClosedAppsPatcher(patcher);
 }
 
 const StatusFields& StatusViewModel::fields() const { return rooms_->fields; }
@@ -270,6 +285,7 @@ void StatusViewModel::startBackgroundPatch(const Labels& labels, const Labels& a
                                            PatchCompletion completion) {
   rooms_->run.startBackgroundPatch(labels, alsoStageLabels, std::move(completion));
 }
+void StatusViewModel::stageDetectedUpdates(const Labels& labels) { rooms_->sideEffects.stageDetectedUpdates(labels); }
 void StatusViewModel::completePatchingCycle() { rooms_->cycle.completePatchingCycle(); }
 void StatusViewModel::recordSuccessfulPatchRun(Date completedAt) {
   rooms_->cycle.recordSuccessfulPatchRun(completedAt);
@@ -278,9 +294,9 @@ bool StatusViewModel::completeSatisfiedDeferralCycleIfNeeded() {
   return rooms_->cycle.completeSatisfiedDeferralCycleIfNeeded();
 }
 
-void StatusViewModel::updateAll(DeferralPromptHost host) { rooms_->updateAll.updateAll(host); }
-void StatusViewModel::updateAllFromMenuBar() { rooms_->updateAll.updateAllFromMenuBar(); }
-void StatusViewModel::installNow() { rooms_->updateAll.installNow(); }
+void StatusViewModel::updateAll(DeferralPromptHost host) { rooms_->updateAllFlow.updateAll(host); }
+void StatusViewModel::updateAllFromMenuBar() { rooms_->updateAllFlow.updateAllFromMenuBar(); }
+void StatusViewModel::installNow() { rooms_->updateAllFlow.installNow(); }
 
 void StatusViewModel::presentDeferralPrompt() { rooms_->deferrals.presentDeferralPrompt(); }
 void StatusViewModel::closeDeferralPrompt() {
@@ -306,5 +322,10 @@ void StatusViewModel::refreshHelperState(bool runAutoReset) { rooms_->lifecycle.
 void StatusViewModel::markFirstRunSetupIfComplete() { rooms_->lifecycle.markFirstRunSetupIfComplete(); }
 void StatusViewModel::registerHelper() { rooms_->lifecycle.registerHelper(); }
 void StatusViewModel::resetHelper(bool isAutomatic) { rooms_->lifecycle.resetHelper(isAutomatic); }
+
+void StatusViewModel::setSelfUpdateAvailable(std::optional<SelfUpdateAvailability> available) {
+  rooms_->selfUpdate.setAvailable(std::move(available));
+}
+void StatusViewModel::startSelfUpdate(const Label& label) { rooms_->selfUpdate.startSelfUpdate(label); }
 
 }  // namespace corvane

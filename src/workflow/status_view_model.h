@@ -10,6 +10,7 @@
 #include "core/records/history_records.h"
 #include "workflow/app_facts.h"
 #include "workflow/app_predicates.h"
+#include "workflow/closed_apps_patcher.h"
 #include "workflow/crossings.h"
 #include "workflow/deferral_prompt_app.h"
 #include "workflow/discovery_pipeline.h"
@@ -29,8 +30,14 @@ class StatusViewModel {
   ~StatusViewModel();
 
   // From here on the model acts: the badge and what the loaded counts set off, then the broadcasts, the state
-  // of the helper and the wait for a late one. Call it once, after this process has claimed the instance.
+  // of the helper and the wait for a late one. Call it once, after this process has claimed the instance, with the
+  // deadline display refreshed: in a complete cycle nothing is set off. A model that never begins does what it is
+  // asked, and nothing by itself: counts set nothing off, and the helper is reset by request alone.
   void begin();
+
+  // Who patches closed applications before the user hears of the open ones; null where this process does not. It is
+  // taken away before it dies.
+  void setClosedAppsPatcher(ClosedAppsPatcher* patcher);
 
   [[nodiscard]] const StatusFields& fields() const;
 
@@ -99,6 +106,8 @@ class StatusViewModel {
   void startPatching(const Labels& labels, DiscoveryOperation operation, const Labels& alsoStageLabels,
                      PatchCompletion completion);
   void startBackgroundPatch(const Labels& labels, const Labels& alsoStageLabels, PatchCompletion completion);
+  // Downloads alone, while nothing else is under way.
+  void stageDetectedUpdates(const Labels& labels);
   void completePatchingCycle();
   void recordSuccessfulPatchRun(Date completedAt);
   bool completeSatisfiedDeferralCycleIfNeeded();
@@ -126,6 +135,10 @@ class StatusViewModel {
   void markFirstRunSetupIfComplete();
   void registerHelper();
   void resetHelper(bool isAutomatic);
+
+  // An update of this program itself.
+  void setSelfUpdateAvailable(std::optional<SelfUpdateAvailability> available);
+  void startSelfUpdate(const Label& label);
 
  private:
   struct Rooms;

@@ -25,8 +25,6 @@
 #include "platform/power_source.h"
 #include "platform/running_applications.h"
 #include "workflow/deferral_notices.h"
-#include "workflow/helper_reset_decision.h"
-#include "workflow/pending_update_side_effects.h"
 #include "workflow/prompt_presenter.h"
 #include "workflow/self_update_display.h"
 
@@ -50,6 +48,7 @@ struct WorkflowServices {
   PreferenceManager& preferences;
   XPCServiceClient& helper;
   HelperInstallationService& installation;
+  HelperBackgroundPatchStateStore& helperState;
   HelperScheduledDiscoveryAppsStore& scheduledApps;
   ReceiptManager& receipts;
   DeferralEventManager& deferralEvents;
@@ -58,12 +57,10 @@ struct WorkflowServices {
   LatestReceiptsCache& latestReceipts;
   LabelInstallFactsSource& installFacts;
 
-  PendingUpdateSideEffects& sideEffects;
   PromptPresenter& prompts;
   DeferralNotices& notices;
   UsageSignals& signals;
   SelfUpdateDisplay& selfUpdateDisplay;
-  HelperResetDecision& helperReset;
 };
 
 }  // namespace corvane

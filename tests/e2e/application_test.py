@@ -46,6 +46,21 @@ class Application(sample_mac.SampleMacTest):
         self.assertTrue(sample_mac.eventually(lambda: self.log_lines("Launched v")), self.log())
 
     @unittest.skipUnless(WINDOWS, "built without windows")
+    def test_an_open_application_is_asked_about_and_nothing_else(self):
+        self.sample("open", "Quill")
+        self.addCleanup(self.sample, "close", "Quill")
+        self.start()
+        self.assertTrue(sample_mac.eventually(lambda: self.log_lines("presenting the deferral dialog")), self.log())
+        self.assertTrue(sample_mac.eventually(lambda: self.log_lines("checking deferral status")), self.log())
+        said = [line.rpartition("StatusViewModel: ")[2] for line in self.log().splitlines()]
+        order = [line for line in said if line.startswith(("Staging ", "1 open", "Rechecking", "Update All"))]
+        self.assertRegex("\n".join(order), r"^Staging (\d+) update\(s\) before closed-app patching and the deferral\.\n"
+                                           r"1 open app\(s\) need updates — presenting the deferral dialog\.\n"
+                                           r"Rechecking \1 pending label\(s\) before the deferral prompt\.\n"
+                                           r"Update All — checking deferral status$")
+        self.assertEqual(self.user()["LastNotifiedPendingUpdatesCount"], 1)
+
+    @unittest.skipUnless(WINDOWS, "built without windows")
     def test_one_runs_and_owns_the_state(self):
         first = self.start()
         self.assertTrue(sample_mac.eventually(lambda: self.log_lines("Check for Updates summary")), self.log())

@@ -106,7 +106,7 @@ TEST_F(DeferralTest, aCountdownThatRunsOutDefersAndSaysSoAfterwards) {
 }
 
 TEST_F(DeferralTest, aCountdownInstallsWhenSetTo) {
-  domains.setManaged({{"DialogTimeoutDeferralAction", "continue"}});
+  manage({{"DialogTimeoutDeferralAction", "continue"}});
   openPrompt();
   model->dialogTimeoutElapsed();
   EXPECT_TRUE(log.holds("StatusViewModel: Deferral dialog timeout elapsed — continuing with updates."));
@@ -128,7 +128,7 @@ TEST_F(DeferralTest, aHardPromptClosesOnlyWhereItMayAndWithSomethingArmed) {
   ASSERT_EQ(preferences.readNextAutoLaunch(), enforcement);
   model->closeDeferralPrompt();
   EXPECT_TRUE(prompt().showDeferralPrompt) << "not allowed";
-  domains.setManaged({{"HardDeadlineDialogAllowClose", true}});
+  manage({{"HardDeadlineDialogAllowClose", true}});
   preferences.clearNextAutoLaunch();
   model->closeDeferralPrompt();
   EXPECT_TRUE(prompt().showDeferralPrompt) << "nothing armed";

@@ -41,6 +41,7 @@ TEST_F(HelperLifecycleTest, AResetReportsHowItEnded) {
       {HelperStatus::notFound, false, "<none>",
        "Root helper re-registration completed but daemon was not found — reinstall Corvane."},
       {HelperStatus::unknown, false, "Root helper re-registration completed; status unknown.", "<none>"}};
+  manage({{"AutoResetHelperOnLaunch", PlistValue(false)}});  // one would follow on each that failed
   build();
   for (const auto& one : cases) {
     advance(2min);
@@ -110,10 +111,8 @@ TEST_F(HelperLifecycleTest, AFirstRegistrationRefreshesOrTellsWhy) {
   EXPECT_EQ(error(), "Helper registration failed: not allowed");
   registration.registerFailure.reset();
   beatsAfterRegistration();
-  const auto before = reset.evaluated;
   model->registerHelper();
   EXPECT_TRUE(fields().helper.helperOperational);
-  EXPECT_EQ(reset.evaluated, before + 1);
 }
 
 TEST(PendingWatchpointTest, TellsWhatTheArmedMomentIs) {

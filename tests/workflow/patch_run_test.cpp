@@ -208,8 +208,8 @@ TEST_F(PatchRunTest, failuresFollowTheirTable) {
     log.clear();
     signals.sent.clear();
     domains.setUser({{"HardDeferralCount", PlistValue(1)}});
-    domains.setManaged({{"WorkflowUpdateAllErrorCompletesPatching", PlistValue(row.completes)},
-                        {"DeferralTimerError", PlistValue(45)}});
+    manage({{"WorkflowUpdateAllErrorCompletesPatching", PlistValue(row.completes)},
+            {"DeferralTimerError", PlistValue(45)}});
     auto a = outdated("quill");
     buildWith({a});
     start({label("quill"), label("gone")}, row.operation);

@@ -13,6 +13,7 @@ class RecordingCrossings final : public Crossings {
  public:
   std::vector<std::string> calls;
   AppFacts answeredFacts;
+  bool defersForFocus = false;
 
   AppFacts facts() override { return answeredFacts; }
   void replaceApps(Apps) override { calls.emplace_back("replaceApps"); }
@@ -44,6 +45,12 @@ class RecordingCrossings final : public Crossings {
   }
   void recheck(const Labels& labels, Task) override { calls.push_back("recheck " + joined(labels)); }
   void patchAll(const Labels& labels) override { calls.push_back("patchAll " + joined(labels)); }
+  void patchSingle(const Label& label) override { calls.push_back("patchSingle " + label.text); }
+  void updateAll(DeferralPromptHost) override { calls.emplace_back("updateAll"); }
+  bool applyAutomaticFocusDeferralIfNeeded() override {
+    calls.emplace_back("applyAutomaticFocusDeferralIfNeeded");
+    return defersForFocus;
+  }
   void installNow() override { calls.emplace_back("installNow"); }
   void armEnforcement(HardPromptReason) override { calls.emplace_back("armEnforcement"); }
   void setPromptHost(DeferralPromptHost) override { calls.emplace_back("setPromptHost"); }

@@ -1,7 +1,7 @@
 // Rooms on their own, where what matters is which arrows they send out and in which order.
 #include "recording_crossings.h"
 #include "workflow/patch_cycle.h"
-#include "workflow/side_effect_sequence.h"
+#include "workflow/pending_update_side_effects.h"
 #include "workflow_fixture.h"
 
 namespace corvane {
@@ -31,7 +31,7 @@ TEST_F(RoomTest, anOpenPromptIsClosedBeforeARetryIsArmed) {
 }
 
 TEST_F(RoomTest, aConfiguredTitleStandsInTheRetryText) {
-  domains.setManaged({{"AppTitle", PlistValue("Acme {0} Updates")}});
+  manage({{"AppTitle", PlistValue("Acme {0} Updates")}});
   PatchCycle(context).applyPatchErrorFollowUp(DiscoveryOperation::patchAll, {label("a")}, "");
   EXPECT_EQ(state.messages.statusMessage, "An update failed. Acme {0} Updates will try again in 60 minutes.");
 }
@@ -42,7 +42,7 @@ TEST_F(RoomTest, aCycleIsClosedOrMarkedInTheOrderOfItsEffects) {
   cycle.completePatchingCycle();
   EXPECT_EQ(crossings.calls, (Calls{"dismissDeferralPrompt", "deadlineSettled", "forgetClosedAppsAttempt"}));
   crossings.calls.clear();
-  domains.setManaged({{"WorkflowUpdateAllErrorCompletesPatching", PlistValue(true)}});
+  manage({{"WorkflowUpdateAllErrorCompletesPatching", PlistValue(true)}});
   cycle.applyPatchErrorFollowUp(DiscoveryOperation::patchAll, {label("a")}, "Failed: a");
   EXPECT_EQ(crossings.calls,
             (Calls{"dismissDeferralPrompt", "forgetClosedAppsAttempt", "refreshDeadlineDisplay", "recomputeCounts"}));
@@ -52,25 +52,36 @@ TEST_F(RoomTest, aCycleIsClosedOrMarkedInTheOrderOfItsEffects) {
 
 TEST_F(RoomTest, theGateOfTheSequenceDecidesWhatCountsAndFailuresLeadTo) {
   using Gate = OpenAppsNotificationGate;
-  SideEffectSequence sequence(context, state.sideEffects);
+  PendingUpdateSideEffects effects(context, state.sideEffects);
   auto& at = state.sideEffects.openAppsNotificationGate;
-  sequence.pendingUpdatesCounted();
-  EXPECT_EQ(sideEffects.started, 1);
+  const auto told = [&] { return notices.updates.size(); };
+  effects.pendingUpdatesCounted();
+  EXPECT_EQ(told(), 1U);
+  effects.refreshFailed();
   at = Gate::patchingClosedApps;
-  sequence.pendingUpdatesCounted();
-  sequence.refreshFailed();
-  EXPECT_EQ(sideEffects.started + sideEffects.delivered, 1) << "the pass over closed applications goes on";
+  effects.pendingUpdatesCounted();
+  effects.refreshFailed();
+  EXPECT_EQ(told(), 1U) << "the pass over closed applications goes on";
   at = Gate::refreshThenNotify;
-  sequence.pendingUpdatesCounted();
+  effects.pendingUpdatesCounted();
+  EXPECT_EQ(told(), 2U);
   EXPECT_EQ(at, Gate::idle);
-  EXPECT_EQ(sideEffects.delivered, 1);
-  EXPECT_TRUE(said("Closed-app pass finished; delivering the deferral."));
-  sequence.refreshFailed();
-  EXPECT_EQ(sideEffects.delivered, 1);
   at = Gate::refreshThenNotify;
-  sequence.refreshFailed();
-  EXPECT_EQ(sideEffects.delivered, 2);
-  EXPECT_TRUE(said("Post-patch refresh failed; delivering the deferral."));
+  effects.refreshFailed();
+  EXPECT_EQ(told(), 3U);
+  EXPECT_EQ(at, Gate::idle);
+}
+
+TEST_F(RoomTest, aDeliveryThatMeetsTheSameDownloadLeavesItTheNotification) {
+  PendingUpdateSideEffects effects(context, state.sideEffects);
+  crossings.answeredFacts.hasAppStoreReceipt = [](const AppInfo&) { return false; };
+  processes.setReadable(false);
+  state.inventory.apps = {outdated("a")};
+  state.sideEffects.openAppsNotificationGate = OpenAppsNotificationGate::refreshThenNotify;
+  state.sideEffects.openAppsNotifyStageLabels = LabelSet{label("a")};
+  effects.pendingUpdatesCounted();
+  EXPECT_EQ(helper.runsAsked, 0);
+  EXPECT_TRUE(notices.updates.empty());
 }
 
 }  // namespace

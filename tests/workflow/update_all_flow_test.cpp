@@ -184,7 +184,7 @@ class HardDeadlineTest : public UpdateAllTest {
 };
 
 TEST_F(HardDeadlineTest, atNightTheShortCountdownRunsAndTheInstallIsRecordedAsForced) {
-  domains.setManaged({{"DialogTimeoutDeferral", 0}});
+  manage({{"DialogTimeoutDeferral", 0}});
   buildWith({outdated("a")});
   ask({outdated("a")});
   EXPECT_EQ(prompt().currentDeferralEscalation, DeferralEscalation::hard);

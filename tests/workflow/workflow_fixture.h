@@ -66,18 +66,6 @@ struct RecordingSignals final : UsageSignals {
   }
 };
 
-// Does what a test tells it to when counts set it off.
-struct ScriptedSideEffects final : PendingUpdateSideEffects {
-  int started = 0;
-  int delivered = 0;
-  std::function<void()> onStart;
-  void runPendingUpdateSideEffects() override {
-    ++started;
-    if (onStart) onStart();
-  }
-  void deliverDeferral(bool, bool) override { ++delivered; }
-};
-
 struct CountingPresenter final : PromptPresenter {
   int shown = 0;
   int hidden = 0;
@@ -85,10 +73,21 @@ struct CountingPresenter final : PromptPresenter {
   void hideStandaloneWindow() override { ++hidden; }
 };
 
-// Writes down what the user would hear.
+// Writes down what the user would hear, and keeps the count that the real one keeps.
 struct RecordingNotices final : DeferralNotices {
+  explicit RecordingNotices(PreferenceManager& store) : store(store) {}
+  PreferenceManager& store;
   std::vector<std::string> told;
+  std::vector<std::string> updates;  // one for each time that what counts set off came to its end
+  std::function<void()> onUpdates;
   int remindersCancelled = 0;
+  void notifyUpdatesAvailable(const UpdatesAvailable& news) override {
+    updates.push_back(fmt::format("{} of {} open{}{}", news.open, news.total,
+                                  news.closedAppsHandledElsewhere ? ", closed elsewhere" : "",
+                                  news.closedAppsWaitForACPower ? ", closed wait" : ""));
+    NeutralParts::Notices(store).notifyUpdatesAvailable(news);
+    if (onUpdates) onUpdates();
+  }
   void dismissUpdateNotifications(Task done) override {
     told.emplace_back("dismissed");
     if (done) done();
@@ -112,11 +111,17 @@ struct ScriptedInstallFacts final : LabelInstallFactsSource {
   }
 };
 
-struct CountingReset final : HelperResetDecision {
-  int evaluated = 0;
-  int reconciled = 0;
-  void evaluateAutoReset() override { ++evaluated; }
-  void reconcileHelperAfterLogin() override { ++reconciled; }
+// Keeps the request until it is answered, or does at once what a test tells it to.
+struct ScriptedPatcher final : ClosedAppsPatcher {
+  ~ScriptedPatcher() override { waiting.abandon(); }
+  int asked = 0;
+  std::function<std::optional<ClosedAppsOutcome>()> onAsked;  // an answer within the call
+  Completion<ClosedAppsOutcome> waiting;
+  void patchClosedApps(Completion<ClosedAppsOutcome> done) override {
+    ++asked;
+    if (const auto answer = onAsked ? onAsked() : std::nullopt) return done(*answer);
+    waiting = std::move(done);
+  }
 };
 
 struct CountingDisplay final : SelfUpdateDisplay {
@@ -132,6 +137,14 @@ class WorkflowTest : public ::testing::Test {
     (void)files.makeFolders(places.deferralEventsFolder());
     setHelperAlive(true);
     setScript(true);
+    manage({});
+  }
+
+  // What the organisation sets. Updates are not downloaded ahead unless it says so, which leaves the helper's runs to
+  // the flow under test.
+  void manage(PlistDict settings) {
+    settings.try_emplace("WorkflowStageUpdates", PlistValue(false));
+    domains.setManaged(std::move(settings));
   }
 
   // The model as the application builds it, listening.
@@ -240,6 +253,7 @@ class WorkflowTest : public ::testing::Test {
   ScriptedOwnBundle bundle;
   HelperInstallationService installation{{registration, files, bundle, preferences, time.clock(), time.main(), entropy},
                                          places.helperHeartbeat()};
+  HelperBackgroundPatchStateStore helperState{places.helperState(), files, log};
   HelperScheduledDiscoveryAppsStore scheduledApps{places.helperDiscoveredApps(), files, log};
   ReceiptManager receipts{places.receipts(), files, log};
   ReceiptsSnapshot snapshot{receipts, files};
@@ -248,15 +262,14 @@ class WorkflowTest : public ::testing::Test {
   LatestReceiptsCache latestReceipts{snapshot};
   DeferralEventManager deferralEvents{places.deferralEventsFolder(), "ada", files, log};
   ScriptedServiceClient helper{time.main()};
-  ScriptedSideEffects sideEffects;
   CountingPresenter prompts;
-  RecordingNotices notices;
+  RecordingNotices notices{preferences};
+  ScriptedPatcher patcher;
   ScriptedFocusState focus;
   ScriptedPowerSource power;
   ScriptedInstallFacts installFacts;
   RecordingSignals signals;
   CountingDisplay display;
-  CountingReset reset;
   WorkflowServices services{.main = time.main(),
                             .work = time.work(),
                             .clock = time.clock(),
@@ -273,6 +286,7 @@ class WorkflowTest : public ::testing::Test {
                             .preferences = preferences,
                             .helper = helper,
                             .installation = installation,
+                            .helperState = helperState,
                             .scheduledApps = scheduledApps,
                             .receipts = receipts,
                             .deferralEvents = deferralEvents,
@@ -280,12 +294,10 @@ class WorkflowTest : public ::testing::Test {
                             .installs = installs,
                             .latestReceipts = latestReceipts,
                             .installFacts = installFacts,
-                            .sideEffects = sideEffects,
                             .prompts = prompts,
                             .notices = notices,
                             .signals = signals,
-                            .selfUpdateDisplay = display,
-                            .helperReset = reset};
+                            .selfUpdateDisplay = display};
   std::unique_ptr<StatusViewModel> model;
 };
 

@@ -104,8 +104,7 @@ int launch(UserMachine& machine) {
     machine.log.refreshVerbosityFromPreferences(fresh->verboseMode, fresh->debugMode);
   });
   StatusViewModel model(services.workflow());
-  model.begin();
-  // The first load waits for the helper; a cycle that is complete is shown as such before.
+  // The model begins once the helper is there; a cycle that is complete is shown as such before.
   model.refreshDeadlineDisplay();
 
   const auto workflow = services.workflow();
@@ -121,10 +120,11 @@ int launch(UserMachine& machine) {
   auto* runWindows = windowsFunction<int(WindowsHost&)>(machine.bundle.path(), kRunWindowsSymbol);
   if (runWindows == nullptr) return 1;
 
-  // The first load asks the helper, so it waits until one runs or cannot be had.
+  // What the loaded counts set off and the first load ask the helper, so they wait until one runs or cannot be had.
   HelperStart helperStart(services.installation, machine.loop.mainQueue());
   helperStart.ensureRunning([&](const Status& started) {
     if (!started) log.warning("The root helper is not running: " + started.error().text);
+    model.begin();
     model.loadStatus();
     watcher.start();
   });
