@@ -30,7 +30,7 @@ class DesktopNotifications final : public UserNotifications {
     Duration limit = 5s;             // how long the service may take to show one
   };
 
-  explicit DesktopNotifications(Surroundings surroundings);
+  explicit DesktopNotifications(const Surroundings& surroundings);
   ~DesktopNotifications() override;
   DesktopNotifications(const DesktopNotifications&) = delete;
   DesktopNotifications& operator=(const DesktopNotifications&) = delete;
