@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstdint>
 #include <deque>
 #include <exception>
@@ -130,6 +131,7 @@ class BusLink::Impl {
   }
 
   Lease subscribe(std::string rule, Heard heard) {
+    assert(!bus_ && "a subscription that nothing is heard of");
     const auto number = ++last_;
     subscriptions_[number] = {.rule = std::move(rule), .heard = std::make_shared<Heard>(std::move(heard))};
     wish();

@@ -55,7 +55,7 @@ Error notificationError(const Error& error) {
   return {.domain = DesktopNotificationError::domain, .code = error.code, .text = text};
 }
 
-const Error kSilent{.domain = BusError::domain, .code = BusError::noAnswer, .text = ""};
+Error silence() { return {.domain = BusError::domain, .code = BusError::noAnswer, .text = ""}; }
 
 std::map<std::string, sdbus::Variant> variants(const std::map<std::string, NotificationWords::Hint>& hints) {
   std::map<std::string, sdbus::Variant> values;
@@ -107,7 +107,7 @@ class Order {
 
 class DesktopNotifications::Impl {
  public:
-  explicit Impl(Surroundings surroundings)
+  explicit Impl(const Surroundings& surroundings)
       : session_(surroundings.session),
         main_(surroundings.main),
         application_(surroundings.application),
@@ -232,7 +232,7 @@ class DesktopNotifications::Impl {
   }
 
   static void fail(Show& show) {
-    if (show.done) show.done(std::unexpected(notificationError(kSilent)));
+    if (show.done) show.done(std::unexpected(notificationError(silence())));
   }
   static void fail(Take& take) { take.done({}); }
   static void fail(Remove& /*unheard*/) {}
@@ -378,8 +378,8 @@ class DesktopNotifications::Impl {
   Lifeline lifeline_;
 };
 
-DesktopNotifications::DesktopNotifications(Surroundings surroundings)
-    : impl_(std::make_unique<Impl>(std::move(surroundings))) {}
+DesktopNotifications::DesktopNotifications(const Surroundings& surroundings)
+    : impl_(std::make_unique<Impl>(surroundings)) {}
 DesktopNotifications::~DesktopNotifications() = default;
 
 void DesktopNotifications::add(UserNotification notification, Completion<Status> done) {

@@ -31,7 +31,7 @@ class DesktopNotifications final : public UserNotifications {
     bool stay = false;               // on the screen until the user has seen to them
   };
 
-  explicit DesktopNotifications(Surroundings surroundings);
+  explicit DesktopNotifications(const Surroundings& surroundings);
   ~DesktopNotifications() override;
   DesktopNotifications(const DesktopNotifications&) = delete;
   DesktopNotifications& operator=(const DesktopNotifications&) = delete;
