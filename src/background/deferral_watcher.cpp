@@ -123,8 +123,9 @@ DeferralWatcher::TickResult DeferralWatcher::tick() {
       break;
   }
   armMissedEnforcement(config, stored->lastHardDeadlineFiredAt);
-  const auto status = DeferralManager(config, store, services_.clock, services_.locale.calendar()).checkDeadlines();
   const auto settled = store.moment();
+  const auto status =
+      DeferralManager(config, store, services_.clock, services_.locale.calendar()).checkDeadlines(*settled);
   const DueFacts facts{.status = status,
                        .armed = settled->nextAutoLaunch,
                        .dismissedUntil = settled->hardDeadlineDialogDismissedUntil,

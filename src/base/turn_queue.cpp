@@ -12,16 +12,14 @@ constexpr Duration kWallLook = 1min;
 }  // namespace
 
 TurnQueue::TurnQueue(TurnClock clock, std::function<void()> wake)
-    : clock_(std::move(clock)),
-      wake_(std::move(wake)),
-      mainThread_(std::this_thread::get_id()),
-      self_(std::make_shared<TurnQueue*>(this)) {}
+    : clock_(std::move(clock)), wake_(std::move(wake)), mainThread_(std::this_thread::get_id()) {}
 
 TurnQueue::~TurnQueue() {
   // What dropped closures hold may release leases of ours or post once more.
-  *self_ = nullptr;
   const auto steady = std::exchange(steadyTimers_, {});
   const auto wall = std::exchange(wallTimers_, {});
+  for (const auto& [key, timer] : steady) timer->queue = nullptr;
+  for (const auto& [key, timer] : wall) timer->queue = nullptr;
   std::vector<Task> posts;
   {
     const std::scoped_lock lock(postsMutex_);
@@ -68,10 +66,11 @@ Lease TurnQueue::at(Date date, Task task) {
 
 Lease TurnQueue::arm(const std::shared_ptr<Timer>& timer) {
   assert(isMainThread());
+  timer->queue = this;
   enqueue(timer);
   if (!running_) wake_();
-  return Lease([queue = self_, weak = std::weak_ptr(timer)] {
-    if (const auto live = weak.lock(); live && *queue) (*queue)->cancel(*live);
+  return Lease([weak = std::weak_ptr(timer)] {
+    if (const auto live = weak.lock(); live && live->queue != nullptr) live->queue->cancel(*live);
   });
 }
 
@@ -97,7 +96,7 @@ void TurnQueue::cancel(Timer& timer) {
 
 bool TurnQueue::runPosts() {
   if (!hasPosts()) return false;
-  std::vector<Task> batch;
+  auto batch = std::exchange(spare_, {});
   {
     const std::scoped_lock lock(postsMutex_);
     batch.swap(posts_);
@@ -107,29 +106,32 @@ bool TurnQueue::runPosts() {
     auto task = std::move(post);  // gone before the next one runs
     task();
   }
+  batch.clear();
+  spare_ = std::move(batch);
   return true;
 }
 
 std::shared_ptr<TurnQueue::Timer> TurnQueue::takeDue(const Instant& now, std::uint64_t armedBefore) {
   // A timer armed since the turn began may stand first without being meant; those behind it still are.
-  const auto first = [armedBefore](const auto& timers, auto limit) -> std::shared_ptr<Timer> {
-    for (const auto& [key, timer] : timers) {
-      if (key.first > limit) break;
-      if (key.second < armedBefore) return timer;
-    }
-    return nullptr;
+  const auto first = [armedBefore](auto& timers, auto limit) {
+    const auto meant = [&](const auto& entry) { return entry.first.first > limit || entry.first.second < armedBefore; };
+    const auto found = std::ranges::find_if(timers, meant);
+    return found != timers.end() && found->first.first <= limit ? found : timers.end();
   };
-  auto steady = first(steadyTimers_, now.steady);
-  auto wall = first(wallTimers_, now.wall);
-  auto due = steady;
-  if (wall) {
-    // Both kinds share one order: by how long each has been due, then by arming.
-    const auto wallAge = now.wall - wall->wallDue;
-    const auto steadyAge = steady ? now.steady - steady->steadyDue : Duration::min();
-    if (!steady || wallAge > steadyAge || (wallAge == steadyAge && wall->id < steady->id)) due = wall;
-  }
-  if (due) dequeue(*due);
-  return due;
+  const auto take = [](auto& timers, auto place) {
+    auto timer = std::move(place->second);
+    timers.erase(place);
+    return timer;
+  };
+  const auto steady = first(steadyTimers_, now.steady);
+  const auto wall = first(wallTimers_, now.wall);
+  if (wall == wallTimers_.end()) return steady == steadyTimers_.end() ? nullptr : take(steadyTimers_, steady);
+  if (steady == steadyTimers_.end()) return take(wallTimers_, wall);
+  // Both kinds share one order: by how long each has been due, then by arming.
+  const auto wallAge = now.wall - wall->first.first;
+  const auto steadyAge = now.steady - steady->first.first;
+  const bool wallFirst = wallAge > steadyAge || (wallAge == steadyAge && wall->first.second < steady->first.second);
+  return wallFirst ? take(wallTimers_, wall) : take(steadyTimers_, steady);
 }
 
 void TurnQueue::fire(const std::shared_ptr<Timer>& timer, SteadyTime now) {

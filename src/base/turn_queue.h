@@ -49,6 +49,7 @@ class TurnQueue final : public MainQueue {
 
  private:
   struct Timer {
+    TurnQueue* queue = nullptr;  // null once that is gone
     bool wall = false;
     Duration interval{};  // zero: once
     Duration leeway{};
@@ -80,10 +81,10 @@ class TurnQueue final : public MainQueue {
   std::vector<Task> posts_;
   std::atomic<bool> posted_ = false;  // some stand in posts_; set and cleared with the mutex held, read without
   std::uint64_t nextId_ = 1;
-  bool running_ = false;  // the driver asks for the next wait afterwards, so nobody needs to wake it
+  std::vector<Task> spare_;  // empty; the room of the posts that ran last, for the next ones
+  bool running_ = false;     // the driver asks for the next wait afterwards, so nobody needs to wake it
   std::map<SteadyKey, std::shared_ptr<Timer>> steadyTimers_;
   std::map<WallKey, std::shared_ptr<Timer>> wallTimers_;
-  std::shared_ptr<TurnQueue*> self_;
 };
 
 }  // namespace corvane

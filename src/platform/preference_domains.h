@@ -1,6 +1,7 @@
 // The two property lists of a preference domain: the user's own and the managed one over it.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 
@@ -25,6 +26,14 @@ class PreferenceDomains {
   virtual ~PreferenceDomains() = default;
   [[nodiscard]] virtual DomainSnapshot user() const = 0;
   [[nodiscard]] virtual DomainSnapshot managed() const = 0;
+
+  // Those that the snapshots would bear, for whoever only wants to know whether something has changed.
+  struct Versions {
+    std::uint64_t user = 0;
+    std::uint64_t managed = 0;
+    friend bool operator==(const Versions&, const Versions&) = default;
+  };
+  [[nodiscard]] virtual Versions versions() const { return {.user = user().version, .managed = managed().version}; }
 
   // Reads the user's file under a lock between processes, lets `change` edit it, and replaces it
   // atomically when it changed. An XML file stays XML, a binary one binary; a new one is binary.

@@ -40,14 +40,18 @@ class SimulatedFiles final : public ScriptedFiles {
   bool helperLives = true;
 
   [[nodiscard]] bool exists(const std::filesystem::path& path) const override {
-    return path == heartbeat_ ? helperLives : ScriptedFiles::exists(path);
+    return isHeartbeat(path) ? helperLives : ScriptedFiles::exists(path);
   }
   [[nodiscard]] std::optional<Date> modified(const std::filesystem::path& path) const override {
-    if (path != heartbeat_) return ScriptedFiles::modified(path);
+    if (!isHeartbeat(path)) return ScriptedFiles::modified(path);
     return helperLives ? std::optional(clock_.now()) : std::nullopt;
   }
 
  private:
+  [[nodiscard]] bool isHeartbeat(const std::filesystem::path& path) const {
+    return path.native() == heartbeat_.native();
+  }
+
   const Clock& clock_;
   std::filesystem::path heartbeat_;
 };

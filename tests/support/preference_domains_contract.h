@@ -23,11 +23,13 @@ TYPED_TEST_P(PreferenceDomainsContract, MissingFilesAreEmptyDomains) {
 TYPED_TEST_P(PreferenceDomainsContract, OwnChangesAreSeenAtOnceAndMoveTheVersion) {
   auto& domains = this->world_.domains();
   const auto before = domains.user();
+  const auto managed = domains.managed();
   ASSERT_TRUE(domains.changeUser([](PlistDict& values) { values["A"] = 1; }));
   ASSERT_TRUE(domains.changeUser([](PlistDict& values) { values["B"] = "two"; }));
   const auto after = domains.user();
   EXPECT_EQ(*after.values, (PlistDict{{"A", 1}, {"B", "two"}}));
   EXPECT_NE(after.version, before.version);
+  EXPECT_EQ(domains.versions(), (PreferenceDomains::Versions{.user = after.version, .managed = managed.version}));
   EXPECT_TRUE(before.values->empty()) << "a snapshot never changes";
 }
 

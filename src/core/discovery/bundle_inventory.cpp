@@ -227,8 +227,13 @@ std::string BundleInventory::fingerprint() const {
   std::array<std::uint8_t, EVP_MAX_MD_SIZE> digest{};
   unsigned length = 0;
   EVP_Digest(all.data(), all.size(), digest.data(), &length, EVP_sha256(), nullptr);
+  constexpr std::string_view kDigits = "0123456789abcdef";
   std::string text;
-  for (unsigned i = 0; i < length; ++i) text += fmt::format("{:02x}", digest[i]);
+  text.reserve(2UL * length);
+  for (const auto byte : std::span(digest).first(length)) {
+    text += kDigits[byte >> 4U];
+    text += kDigits[byte & 15U];
+  }
   return text;
 }
 

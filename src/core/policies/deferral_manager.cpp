@@ -50,13 +50,14 @@ DeferralManager::DeferralManager(const CorvaneConfiguration& config, PreferenceM
 
 DeferralInfo DeferralManager::getDeferralInfo() const { return preferences_.readDeferralInfo(); }
 
-DeferralDeadlineStatus DeferralManager::checkDeadlines() const {
+DeferralDeadlineStatus DeferralManager::checkDeadlines() const { return checkDeadlines(*preferences_.moment()); }
+
+DeferralDeadlineStatus DeferralManager::checkDeadlines(const PreferenceMoment& stored) const {
   const auto now = clock_.now();
-  const auto stored = preferences_.moment();
-  const auto& info = stored->deferrals;
+  const auto& info = stored.deferrals;
   const Side hard{info.hardDeferralCount, info.hardDeferralDate, hard_.count, hard_.days};
   if (hard.reached(now)) return DeferralDeadlineStatus::hardDeadlineReached;
-  const Side focus{info.focusDeferralCount, stored->focusDeferralDate, focus_.count, focus_.days};
+  const Side focus{info.focusDeferralCount, stored.focusDeferralDate, focus_.count, focus_.days};
   return focus.reached(now) ? DeferralDeadlineStatus::focusDeadlineReached : DeferralDeadlineStatus::normal;
 }
 

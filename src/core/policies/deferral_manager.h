@@ -32,6 +32,7 @@ class DeferralManager {
   // The hard side wins over the focus side. A count limit of 0 is reached at once. A stored date that has
   // passed counts for any limit that is set on its side; with no limit set a side never fires.
   [[nodiscard]] DeferralDeadlineStatus checkDeadlines() const;
+  [[nodiscard]] DeferralDeadlineStatus checkDeadlines(const PreferenceMoment& stored) const;
 
   // The hard deadline for display; absent while DeadlineDaysHard is off or nothing was seeded.
   [[nodiscard]] std::optional<Date> hardDeadlineDate() const;

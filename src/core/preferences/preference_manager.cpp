@@ -1,7 +1,5 @@
 #include "core/preferences/preference_manager.h"
 
-#include <algorithm>
-#include <ranges>
 #include <utility>
 
 namespace corvane {
@@ -36,14 +34,23 @@ std::optional<PlistValue> unlisted(const Domains& domains, std::string_view key)
   return std::nullopt;
 }
 
-bool isSetting(const PlistDict::value_type& entry) {
-  const auto* row = findSetting(entry.first);
+bool isSetting(std::string_view key) {
+  const auto* row = findSetting(key);
   return row == nullptr || row->access != SettingAccess::state;
 }
 
 // The program's own state changes all the time, and no field of the configuration is made of it.
 bool haveSameSettings(const PlistDict& a, const PlistDict& b) {
-  return std::ranges::equal(a | std::views::filter(isSetting), b | std::views::filter(isSetting));
+  auto left = a.begin();
+  auto right = b.begin();
+  while (left != a.end() || right != b.end()) {
+    const int order = left == a.end() ? 1 : right == b.end() ? -1 : left->first.compare(right->first);
+    const bool same = order == 0 && left->second == right->second;
+    if (!same && isSetting(order <= 0 ? left->first : right->first)) return false;
+    if (order <= 0) ++left;
+    if (order >= 0) ++right;
+  }
+  return true;
 }
 
 void setOrErase(PlistDict& domain, const char* key, const std::optional<Date>& date) {
@@ -60,6 +67,10 @@ struct PreferenceManager::Loaded {
   DomainSnapshot managed;
   DomainSnapshot user;
   PreferenceMoment moment;
+
+  [[nodiscard]] PreferenceDomains::Versions versions() const {
+    return {.user = user.version, .managed = managed.version};
+  }
 };
 
 PreferenceManager::PreferenceManager(PreferenceDomains& domains, NotificationCenter& notifications, LogSink& log)
@@ -144,14 +155,14 @@ bool PreferenceManager::isAnyManaged(ManagedGroup group) const {
 bool PreferenceManager::isManagedByMDM() const { return !domains_.managed().values->empty(); }
 
 std::shared_ptr<const PreferenceManager::Loaded> PreferenceManager::load() const {
-  const auto now = look();
   std::shared_ptr<const Loaded> before;
   {
+    const auto versions = domains_.versions();
     const std::lock_guard lock(mutex_);
-    if (loaded_ && loaded_->managed.version == now.managed.version && loaded_->user.version == now.user.version)
-      return loaded_;
+    if (loaded_ && loaded_->versions() == versions) return loaded_;
     before = loaded_;
   }
+  const auto now = look();
   const auto date = [&](std::string_view key) { return valueOf<Date>(key, now); };
   const auto count = [&](std::string_view key) { return valueOf<std::int64_t>(key, now).value_or(0); };
   const auto flag = [&](std::string_view key) { return valueOf<bool>(key, now).value_or(false); };

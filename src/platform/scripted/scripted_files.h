@@ -41,6 +41,12 @@ class ScriptedFiles : public Files {
     std::string bytes;
     Date modified;
   };
+  // Paths come as they were made, so their text tells them apart, sooner than their parts would.
+  struct ByText {
+    bool operator()(const std::filesystem::path& a, const std::filesystem::path& b) const {
+      return a.native() < b.native();
+    }
+  };
   // All below with the mutex held.
   [[nodiscard]] Status count(std::string_view doing, const std::filesystem::path& path) const;
   [[nodiscard]] Status mayHold(std::string_view doing, const std::filesystem::path& path) const;
@@ -48,9 +54,9 @@ class ScriptedFiles : public Files {
 
   const Clock& clock_;
   mutable std::mutex mutex_;
-  std::map<std::filesystem::path, Entry> files_;
-  std::set<std::filesystem::path> folders_{"/"};
-  std::map<std::filesystem::path, int> brokenPaths_;
+  std::map<std::filesystem::path, Entry, ByText> files_;
+  std::set<std::filesystem::path, ByText> folders_{"/"};
+  std::map<std::filesystem::path, int, ByText> brokenPaths_;
   mutable std::size_t calls_ = 0;
   mutable std::map<std::size_t, int> brokenCalls_;
 };

@@ -29,6 +29,11 @@ DomainSnapshot ScriptedPreferenceDomains::managed() const {
   return managed_;
 }
 
+PreferenceDomains::Versions ScriptedPreferenceDomains::versions() const {
+  const std::lock_guard lock(mutex_);
+  return {.user = user_.version, .managed = managed_.version};
+}
+
 Status ScriptedPreferenceDomains::changeUser(const std::function<void(PlistDict&)>& change) {
   const std::lock_guard changing(changing_);
   PlistDict values;

@@ -22,6 +22,7 @@ class ScriptedPreferenceDomains final : public PreferenceDomains {
 
   [[nodiscard]] DomainSnapshot user() const override;
   [[nodiscard]] DomainSnapshot managed() const override;
+  [[nodiscard]] Versions versions() const override;
   Status changeUser(const std::function<void(PlistDict&)>& change) override;
   Lease watch(std::function<void()> changed) override;
 
