@@ -17,7 +17,7 @@ RunReport stoppingReport() { return refusal(HelperErrorCode::stopping, "The help
 
 }  // namespace
 
-RunDesk::RunDesk(Services services) : s_(services), log_(s_.log, "CorvaneRootHelper") {}
+RunDesk::RunDesk(Services services) : s_(std::move(services)), log_(s_.log, "CorvaneRootHelper") {}
 
 RunDesk::~RunDesk() {
   for (auto& [ticket, waiting] : waiting_) waiting.done.abandon();
@@ -67,8 +67,10 @@ void RunDesk::install(RunQueue::Ticket ticket) {
   if (stopping_) return ended(ticket, stoppingReport());
   auto& order = waiting_.at(ticket).run.order;
   if (order.labels.empty()) return ended(ticket, {});
-  s_.runner.run(std::move(order),
-                lifeline_.guard([this, ticket](RunReport report) { ended(ticket, std::move(report)); }));
+  s_.runner.run(std::move(order), lifeline_.guard([this, ticket](RunReport report) {
+    s_.runEnded(report);
+    ended(ticket, std::move(report));
+  }));
 }
 
 PatchProgressInfo RunDesk::progress() const {

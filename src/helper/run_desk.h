@@ -21,6 +21,8 @@ class RunDesk {
     LogSink& log;
     PatchRunner& runner;
     Stager& stager;
+    // Told of the end of each run that began to install, before its asker is.
+    std::function<void(const RunReport&)> runEnded = [](const RunReport&) {};
   };
   explicit RunDesk(Services services);
   ~RunDesk();
