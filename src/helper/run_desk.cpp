@@ -27,13 +27,21 @@ void RunDesk::ask(ask::StartPatching request, Completion<Result<PatchRunAnswer>>
   Waiting waiting{.run = {.order = {.labels = request.labels}, .alsoStageLabels = request.alsoStageLabels},
                   .done = [done = std::move(done)](const RunReport& report) mutable { done(answerOf(report)); }};
   if (stopping_) return waiting.done(stoppingReport());
+  makeWayFor(request.labels);
   settleOffer(queue_.offer(std::move(request)), std::move(waiting));
 }
 
 void RunDesk::askOwn(OwnRun run, Completion<RunReport> done) {
   if (stopping_) return done(stoppingReport());
+  makeWayFor(run.order.labels);
   const auto offer = queue_.offerOwn({.labels = run.order.labels, .alsoStageLabels = run.alsoStageLabels});
   settleOffer(offer, {.run = std::move(run), .done = std::move(done)});
+}
+
+// A download may take an hour, and somebody waits for an install.
+void RunDesk::makeWayFor(const Labels& install) {
+  if (!install.empty() && staging_ && waiting_.at(*staging_).run.order.labels.empty())
+    s_.stager.stop("it makes way for an install");
 }
 
 void RunDesk::settleOffer(const RunQueue::Offer& offer, Waiting waiting) {

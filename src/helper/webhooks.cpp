@@ -4,12 +4,10 @@
 
 #include <utility>
 
+#include "helper/safe_address.h"
+
 namespace corvane {
 namespace {
-
-bool mayBeAsked(std::string_view url) {
-  return url.starts_with("https://") || url.starts_with("http://127.0.0.1:") || url.starts_with("http://localhost:");
-}
 
 // Too many messages at once, and the server's own troubles, pass.
 bool mayPass(int status) { return status == 408 || status == 429 || status >= 500; }
@@ -27,7 +25,8 @@ void Webhooks::runEnded(const RunReport& report, const CorvaneConfiguration& con
 
 void Webhooks::deliver(const std::string& chat, const std::optional<std::string>& url, std::string body) {
   if (!url || url->empty()) return;
-  if (!mayBeAsked(*url)) return log_.warning(fmt::format("The {} webhook has no https address and is not used.", chat));
+  if (!isSafeAddress(*url))
+    return log_.warning(fmt::format("The {} webhook has no https address and is not used.", chat));
   if (deliveries_.size() == kWebhooksWaiting)
     return log_.warning(fmt::format("A message to {} was dropped: too many wait already.", chat));
   attempt(deliveries_.insert(deliveries_.end(), {.chat = chat, .url = *url, .body = std::move(body), .retry = {}}));

@@ -188,7 +188,8 @@ class Pass(OwnHelperTest):
         apps = {app["label"]: app for app in json.loads((self.support / "helper-discovered-apps.json").read_text())}
         self.assertEqual(apps["quill"]["newVersion"], "2.4")
         # What is open lies ready for when it is closed.
-        self.assertTrue([name for name in self.staged() if name.startswith("ostravamaps/")], self.log())
+        self.assertTrue(sample_mac.eventually(
+            lambda: [name for name in self.staged() if name == "ostravamaps/staged.json"]), self.log())
 
 
 if __name__ == "__main__":

@@ -126,12 +126,13 @@ TEST_F(WebhooksFixture, WhatMayPassIsTriedAFewTimesAndTheRestGivenUp) {
 }
 
 TEST_F(WebhooksFixture, OnlySafeAddressesAreUsedAndAChatThatIsDownPilesUpLittle) {
-  for (const char* url : {"http://hooks.example.org/SECRET", "ftp://x/SECRET", "file:///SECRET", "SECRET"}) {
+  for (const char* url : {"http://hooks.example.org/SECRET", "ftp://x/SECRET", "file:///SECRET", "SECRET", "https://",
+                          "http://127.0.0.1:80@example.org/SECRET", "http://127.0.0.1.example.org:80/SECRET"}) {
     config.webhookURLSlack = url;
     end({.outcomes = {installed("quill")}});
   }
   EXPECT_TRUE(http.requests().empty());
-  EXPECT_EQ(log.count("no https address"), 4U);
+  EXPECT_EQ(log.count("no https address"), 7U);
   config.webhookURLSlack = kSlack;
   http.pages.clear();
   for (std::size_t i = 0; i < kWebhooksWaiting + 5; ++i) end({.outcomes = {installed("quill")}});
