@@ -8,6 +8,8 @@
 #include <set>
 #include <string_view>
 
+#include "helper/safe_address.h"
+
 namespace corvane {
 namespace {
 
@@ -37,8 +39,7 @@ Status take(HelperOptions& options, std::string_view name, const std::string& va
     return {};
   }
   if (name == "--installomator-source") {
-    if (!value.starts_with("https://") && !value.starts_with("http://127.0.0.1"))
-      return usage(fmt::format("{} needs an https address", name));
+    if (!isSafeAddress(value)) return usage(fmt::format("{} needs an https address", name));
     options.installomatorSource = value;
     return {};
   }

@@ -14,6 +14,7 @@ namespace corvane {
 struct OwnWork::Pass {
   std::string runID;
   Labels labels;
+  Labels stageBehind;  // pending, but open
   Date startedAt;
 };
 
@@ -163,8 +164,11 @@ void OwnWork::pass(const Apps& apps, const HelperSetting& setting) {
   if (!decision.install.empty()) return startRun(decision);
   pass_.info("No closed apps require updates this tick.");
   s_.state.passConcluded(s_.clock.now());
-  if (decision.stage.empty()) return;
-  s_.desk.askOwn({.order = {}, .alsoStageLabels = decision.stage}, [](const RunReport&) {});
+  stage(decision.stage);
+}
+
+void OwnWork::stage(const Labels& labels) {
+  if (!labels.empty()) s_.desk.askOwn({.order = {}, .alsoStageLabels = labels}, [](const RunReport&) {});
 }
 
 std::optional<std::string> OwnWork::objection(const AppInfo& app) const {
@@ -180,15 +184,21 @@ std::optional<std::string> OwnWork::objection(const AppInfo& app) const {
 void OwnWork::startRun(const PassDecision& decision) {
   pass_.info(fmt::format("Patching {} closed app(s): {}", decision.install.size(), joined(decision.install)));
   working_ = true;
-  auto pass =
-      std::make_shared<Pass>(Pass{.runID = s_.entropy.uuid().text(), .labels = decision.install, .startedAt = {}});
+  auto pass = std::make_shared<Pass>(
+      Pass{.runID = s_.entropy.uuid().text(), .labels = decision.install, .stageBehind = {}, .startedAt = {}});
+  // What is open is downloaded behind the run, so that whoever waits for it does not wait for that too.
+  Labels stageFirst;
+  for (const auto& label : decision.stage) {
+    const bool installs = std::ranges::find(decision.install, label) != decision.install.end();
+    (installs ? stageFirst : pass->stageBehind).push_back(label);
+  }
   RunDesk::OwnRun run{
       .order = {
           .labels = decision.install,
           .attendance = Attendance::unattended,
           .objection = [this](const AppInfo& app) { return objection(app); },
           .comesTo = [this, pass](std::size_t done, const std::optional<AppInfo>& app) { comesTo(*pass, done, app); }},
-      .alsoStageLabels = decision.stage,
+      .alsoStageLabels = std::move(stageFirst),
       .begins = [this, pass] {
         pass->startedAt = s_.clock.now();
         comesTo(*pass, 0, std::nullopt);
@@ -209,6 +219,7 @@ void OwnWork::comesTo(const Pass& pass, std::size_t done, const std::optional<Ap
 void OwnWork::runEnded(const Pass& pass, const RunReport& report) {
   if (report.error && isHelperError(*report.error, HelperErrorCode::stopping)) return s_.state.passCutOff();
   working_ = false;
+  stage(pass.stageBehind);
   const auto failed =
       static_cast<std::size_t>(std::ranges::count(report.outcomes, PatchingStatus::failure, &PatchOutcome::status));
   const auto notReached = report.error ? pass.labels.size() - report.outcomes.size() : 0;

@@ -71,6 +71,7 @@ class OwnWork {
   [[nodiscard]] std::optional<RunningBundles> running(const Apps& apps) const;
   [[nodiscard]] std::optional<std::string> objection(const AppInfo& app) const;
   void startRun(const PassDecision& decision);
+  void stage(const Labels& labels);
   void comesTo(const Pass& pass, std::size_t done, const std::optional<AppInfo>& app);
   void runEnded(const Pass& pass, const RunReport& report);
 

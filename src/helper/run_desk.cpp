@@ -17,7 +17,7 @@ RunReport stoppingReport() { return refusal(HelperErrorCode::stopping, "The help
 
 }  // namespace
 
-RunDesk::RunDesk(Services services) : s_(services), log_(s_.log, "CorvaneRootHelper") {}
+RunDesk::RunDesk(Services services) : s_(std::move(services)), log_(s_.log, "CorvaneRootHelper") {}
 
 RunDesk::~RunDesk() {
   for (auto& [ticket, waiting] : waiting_) waiting.done.abandon();
@@ -27,13 +27,21 @@ void RunDesk::ask(ask::StartPatching request, Completion<Result<PatchRunAnswer>>
   Waiting waiting{.run = {.order = {.labels = request.labels}, .alsoStageLabels = request.alsoStageLabels},
                   .done = [done = std::move(done)](const RunReport& report) mutable { done(answerOf(report)); }};
   if (stopping_) return waiting.done(stoppingReport());
+  makeWayFor(request.labels);
   settleOffer(queue_.offer(std::move(request)), std::move(waiting));
 }
 
 void RunDesk::askOwn(OwnRun run, Completion<RunReport> done) {
   if (stopping_) return done(stoppingReport());
+  makeWayFor(run.order.labels);
   const auto offer = queue_.offerOwn({.labels = run.order.labels, .alsoStageLabels = run.alsoStageLabels});
   settleOffer(offer, {.run = std::move(run), .done = std::move(done)});
+}
+
+// A download may take an hour, and somebody waits for an install.
+void RunDesk::makeWayFor(const Labels& install) {
+  if (!install.empty() && staging_ && waiting_.at(*staging_).run.order.labels.empty())
+    s_.stager.stop("it makes way for an install");
 }
 
 void RunDesk::settleOffer(const RunQueue::Offer& offer, Waiting waiting) {
@@ -67,8 +75,10 @@ void RunDesk::install(RunQueue::Ticket ticket) {
   if (stopping_) return ended(ticket, stoppingReport());
   auto& order = waiting_.at(ticket).run.order;
   if (order.labels.empty()) return ended(ticket, {});
-  s_.runner.run(std::move(order),
-                lifeline_.guard([this, ticket](RunReport report) { ended(ticket, std::move(report)); }));
+  s_.runner.run(std::move(order), lifeline_.guard([this, ticket](RunReport report) {
+    s_.runEnded(report);
+    ended(ticket, std::move(report));
+  }));
 }
 
 PatchProgressInfo RunDesk::progress() const {

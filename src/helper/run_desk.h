@@ -21,9 +21,13 @@ class RunDesk {
     LogSink& log;
     PatchRunner& runner;
     Stager& stager;
+    // Told of the end of each run that began to install, before its asker is.
+    std::function<void(const RunReport&)> runEnded = [](const RunReport&) {};
   };
   explicit RunDesk(Services services);
   ~RunDesk();
+
+  // A staging in hand makes way for an install, whoever asks; it is begun again when it is asked for again.
 
   // A client's. Beyond the runner's errors it may be answered with busy, at once; with replaced, when a newer staging
   // takes the place of a waiting one; and with stopping.
@@ -48,6 +52,7 @@ class RunDesk {
     OwnRun run;
     Completion<RunReport> done;
   };
+  void makeWayFor(const Labels& install);
   void settleOffer(const RunQueue::Offer& offer, Waiting waiting);
   void startNext();
   void install(RunQueue::Ticket ticket);

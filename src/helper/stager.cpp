@@ -27,7 +27,7 @@ struct Stager::Staging {
   std::shared_ptr<ChildHandle> child;
   std::optional<std::string> archive;
   std::size_t count = 0;
-  bool stopping = false;
+  std::string stopping;  // why, when it is to end
   bool outOfSpace = false;
   Lease spaceLooks;
   Lease stopGrace;
@@ -68,7 +68,7 @@ bool Stager::wanted(const AppInfo& app, const CorvaneConfiguration& config) cons
 }
 
 void Stager::begin(const Result<Apps>& apps) {
-  if (staging_->stopping) return finish();
+  if (!staging_->stopping.empty()) return finish();
   if (!apps) {
     log_.error(fmt::format("Nothing is staged: {}", apps.error().text));
     return finish();
@@ -87,7 +87,7 @@ void Stager::begin(const Result<Apps>& apps) {
 }
 
 void Stager::next() {
-  if (staging_->stopping || staging_->apps.empty()) return finish();
+  if (!staging_->stopping.empty() || staging_->apps.empty()) return finish();
   const auto app = std::move(staging_->apps.back());
   staging_->apps.pop_back();
   if (s_.freeBytes(s_.staged.folder()) < kStagingNeedsFree) {
@@ -154,8 +154,8 @@ void Stager::toolEnded(const AppInfo& app, const Result<ChildExit>& exit) {
   staging_->stopGrace.release();
   s_.record.end();
   std::string trouble;
-  if (staging_->stopping)
-    trouble = "the helper is stopping";
+  if (!staging_->stopping.empty())
+    trouble = staging_->stopping;
   else if (staging_->outOfSpace)
     trouble = fmt::format("less than {} GB were left free", kStagingLeavesFree >> 30U);
   else if (!exit)
@@ -194,8 +194,10 @@ void Stager::finish() {
   s_.main.post(std::move(staging->done));
 }
 
-void Stager::stop() {
-  if (!staging_ || std::exchange(staging_->stopping, true) || !staging_->child) return;
+void Stager::stop(std::string_view why) {
+  if (!staging_ || !staging_->stopping.empty()) return;
+  staging_->stopping = why;
+  if (!staging_->child) return;
   staging_->child->terminate();
   staging_->stopGrace = s_.main.after(kToolStopGrace, [this] {
     if (staging_ && staging_->child) staging_->child->kill();

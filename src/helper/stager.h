@@ -57,8 +57,8 @@ class Stager {
   // goes wrong is told to the log and costs that label only. Runs `done` once, in a later turn.
   void stage(Labels labels, Task done);
 
-  // Ends the download in hand, and the staging behind it.
-  void stop();
+  // Ends the download in hand, and the staging behind it. `why` is for the log.
+  void stop(std::string_view why = "the helper is stopping");
 
  private:
   struct Staging;

@@ -125,7 +125,7 @@ void ToolKeeper::prepare(std::function<Result<ToolEdition>()> read) {
         return {attempt, attempt->unchanged ? Status() : attempt->place.writeCandidate(attempt->edition)};
       },
       lifeline_.guard([this](const Prepared& prepared) {
-        if (!prepared.status) return fail(prepared.status.error().text);
+        if (!prepared.status) return fail(prepared.status.error().text, kToolSecondLook);
         this->prepared();
       }));
 }

@@ -25,6 +25,9 @@ inline constexpr std::uint64_t kToolDownloadLimit = 32U << 20U;
 inline constexpr Duration kToolDownloadTime = 5min;
 // The network may come any moment; labels change by the day.
 inline constexpr Duration kToolRetry = 60s;
+// An edition that came and is of no use does not become better by the minute; one that is needed is tried for all the
+// same.
+inline constexpr Duration kToolSecondLook = 1h;
 inline constexpr Duration kToolInterval = 24h;
 
 // Main thread. What cannot be fetched, is broken or is older than what is there changes nothing; the log tells a

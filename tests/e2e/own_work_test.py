@@ -1,5 +1,6 @@
 """The helper without the application: installers downloaded ahead, and passes that nobody asked for."""
 
+import http.server
 import io
 import json
 import os
@@ -8,6 +9,7 @@ import socket
 import struct
 import subprocess
 import tarfile
+import threading
 import unittest
 from pathlib import Path
 
@@ -131,6 +133,36 @@ class Fetching(OwnHelperTest):
         self.assertEqual(self.script(), newer)
 
 
+class Chat(http.server.BaseHTTPRequestHandler):
+    def do_POST(self):
+        self.server.told.append(json.loads(self.rfile.read(int(self.headers["Content-Length"]))))
+        self.send_response(self.server.codes.pop(0) if self.server.codes else 200)
+        self.end_headers()
+
+    def log_message(self, *_):
+        pass
+
+
+class Webhooks(OwnHelperTest):
+    def test_a_chat_hears_of_failures_and_the_log_of_no_address(self):
+        chat = http.server.HTTPServer(("127.0.0.1", 0), Chat)
+        chat.told, chat.codes = [], []
+        thread = threading.Thread(target=chat.serve_forever)
+        thread.start()
+        self.addCleanup(thread.join)
+        self.addCleanup(chat.shutdown)
+        self.addCleanup(chat.server_close)
+        self.change_user({"WebhookFeature": "failures", "VerboseMode": True,
+                          "WebhookURLSlack": f"http://127.0.0.1:{chat.server_port}/services/SECRET"})
+        self.start_helper()
+        self.patch(["hazelstopwatch"])
+        self.patch(["rookeryserver"])
+        self.assertTrue(sample_mac.eventually(lambda: chat.told), self.log())
+        self.assertEqual(len(chat.told), 1)
+        self.assertIn("Updated 0 of 1. Failed: rookeryserver.", chat.told[0]["text"])
+        self.assertNotIn("SECRET", self.log())
+
+
 @unittest.skipUnless(has_link(), "without a network the helper does not begin")
 class Pass(OwnHelperTest):
     def test_closed_applications_are_updated_and_open_ones_left_alone(self):
@@ -156,7 +188,8 @@ class Pass(OwnHelperTest):
         apps = {app["label"]: app for app in json.loads((self.support / "helper-discovered-apps.json").read_text())}
         self.assertEqual(apps["quill"]["newVersion"], "2.4")
         # What is open lies ready for when it is closed.
-        self.assertTrue([name for name in self.staged() if name.startswith("ostravamaps/")], self.log())
+        self.assertTrue(sample_mac.eventually(
+            lambda: [name for name in self.staged() if name == "ostravamaps/staged.json"]), self.log())
 
 
 if __name__ == "__main__":

@@ -32,7 +32,7 @@ TEST(HelperOptions, TakesItsRootFromTheCommandLineAndRefusesAllElse) {
                                                                  {"--root", "relative"},
                                                                  {"--root", "/a", "--root", "/b"},
                                                                  {"--own-work-after", "-1"},
-                                                                 {"--installomator-source", "ftp://host"},
+                                                                 {"--installomator-source", "http://host"},
                                                                  {"--own-work-after", "5s"},
                                                                  {"--own-work-after", "86401"},
                                                                  {"--port", "1"},

@@ -235,6 +235,22 @@ TEST_F(OwnWorkFixture, ItsRunGoesBeforeAllThatWaitAndBehindTheOneInHand) {
   EXPECT_EQ(order, "first quill second ");
 }
 
+TEST_F(OwnWorkFixture, WhatIsClosedIsStagedBeforeThePassAndWhatIsOpenBehindIt) {
+  setting.config.workflowStageUpdates = true;
+  processes.open(bundle("stamp"));
+  std::string order;
+  onChild = [&](const ChildSpec& spec) {
+    const bool stages = std::ranges::count(spec.arguments, "DEBUG=1") == 1;
+    order += (stages ? "(" : "") + spec.arguments.at(0) + (stages ? ") " : " ");
+    return ScriptedChild{.takes = 1min};
+  };
+  start();
+  machine.advance(kFirstOwnWork + 30s);
+  EXPECT_TRUE(told().currentRun) << "the downloads are part of the pass";
+  machine.advance(10min);
+  EXPECT_EQ(order, "(quill) quill (stamp) ");
+}
+
 TEST_F(OwnWorkFixture, ARunThatCannotBeginIsAPassThatFailed) {
   chmod(setting.constants.supportFolder().c_str(), 0777);
   start();

@@ -238,6 +238,24 @@ TEST_F(Staging, StoppingEndsTheDownload) {
   EXPECT_TRUE(receipts.readAllReceipts().empty());
 }
 
+TEST_F(Staging, ADownloadMakesWayForAnInstallAndIsBegunAgain) {
+  label("stamp", "1.0", "2.0");
+  plays["stamp"] = {"2.0", {.takes = 1min}};
+  download.takes = 30min;
+  int answered = 0;
+  const auto count = [&](const Result<PatchRunAnswer>& answer) { answered += answer ? 1 : 0; };
+  desk.ask({.labels = {}, .alsoStageLabels = {Label("quill"), Label("stamp")}}, count);
+  machine.advance(1min);
+  desk.ask({.labels = {Label("stamp")}, .alsoStageLabels = {}}, count);
+  machine.advance(2min);
+  EXPECT_EQ(answered, 2);
+  EXPECT_EQ(receipts.readAllReceipts().front().label, Label("stamp"));
+  EXPECT_TRUE(lying().empty());
+  download.takes = 1min;
+  ask({}, {"quill"});
+  EXPECT_TRUE(isStaged());
+}
+
 TEST(StagedInstallers, AnAddressNamesTheFileWithoutAnyCharacterThatAShellOrAToolReads) {
   EXPECT_EQ(fileAddress("/Library/Application Support/a'b%\"$(x).zip"),
             "file:///Library/Application%20Support/a%27b%25%22%24%28x%29.zip");

@@ -142,6 +142,19 @@ TEST_F(ToolKeeperFixture, NothingBrokenAndNothingOlderTakesThePlaceOfAWorkingToo
   }
 }
 
+TEST_F(ToolKeeperFixture, AHostIsNotAskedEveryMinuteForWhatIsOfNoUse) {
+  offer("release", script("10.9"));
+  start();
+  http.pages[std::string(kUrl) + "release"].body = "<html>";
+  machine.advance(kToolInterval + 2min);
+  const auto asked = http.requests().size();
+  machine.advance(30min);
+  EXPECT_EQ(http.requests().size(), asked);
+  std::filesystem::remove(setting.constants.installomatorScript());
+  machine.advance(5min);
+  EXPECT_GE(http.requests().size(), asked + 4) << "but while there is no tool at all";
+}
+
 TEST_F(ToolKeeperFixture, AnotherSourceIsTakenAtOnceAlsoWhenItIsOlder) {
   setting.config.installomatorVersion = InstallomatorVersion::main;
   setting.config.installomatorAssembleFromFragments = false;

@@ -38,6 +38,7 @@
 #include "helper/system_zone.h"
 #include "helper/tool_keeper.h"
 #include "helper/version_checker.h"
+#include "helper/webhooks.h"
 #include "platform/linux/linux_running_applications.h"
 #include "platform/linux/sys_network_probe.h"
 #include "platform/linux/sys_power_source.h"
@@ -77,6 +78,14 @@ Result<std::optional<std::pair<uid_t, gid_t>>> unprivilegedAccount() {
   if (!nobody || nobody->pw_uid == 0)
     return failure("CRVHelper", ENOENT, localized("This machine has no account nobody to look for versions with"));
   return std::pair{nobody->pw_uid, nobody->pw_gid};
+}
+
+// Without the domain behind it; people know their machines by that.
+std::string computerName() {
+  char name[256] = {};
+  if (gethostname(name, sizeof name - 1) != 0) return "this Mac";
+  const std::string_view whole = name;
+  return std::string(whole.substr(0, whole.find('.')));
 }
 
 std::string ownHome(const ConsoleUserSource& console) {
@@ -182,7 +191,11 @@ class Daemon {
                  .setting = [this] { return setting(); },
                  .toolHome = ownHome(console_),
                  .ownUid = geteuid()}),
-        desk_({.log = log_, .runner = runner_, .stager = stager_}),
+        webhooks_({.main = main_, .http = http_, .log = log_, .computer = computerName()}),
+        desk_({.log = log_,
+               .runner = runner_,
+               .stager = stager_,
+               .runEnded = [this](const RunReport& report) { webhooks_.runEnded(report, setting().config); }}),
         service_({.main = main_,
                   .discoverer = discoverer_,
                   .versions = versions_,
@@ -334,6 +347,7 @@ class Daemon {
   LabelFileInstallFacts installFacts_;
   Stager stager_;
   PatchRunner runner_;
+  Webhooks webhooks_;
   RunDesk desk_;
   HelperService service_;
   OwnWork ownWork_;
