@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 
+#include "base/ascii.h"
 #include "core/policies/version_comparator.h"
 
 namespace corvane {
@@ -20,12 +21,6 @@ std::unexpected<Error> unusable(std::string why) { return failure("CRVTool", 1, 
 
 bool isLabel(std::string_view path) {
   return path.starts_with(kLabels) && path.ends_with(".sh") && path.find('/', kLabels.size()) == std::string_view::npos;
-}
-
-std::string_view trimmed(std::string_view text) {
-  const auto begin = text.find_first_not_of(" \t\r\n");
-  if (begin == std::string_view::npos) return {};
-  return text.substr(begin, text.find_last_not_of(" \t\r\n") - begin + 1);
 }
 
 std::string ended(std::string_view text) { return std::string(text) + (text.ends_with('\n') ? "" : "\n"); }

@@ -30,13 +30,6 @@ bool canBeSent(const std::string& name, const std::string& value) {
          std::ranges::none_of(value, [](char letter) { return letter == '\r' || letter == '\n' || letter == '\0'; });
 }
 
-std::string_view trimmed(std::string_view text) {
-  const auto isBlank = [](char letter) { return letter == ' ' || letter == '\t' || letter == '\r' || letter == '\n'; };
-  while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
-  return text;
-}
-
 }  // namespace
 
 WebTransfer::WebTransfer(const CurlLibrary& curl, HttpRequest request, std::optional<Download> download,
