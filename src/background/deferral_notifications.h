@@ -30,6 +30,7 @@ class DeferralNotifications final : public DeferralNotices {
   };
   explicit DeferralNotifications(Services services);
 
+  void notifyUpdatesAvailable(const UpdatesAvailable& updates) override { updates_.notify(updates); }
   void dismissUpdateNotifications(Task done) override;
   void notifyDialogTimeoutDeferred(std::int64_t open, std::int64_t total, bool closedAppsHandledElsewhere) override;
   void notifyDeferralEnded(std::int64_t pending) override;

@@ -23,7 +23,7 @@ std::string toastTitle(std::int64_t open) {
   return counted(open, "Corvane: 1 open app needs updating", "Corvane: {} open apps need updating");
 }
 
-std::string toastBody(const PendingUpdatesNews& news) {
+std::string toastBody(const UpdatesAvailable& news) {
   const auto closed = news.total - news.open;
   const bool oneOpen = news.open == 1;
   if (closed < 1)
@@ -43,7 +43,7 @@ std::string toastBody(const PendingUpdatesNews& news) {
 
 }  // namespace
 
-void UpdatesAvailableNotifier::notify(const PendingUpdatesNews& news) {
+void UpdatesAvailableNotifier::notify(const UpdatesAvailable& news) {
   const auto config = s_.preferences.loadConfiguration();
   if (PatchingCadenceManager(config, s_.locale.calendar())
           .isPatchingCompleteForCurrentCycle(s_.preferences.readPatchingCadenceState(), s_.clock.now()))
@@ -66,7 +66,7 @@ void UpdatesAvailableNotifier::tellOfACPower(std::int64_t waiting, const Corvane
                  config, warningOnFailure(log_, "Failed to deliver toast"));
 }
 
-void UpdatesAvailableNotifier::tellOfOpenApps(const PendingUpdatesNews& news, const CorvaneConfiguration& config) {
+void UpdatesAvailableNotifier::tellOfOpenApps(const UpdatesAvailable& news, const CorvaneConfiguration& config) {
   const auto told = s_.preferences.readLastNotifiedPendingUpdatesCount();
   if (news.open == 0) {
     if (told == 0) return;
@@ -87,7 +87,7 @@ void UpdatesAvailableNotifier::notifyDialogTimeoutDeferred(std::int64_t open, st
   deliverToast({.open = open, .total = total, .closedAppsHandledElsewhere = closedAppsHandledElsewhere}, config);
 }
 
-void UpdatesAvailableNotifier::deliverToast(const PendingUpdatesNews& news, const CorvaneConfiguration& config) {
+void UpdatesAvailableNotifier::deliverToast(const UpdatesAvailable& news, const CorvaneConfiguration& config) {
   s_.router.post({.type = CRVNotificationType::updatesAvailable,
                   .identifier = kOpenApps,
                   .title = toastTitle(news.open),

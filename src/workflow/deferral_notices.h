@@ -6,17 +6,9 @@
 
 #include "base/date.h"
 #include "base/task.h"
+#include "core/records/updates_available.h"
 
 namespace corvane {
-
-// What is pending, for who is not looking at the program.
-struct UpdatesAvailable {
-  std::int64_t open = 0;   // of open applications: the user has to act
-  std::int64_t total = 0;  // with the closed ones
-  bool closedAppsHandledElsewhere = false;
-  bool closedAppsWaitForACPower = false;
-  friend bool operator==(const UpdatesAvailable&, const UpdatesAvailable&) = default;
-};
 
 // Main thread.
 class DeferralNotices {
