@@ -306,11 +306,9 @@ ExitCode runCommand(const Command& command, const World& world) {
   const bool writes = factsOf(command.verb).writes;
   if (writes)
     if (const auto taken = claim(world)) return tellError(*taken, command.json, ExitCode::applicationRuns, world);
+  // It never begins, so that it does what it is asked and nothing by itself.
   StatusViewModel model(world.services);
-  if (writes) {
-    model.begin();
-    model.refreshDeadlineDisplay();
-  }
+  if (writes) model.refreshDeadlineDisplay();
   return run({.command = command, .world = world, .services = world.services, .model = model});
 }
 
