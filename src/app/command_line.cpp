@@ -11,7 +11,16 @@ LaunchArguments LaunchArguments::parse(std::span<const std::string_view> argumen
   LaunchArguments parsed{.help = has("--help") || has("-h")};
   for (const std::string_view job : {"--clear-notifications", "--generate-diagnostic-bundle"})
     if (!parsed.batchJob && has(job)) parsed.batchJob = job;
+  if (const auto link = std::ranges::find_if(arguments, isDeferralPromptLink); link != arguments.end())
+    parsed.promptLink = *link;
   return parsed;
+}
+
+bool isDeferralPromptLink(std::string_view address) {
+  constexpr std::string_view kScheme = "corvane://";
+  if (!address.starts_with(kScheme)) return false;
+  address.remove_prefix(kScheme.size());
+  return address.substr(0, address.find_first_of("/?#")) == "show-deferral-prompt";
 }
 
 std::string usageText(std::string_view title) {

@@ -28,7 +28,7 @@ Services::Services(Ports ports)
       neutral(preferences),
       ports_(std::move(ports)) {}
 
-WorkflowServices Services::workflow() {
+WorkflowServices Services::workflow(DeferralNotices& notices, SelfUpdateDisplay& display) {
   return {.main = ports_.main,
           .work = ports_.work,
           .clock = ports_.clock,
@@ -54,9 +54,9 @@ WorkflowServices Services::workflow() {
           .latestReceipts = latestReceipts,
           .installFacts = installFacts,
           .prompts = promptWindows,
-          .notices = neutral.notices,
+          .notices = notices,
           .signals = neutral.signals,
-          .selfUpdateDisplay = neutral.selfUpdateDisplay};
+          .selfUpdateDisplay = display};
 }
 
 }  // namespace corvane

@@ -64,7 +64,9 @@ class Services {
   explicit Services(Ports ports);
 
   [[nodiscard]] const Ports& ports() const { return ports_; }
-  [[nodiscard]] WorkflowServices workflow();
+  // With the notices of a program that has some; a program without leaves them out.
+  [[nodiscard]] WorkflowServices workflow(DeferralNotices& notices, SelfUpdateDisplay& display);
+  [[nodiscard]] WorkflowServices workflow() { return workflow(neutral.notices, neutral.selfUpdateDisplay); }
 
   NotificationCenter notifications;
   PreferenceManager preferences;

@@ -34,6 +34,20 @@ TEST(CommandLine, OptionsAreWholeArgumentsAnywhereAndUnknownOnesAreIgnored) {
   EXPECT_EQ(arguments.batchJob, "--clear-notifications");
 }
 
+TEST(CommandLine, OneAddressLeadsToThePrompt) {
+  for (const auto* link : {"corvane://show-deferral-prompt", "corvane://show-deferral-prompt/",
+                           "corvane://show-deferral-prompt?from=mail", "corvane://show-deferral-prompt#top"}) {
+    const std::vector<std::string_view> given{"--background-launch", link};
+    EXPECT_EQ(LaunchArguments::parse(given).promptLink, link);
+  }
+  for (const auto* other : {"corvane://show-deferral-prompts", "corvane:show-deferral-prompt",
+                            "Corvane://show-deferral-prompt", "corvane://user@show-deferral-prompt",
+                            "corvane://show-deferral-prompt:80", "https://show-deferral-prompt", "corvane://"}) {
+    const std::vector<std::string_view> given{other};
+    EXPECT_FALSE(LaunchArguments::parse(given).promptLink) << other;
+  }
+}
+
 TEST(LaunchLine, TellsWhatIsKnownAndSaysUnknownForTheRest) {
   EXPECT_EQ(launchLine({.shortVersion = "4.1",
                         .build = "412",

@@ -17,6 +17,8 @@ class ProcessApplication final : public Application {
   // label that differs from the last one.
   explicit ProcessApplication(BadgeSink badge = nullptr) : badge_(std::move(badge)) {}
 
+  // From now on, and at once for a label that is set.
+  void setBadgeSink(BadgeSink badge);
   void setActivationPolicy(ActivationPolicy policy) { policy_ = policy; }
   void setActive(bool active) { active_ = active; }
 

@@ -9,34 +9,49 @@
 #include <string_view>
 #include <vector>
 
+#include "app/background_work.h"
 #include "app/command_line.h"
 #include "app/helper_start.h"
 #include "app/launch_log.h"
+#include "app/launch_registration.h"
 #include "app/single_instance.h"
 #include "app/windows_module.h"
-#include "background/deferral_watcher.h"
+#include "background/deferral_notifications.h"
+#include "background/self_update_lookup.h"
 #include "core/policies/gui_instance_policy.h"
 #include "core/preferences/display_title.h"
-#include "platform/dbus/session_focus_state.h"
+#include "notifications/crv_notification_delegate.h"
+#include "platform/posix/process_environment.h"
 #include "platform/posix/standard_descriptors.h"
 #include "presentation/deferral_prompt_controller.h"
 #include "presentation/install_confirmation_controller.h"
+#include "programs/corvane/session_machine.h"
 #include "programs/user/user_machine.h"
-
-extern char** environ;  // NOLINT(readability-redundant-declaration)
 
 namespace {
 
 using namespace corvane;
 
-GUIInstancePolicy::Environment processEnvironment() {
-  GUIInstancePolicy::Environment environment;
-  for (char** entry = environ; *entry != nullptr; ++entry) {
-    const std::string_view text(*entry);
-    if (const auto equals = text.find('='); equals != std::string_view::npos)
-      environment.emplace(text.substr(0, equals), text.substr(equals + 1));
-  }
-  return environment;
+// What a launch that is not the first was started for goes to the instance that runs.
+void handOver(std::string_view link) {
+  SystemClock clock;
+  UvMainLoop loop(clock);
+  BusSoleProcess sole(loop.loop(), BusAddresses::ofEnvironment().session, kApplicationName);
+  if (const auto claimed = sole.claim(); claimed && !*claimed) (void)sole.handOver(std::string(link));
+}
+
+// Opens what the argument or another launch names, from now on.
+void listen(BusSoleProcess& sole, NotificationCenter& notifications, const Logger& log) {
+  const auto claimed = sole.claim();
+  if (!claimed || !*claimed)
+    return log.warning("Links cannot reach this instance: " +
+                       (claimed ? "another program has its name on the session bus" : claimed.error().text));
+  sole.listen(
+      [&notifications](const std::string& message) -> Status {
+        if (isDeferralPromptLink(message)) notifications.post(ShowDeferralPromptFromNotification());
+        return {};
+      },
+      [log] { log.warning("The session bus is gone; links cannot reach this instance any more."); });
 }
 
 template <class Function>
@@ -77,16 +92,20 @@ bool displayAtHand() {
   return there;
 }
 
-int launch(UserMachine& machine) {
-  const auto environment = processEnvironment();
-  const bool byAgent = GUIInstancePolicy::launchedByAgent(environment);
+int launch(UserMachine& machine, const LaunchArguments& arguments) {
+  const auto variables = processEnvironment();
+  const bool byAgent = GUIInstancePolicy::launchedByAgent({variables.begin(), variables.end()});
   unsetenv(std::string(GUIInstancePolicy::agentVariable).c_str());
   const Logger log(machine.log, "Corvane");
-  if (!claimSingleInstance(machine.lock, byAgent, log)) return 0;
+  if (!claimSingleInstance(machine.lock, byAgent, log)) {
+    if (arguments.promptLink) handOver(*arguments.promptLink);
+    return 0;
+  }
   claimState(machine.stateLock, log);
 
-  SessionFocusState focus;
-  Services services(machine.ports(focus));
+  SessionMachine session(machine);
+  Services services(machine.ports(session.focus, session.power));
+  session.probeAddress = [&services] { return services.preferences.loadConfiguration()->networkProbeURL; };
   const auto config = services.preferences.loadConfiguration();
   machine.log.refreshVerbosityFromPreferences(config->verboseMode, config->debugMode);
   log.info(launchLine({.shortVersion = machine.bundle.shortVersion(),
@@ -103,20 +122,51 @@ int launch(UserMachine& machine) {
     const auto fresh = services.preferences.loadConfiguration();
     machine.log.refreshVerbosityFromPreferences(fresh->verboseMode, fresh->debugMode);
   });
-  StatusViewModel model(services.workflow());
+  registerHelperAtLaunch(services.installation, log);
+
+  CRVNotificationRouter router({.service = session.notifications,
+                                .children = session.children,
+                                .main = machine.loop.mainQueue(),
+                                .clock = machine.clock,
+                                .bundle = machine.bundle,
+                                .log = machine.log,
+                                .environment = processEnvironment()});
+  DeferralNotifications notices({.router = router,
+                                 .preferences = services.preferences,
+                                 .application = machine.application,
+                                 .clock = machine.clock,
+                                 .locale = machine.locale,
+                                 .entropy = machine.entropy,
+                                 .log = machine.log});
+  SelfUpdateLookup display({.preferences = services.preferences, .http = session.http, .clock = machine.clock});
+  const auto workflow = services.workflow(notices, display);
+  StatusViewModel model(workflow);
   // The model begins once the helper is there; a cycle that is complete is shown as such before.
   model.refreshDeadlineDisplay();
 
-  const auto workflow = services.workflow();
+  CRVNotificationDelegate delegate(session.notifications, services.notifications, machine.loop.mainQueue(), config);
+  listen(session.sole, services.notifications, log);
   DeferralPromptController prompt(model, workflow);
   InstallConfirmationController confirmation(model, workflow);
-  DeferralWatcher watcher(model, workflow);
+  BackgroundWork work(model, {.workflow = workflow,
+                              .helperState = services.helperState,
+                              .router = router,
+                              .center = session.notifications,
+                              .network = session.network,
+                              .console = session.console,
+                              .http = session.http,
+                              .bundle = machine.bundle,
+                              .userName = userShortName()});
   WindowsHost host{.model = model,
                    .services = workflow,
                    .loop = machine.loop,
                    .prompt = prompt,
                    .promptWindows = services.promptWindows,
-                   .confirmation = confirmation};
+                   .confirmation = confirmation,
+                   .actions = {.updateItself = [&] {
+                     if (const auto& own = model.fields().selfUpdate.selfUpdateAvailable)
+                       model.startSelfUpdate(own->label);
+                   }}};
   auto* runWindows = windowsFunction<int(WindowsHost&)>(machine.bundle.path(), kRunWindowsSymbol);
   if (runWindows == nullptr) return 1;
 
@@ -124,9 +174,10 @@ int launch(UserMachine& machine) {
   HelperStart helperStart(services.installation, machine.loop.mainQueue());
   helperStart.ensureRunning([&](const Status& started) {
     if (!started) log.warning("The root helper is not running: " + started.error().text);
+    work.start();
     model.begin();
     model.loadStatus();
-    watcher.start();
+    if (arguments.promptLink) services.notifications.post(ShowDeferralPromptFromNotification());
   });
   return runWindows(host);
 }
@@ -155,5 +206,5 @@ int main(int argc, char** argv) {
     return 1;
   }
   UserMachine machine(*places);
-  return launch(machine);
+  return launch(machine, arguments);
 }

@@ -76,7 +76,7 @@ UserMachine::UserMachine(CorvaneConstants itsPlaces, const std::filesystem::path
       lock(places.instanceLock()),
       stateLock(places.stateLock()) {}
 
-Ports UserMachine::ports(FocusState& focus) {
+Ports UserMachine::ports(FocusState& focus, PowerSource& powerSource) {
   return {.main = loop.mainQueue(),
           .work = work,
           .clock = clock,
@@ -87,7 +87,7 @@ Ports UserMachine::ports(FocusState& focus) {
           .processes = processes,
           .application = application,
           .focus = focus,
-          .power = power,
+          .power = powerSource,
           .channel = channel,
           .registration = registration,
           .bundle = bundle,

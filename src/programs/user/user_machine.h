@@ -40,8 +40,10 @@ class UserMachine {
   explicit UserMachine(CorvaneConstants places,
                        const std::filesystem::path& executable = ExecutableBundle::runningExecutable());
 
-  // `focus` is asked before a prompt opens by itself, so only the application brings the desktop's own.
-  [[nodiscard]] Ports ports(FocusState& focus);
+  // `focus` is asked before a prompt opens by itself, so only the application brings the desktop's own; `power` is the
+  // desktop's word where the application has it.
+  [[nodiscard]] Ports ports(FocusState& focus, PowerSource& power);
+  [[nodiscard]] Ports ports(FocusState& focus) { return ports(focus, power); }
 
   CorvaneConstants places;
   SystemClock clock;
