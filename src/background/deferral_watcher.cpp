@@ -13,7 +13,7 @@
 namespace corvane {
 
 DeferralWatcher::DeferralWatcher(StatusViewModel& model, const WorkflowServices& services)
-    : model_(model), services_(services), log_(services.log, "DeferralWatcher") {
+    : model_(model), services_(services), log_(services.log, "DeferralWatcher"), ticks_(services.main) {
   armedChanges_ = services_.notifications.observe<CorvaneNextAutoLaunchDidChange>(
       [this](const auto&) { services_.main.post(lifeline_.guard([this] { armWatchpointFromNextAutoLaunch(); })); });
 }
@@ -21,20 +21,13 @@ DeferralWatcher::DeferralWatcher(StatusViewModel& model, const WorkflowServices&
 void DeferralWatcher::start() {
   stop();
   if (reconcileCycle().isNew) rediscover();
-  ticks_ = services_.main.after(
-      kFirstTick,
-      [this] {
-        ticks_ = services_.main.every(
-            kTickInterval, [this] { tick(); }, kTickLeeway);
-        tick();
-      },
-      kTickLeeway);
+  ticks_.start({.first = kFirstTick, .interval = kTickInterval, .leeway = kTickLeeway}, [this] { tick(); });
   if (!pendingCadenceResetDiscovery_) armWatchpointFromNextAutoLaunch();
   log_.info("Started — interval=60s, firstTick=30s");
 }
 
 void DeferralWatcher::stop() {
-  ticks_ = {};
+  ticks_.stop();
   watchpoint_ = {};
 }
 

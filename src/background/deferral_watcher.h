@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "background/deferral_tick.h"
+#include "background/repeating_timer.h"
 #include "base/lease.h"
 #include "base/lifeline.h"
 #include "core/preferences/configuration.h"
@@ -57,7 +58,7 @@ class DeferralWatcher {
   StatusViewModel& model_;
   WorkflowServices services_;
   Logger log_;
-  Lease ticks_;
+  RepeatingTimer ticks_;
   Lease watchpoint_;
   Lease armedChanges_;
   bool pendingCadenceResetDiscovery_ = false;
