@@ -10,7 +10,6 @@
 #include "background/first_delay.h"
 #include "background/notification_authorization.h"
 #include "core/policies/network_readiness_checker.h"
-#include "core/policies/running_apps_detector.h"
 #include "core/policies/startup_jitter.h"
 #include "core/records/notifications.h"
 
@@ -133,16 +132,14 @@ void BackgroundPatchScheduler::patchClosedApps(Completion<ClosedAppsOutcome> don
 void BackgroundPatchScheduler::runClosedAppPass(const CorvaneConfiguration& config,
                                                 Completion<ClosedAppsOutcome> done) {
   auto& world = services_.workflow;
-  const RunningAppsDetector detector(world.processes);
-  const auto paths = detector.runningAppBundlePathsIfEnumerable();
-  if (!paths) {
+  const auto running = RunningBundles::of(world.processes);
+  if (!running) {
     log_.error("Could not enumerate running processes — skipping this pass rather than treating every app as closed.");
     return done(ClosedAppsOutcome::notRun);
   }
-  const RunningFacts running{.bundlePaths = *paths, .bundleIdentifiers = detector.runningBundleIdentifiers()};
   log_.verbose(fmt::format("Filter snapshot — {} running app bundle path(s), {} running bundle ID(s).",
-                           running.bundlePaths.size(), running.bundleIdentifiers.size()));
-  const auto closed = certifyClosedApps(model_.fields().inventory.apps, model_.facts(), running);
+                           running->paths.size(), running->identifiers.size()));
+  const auto closed = certifyClosedApps(model_.fields().inventory.apps, model_.facts(), *running);
   for (const auto& remark : closed.remarks) remark.isWarning ? log_.warning(remark.text) : log_.info(remark.text);
   if (closed.labels.empty()) {
     log_.info("No closed apps require updates this tick.");

@@ -1,20 +1,14 @@
 // Which pending applications are certainly closed, so that they may be patched without a word. A pure decision.
 #pragma once
 
-#include <set>
 #include <string>
 #include <vector>
 
+#include "core/policies/running_bundles.h"
 #include "core/records/app_info.h"
 #include "workflow/app_facts.h"
 
 namespace corvane {
-
-// What runs on the machine at one moment.
-struct RunningFacts {
-  std::set<std::string, std::less<>> bundlePaths;
-  std::set<std::string, std::less<>> bundleIdentifiers;  // in lower case
-};
 
 struct ClosedApps {
   struct Remark {
@@ -31,6 +25,6 @@ struct ClosedApps {
 // An installed application counts as closed when it has a path or an identifier on file and neither is running; one
 // without either is left alone, for nothing could certify it. A required one that is not installed has nothing to
 // close. The block list wins over the allow list; an empty allow list allows all.
-[[nodiscard]] ClosedApps certifyClosedApps(const Apps& apps, const AppFacts& facts, const RunningFacts& running);
+[[nodiscard]] ClosedApps certifyClosedApps(const Apps& apps, const AppFacts& facts, const RunningBundles& running);
 
 }  // namespace corvane

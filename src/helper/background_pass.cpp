@@ -2,9 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-
-#include "base/ascii.h"
 #include "core/discovery/app_discovery_service.h"
 #include "core/policies/mac_app_store_update_policy.h"
 #include "core/policies/version_comparator.h"
@@ -18,15 +15,6 @@ bool isExcludedStoreCopy(const AppInfo& app, const PassFacts& facts) {
          (app.macAppStoreManaged || facts.storeCopies.contains(app.label));
 }
 
-bool listsAllow(const Label& label, const CorvaneConfiguration& config) {
-  const auto holds = [&](const std::vector<std::string>& list) {
-    return std::ranges::find(list, label.text) != list.end();
-  };
-  if (holds(config.backgroundPatchClosedAppsBlockList)) return false;
-  const auto& allowed = config.backgroundPatchClosedAppsAllowList;
-  return allowed.empty() || holds(allowed);
-}
-
 }  // namespace
 
 std::optional<std::string> passObjection(const CorvaneConfiguration& config, const PassConditions& conditions) {
@@ -35,26 +23,6 @@ std::optional<std::string> passObjection(const CorvaneConfiguration& config, con
   if (conditions.cycleComplete) return "patching is complete for this cycle";
   if (config.backgroundPatchClosedAppsRequireOnAC && !conditions.onACPower)
     return "on battery and require-AC is enabled";
-  return std::nullopt;
-}
-
-RunningBundles RunningBundles::of(const std::vector<RunningProcess>& processes) {
-  RunningBundles running;
-  for (const auto& process : processes) {
-    if (process.bundlePath) running.paths.insert(*process.bundlePath);
-    if (process.bundleIdentifier) running.identifiers.insert(lowercased(*process.bundleIdentifier));
-  }
-  return running;
-}
-
-std::optional<std::string> RunningBundles::objection(const AppInfo& app) const {
-  if (!app.isInstalled()) return std::nullopt;
-  const auto path = app.appPath.value_or("");
-  const auto identifier = lowercased(app.packageID.value_or(""));
-  if (path.empty() && identifier.empty()) return "no appPath or packageID on file, cannot certify the app is closed";
-  if (!path.empty() && paths.contains(path)) return fmt::format("{} is currently running", path);
-  if (!identifier.empty() && identifiers.contains(identifier))
-    return fmt::format("bundle ID {} is currently running", identifier);
   return std::nullopt;
 }
 
@@ -80,8 +48,8 @@ PassDecision decidePass(const Apps& apps, const PassFacts& facts) {
     if (facts.config.workflowStageUpdates) decision.stage.push_back(app.label);
     const auto objection = facts.running.objection(app);
     if (objection)
-      decision.notes.push_back(fmt::format("Skipping label '{}' — {}.", app.label.text, *objection));
-    else if (listsAllow(app.label, facts.config))
+      decision.notes.push_back(fmt::format("Skipping label '{}' — {}.", app.label.text, objection->text));
+    else if (backgroundListsAllow(app.label, facts.config))
       decision.install.push_back(app.label);
   }
   return decision;

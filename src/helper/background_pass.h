@@ -9,9 +9,9 @@
 
 #include "base/date.h"
 #include "core/policies/label_history.h"
+#include "core/policies/running_bundles.h"
 #include "core/preferences/configuration.h"
 #include "core/records/app_info.h"
-#include "platform/running_applications.h"
 
 namespace corvane {
 
@@ -25,18 +25,6 @@ struct PassConditions {
 // Why no pass may begin now, for the log; absent when one may.
 [[nodiscard]] std::optional<std::string> passObjection(const CorvaneConfiguration& config,
                                                        const PassConditions& conditions);
-
-// The bundles and identifiers of all processes of the machine, whoever's they are.
-struct RunningBundles {
-  std::set<std::string, std::less<>> paths;
-  std::set<std::string, std::less<>> identifiers;  // in lower case
-
-  [[nodiscard]] static RunningBundles of(const std::vector<RunningProcess>& processes);
-
-  // Why the application cannot be certified closed; absent when it can. A required one that is not installed has
-  // nothing to close.
-  [[nodiscard]] std::optional<std::string> objection(const AppInfo& app) const;
-};
 
 struct PassFacts {
   CorvaneConfiguration config;

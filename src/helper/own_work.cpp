@@ -137,15 +137,14 @@ PassFacts OwnWork::facts(const Apps& apps, const CorvaneConfiguration& config) c
 }
 
 std::optional<RunningBundles> OwnWork::running(const Apps& apps) const {
-  const auto processes = s_.processes.list();
-  if (!processes) return std::nullopt;
-  auto running = RunningBundles::of(*processes);
+  auto running = RunningBundles::of(s_.processes);
+  if (!running) return std::nullopt;
   // The system names executables by their real places, the inventory as they were found.
   for (const auto& app : apps) {
     std::error_code error;
     if (!app.appPath) continue;
     const auto real = std::filesystem::canonical(*app.appPath, error);
-    if (!error && running.paths.contains(real.native())) running.paths.insert(*app.appPath);
+    if (!error && running->paths.contains(real.native())) running->paths.insert(*app.appPath);
   }
   return running;
 }
@@ -178,7 +177,7 @@ std::optional<std::string> OwnWork::objection(const AppInfo& app) const {
   const auto open = running({app});
   if (!open) return "left out: the running processes cannot be listed";
   const auto busy = open->objection(app);
-  return busy ? std::optional(fmt::format("left out: {}", *busy)) : std::nullopt;
+  return busy ? std::optional(fmt::format("left out: {}", busy->text)) : std::nullopt;
 }
 
 void OwnWork::startRun(const PassDecision& decision) {
