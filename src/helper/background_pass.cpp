@@ -3,8 +3,8 @@
 #include <fmt/format.h>
 
 #include "core/discovery/app_discovery_service.h"
+#include "core/discovery/update_need.h"
 #include "core/policies/mac_app_store_update_policy.h"
-#include "core/policies/version_comparator.h"
 #include "helper/own_schedule.h"
 
 namespace corvane {
@@ -27,13 +27,12 @@ std::optional<std::string> passObjection(const CorvaneConfiguration& config, con
 }
 
 bool isPending(const AppInfo& app, const PassFacts& facts) {
-  if (app.teamIDMismatch || app.updateCheckFailed || isExcludedStoreCopy(app, facts)) return false;
-  const bool required = AppDiscoveryService::isRequiredLabel(app.label, std::nullopt, facts.config);
-  if (!app.isInstalled()) return required;
-  return VersionComparator::hasUpdate(app.currentVersion, app.currentBundleVersion, app.newVersion,
-                                      facts.config.versionComparisonMethod) ||
-         (required &&
-          LabelInstallHistory::isForcedReinstallPending(app, facts.config, facts.installs, facts.cycleStart));
+  return !app.updateCheckFailed &&
+         needsUpdate(app, isExcludedStoreCopy(app, facts),
+                     {.config = facts.config,
+                      .reinstallsCurrentRequiredApps = AppDiscoveryService::reinstallsCurrentRequiredApps(facts.config),
+                      .installs = facts.installs,
+                      .cycleStart = facts.cycleStart});
 }
 
 bool isHeld(const AppInfo& app, const PassFacts& facts) {

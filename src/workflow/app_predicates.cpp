@@ -3,20 +3,18 @@
 #include <algorithm>
 
 #include "core/discovery/app_discovery_service.h"
+#include "core/discovery/update_need.h"
 #include "core/policies/installomator_exit_code.h"
-#include "core/policies/version_comparator.h"
 
 namespace corvane {
 
 namespace {
 
-bool hasUpdate(const AppInfo& app, const AppFacts& facts) {
-  return VersionComparator::hasUpdate(app.currentVersion, app.currentBundleVersion, app.newVersion,
-                                      facts.config->versionComparisonMethod);
-}
-
-bool isRequired(const AppInfo& app, const AppFacts& facts) {
-  return AppDiscoveryService::isRequiredLabel(app.label, std::nullopt, facts.config);
+UpdateNeedFacts needFacts(const AppFacts& facts) {
+  return {.config = facts.config,
+          .reinstallsCurrentRequiredApps = facts.reinstallsCurrentRequiredApps,
+          .installs = facts.installs,
+          .cycleStart = facts.cycleStart};
 }
 
 // What the predicates share, worked out once for an application.
@@ -25,17 +23,11 @@ struct Standing {
   bool needsUpdate = false;
 
   Standing(const AppInfo& app, const AppFacts& facts)
-      : excluded(isExcludedAppStoreApp(app, facts)), needsUpdate(needs(app, facts)) {}
+      : excluded(isExcludedAppStoreApp(app, facts)),
+        needsUpdate(corvane::needsUpdate(app, excluded, needFacts(facts))) {}
 
   [[nodiscard]] bool pending(const AppInfo& app) const {
     return needsUpdate && !app.updateCheckFailed && !app.teamIDMismatch;
-  }
-
- private:
-  [[nodiscard]] bool needs(const AppInfo& app, const AppFacts& facts) const {
-    if (app.teamIDMismatch || excluded) return false;
-    if (!app.isInstalled()) return isRequired(app, facts);
-    return hasUpdate(app, facts) || isForcedReinstallPending(app, facts);
   }
 };
 
@@ -85,9 +77,7 @@ bool isExcludedAppStoreApp(const AppInfo& app, const AppFacts& facts) {
 }
 
 bool isForcedReinstallPending(const AppInfo& app, const AppFacts& facts) {
-  return app.isInstalled() && facts.reinstallsCurrentRequiredApps && !hasUpdate(app, facts) &&
-         !isExcludedAppStoreApp(app, facts) && isRequired(app, facts) &&
-         LabelInstallHistory::isForcedReinstallPending(app, facts.config, facts.installs, facts.cycleStart);
+  return isForcedReinstallPending(app, isExcludedAppStoreApp(app, facts), needFacts(facts));
 }
 
 bool appNeedsUpdate(const AppInfo& app, const AppFacts& facts) { return Standing(app, facts).needsUpdate; }
