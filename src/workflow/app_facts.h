@@ -3,11 +3,11 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
+#include <unordered_map>
 
 #include "base/date.h"
 #include "core/history/label_history_caches.h"
@@ -28,7 +28,7 @@ struct AppFacts {
   LabelFailureHistory::Records failures;
   LabelInstallHistory::History installs;
   // For each label with failures, the latest version known of its first application.
-  std::map<Label, std::optional<std::string>> failureTargets;
+  std::unordered_map<Label, std::optional<std::string>> failureTargets;
   std::shared_ptr<const LatestReceipts> latestReceipts;
   // Whether the application's bundle holds a receipt of the App Store.
   std::function<bool(const AppInfo&)> hasAppStoreReceipt;

@@ -127,7 +127,7 @@ void DeferralActions::deferUpdates(bool fromDialogTimeout) {
 void DeferralActions::tellTimedOut() {
   const auto snapshot = openAppsSnapshot(c_.fields.inventory, c_.crossings.facts(), c_.services, c_.log);
   c_.services.main.post(lifeline_.guard([this, open = static_cast<std::int64_t>(snapshot.openLabels.size()),
-                                         total = static_cast<std::int64_t>(snapshot.apps.size()),
+                                         total = static_cast<std::int64_t>(snapshot.pending.size()),
                                          elsewhere = snapshot.canPatchClosedApps] {
     c_.services.notices.dismissUpdateNotifications(lifeline_.guard(
         [this, open, total, elsewhere] { c_.services.notices.notifyDialogTimeoutDeferred(open, total, elsewhere); }));

@@ -52,13 +52,14 @@ void PendingUpdateSideEffects::forgetStagedLabels() {
 }
 
 void PendingUpdateSideEffects::runPendingUpdateSideEffects() {
-  const auto labels = snapshot().labels();
-  switch (decideStaging({.stageUpdates = c_.services.preferences.loadConfiguration()->workflowStageUpdates,
-                         .labels = labels,
+  const auto pending = snapshot();
+  if (!c_.services.preferences.loadConfiguration()->workflowStageUpdates) return continueAfterStaging(pending);
+  const auto labels = pending.labels();
+  switch (decideStaging({.labels = labels,
                          .inFlight = fields_.openAppsNotifyStageLabels,
                          .staged = fields_.labelsStagedBeforeDeferral})) {
     case StagingStep::skip:
-      return continueAfterStaging();
+      return continueAfterStaging(pending);
     case StagingStep::wait:
       return;
     case StagingStep::request:
@@ -90,10 +91,10 @@ void PendingUpdateSideEffects::stagedBeforeDeferral(const LabelSet& labels, Date
   stagingEnded();
   if (!staged) {
     c_.log.warning(fmt::format("Staging before the deferral failed: {}. Continuing.", staged.error().text));
-    return continueAfterStaging();
+    return continueAfterStaging(snapshot());
   }
   fields_.labelsStagedBeforeDeferral = labels;
-  if (!helperPassEndedSince(since)) return continueAfterStaging();
+  if (!helperPassEndedSince(since)) return continueAfterStaging(snapshot());
   c_.log.info(
       fmt::format("The helper finished a background pass while staging waited. Rechecking {} label(s) before "
                   "closed-app patching and the deferral.",
@@ -106,9 +107,8 @@ bool PendingUpdateSideEffects::helperPassEndedSince(Date moment) const {
   return state && state->lastBackgroundPatchSummary && state->lastBackgroundPatchSummary->completedAt > moment;
 }
 
-void PendingUpdateSideEffects::continueAfterStaging() {
-  const auto pending = snapshot();
-  const auto closed = pending.closedLabels();
+void PendingUpdateSideEffects::continueAfterStaging(const OpenAppsSnapshot& pending) {
+  const auto& closed = pending.closedLabels;
   switch (decideClosedApps({.mayStart = pending.canPatchClosedApps && patcher_ != nullptr && !c_.gate.busy(),
                             .closed = closed,
                             .attempted = fields_.closedAppsAttemptedBeforeDeferral})) {
@@ -122,8 +122,8 @@ void PendingUpdateSideEffects::continueAfterStaging() {
     case ClosedAppsStep::deliver:
       break;
   }
-  deliverDeferral({.closedAppsHandledElsewhere = pending.canPatchClosedApps && patcher_ == nullptr,
-                   .closedAppsWaitForACPower = pending.closedAppsWaitForACPower});
+  deliverDeferral(pending, {.closedAppsHandledElsewhere = pending.canPatchClosedApps && patcher_ == nullptr,
+                            .closedAppsWaitForACPower = pending.closedAppsWaitForACPower});
 }
 
 void PendingUpdateSideEffects::startClosedAppsPass() {
@@ -143,45 +143,46 @@ void PendingUpdateSideEffects::closedAppsPassEnded(ClosedAppsOutcome outcome) {
   const auto next = decideAfterPass(outcome, c_.fields.gate.isLoading);
   setGate(next == AfterPass::waitForRefresh ? OpenAppsNotificationGate::refreshThenNotify
                                             : OpenAppsNotificationGate::idle);
+  if (next == AfterPass::waitForRefresh) return;
+  const auto pending = snapshot();
   switch (next) {
     case AfterPass::deliverHandledElsewhere:
-      return deliverDeferral({.closedAppsHandledElsewhere = true});
+      return deliverDeferral(pending, {.closedAppsHandledElsewhere = true});
     case AfterPass::deliverAfreshLook:
-      return deliverDeferral({.closedAppsWaitForACPower = snapshot().closedAppsWaitForACPower});
+      return deliverDeferral(pending, {.closedAppsWaitForACPower = pending.closedAppsWaitForACPower});
     case AfterPass::waitForRefresh:
-      return;
     case AfterPass::deliver:
       c_.log.info("Closed-app pass did not refresh the list; delivering the deferral.");
-      return deliverDeferral({});
+      return deliverDeferral(pending, {});
   }
 }
 
 void PendingUpdateSideEffects::deliverNow(std::string_view reason) {
   setGate(OpenAppsNotificationGate::idle);
   c_.log.info(reason);
-  deliverDeferral({});
+  deliverDeferral(snapshot(), {});
 }
 
-void PendingUpdateSideEffects::deliverDeferral(Delivery delivery) {
-  if (!c_.fields.updateAll.userRecheckInFlight && !c_.fields.deferral.showDeferralPrompt) deferForFocus(delivery);
-  deliverOpenAppsNotification(delivery);
+void PendingUpdateSideEffects::deliverDeferral(const OpenAppsSnapshot& pending, Delivery delivery) {
+  if (!c_.fields.updateAll.userRecheckInFlight && !c_.fields.deferral.showDeferralPrompt)
+    deferForFocus(pending, delivery);
+  deliverOpenAppsNotification(pending, delivery);
 }
 
-void PendingUpdateSideEffects::deferForFocus(Delivery delivery) {
-  const auto pending = c_.fields.inventory.pendingUpdates;
-  const auto count = delivery.closedAppsHandledElsewhere ? sizeOf(snapshot().openLabels) : pending;
+void PendingUpdateSideEffects::deferForFocus(const OpenAppsSnapshot& pending, Delivery delivery) {
+  const auto all = c_.fields.inventory.pendingUpdates;
+  const auto count = delivery.closedAppsHandledElsewhere ? sizeOf(pending.openLabels) : all;
   if (count == 0 || !c_.crossings.applyAutomaticFocusDeferralIfNeeded()) return;
   c_.log.info("Pending updates found while Focus is active; armed an automatic focus deferral.");
   if (c_.services.preferences.loadConfiguration()->focusDeferralNotificationsEnabled)
-    c_.services.notices.notifyDeferralEnded(pending);
+    c_.services.notices.notifyDeferralEnded(all);
 }
 
-void PendingUpdateSideEffects::deliverOpenAppsNotification(Delivery delivery) {
+void PendingUpdateSideEffects::deliverOpenAppsNotification(const OpenAppsSnapshot& pending, Delivery delivery) {
   const auto& store = c_.services.preferences;
   const auto armed = store.readNextAutoLaunch();
   if (store.readAutomaticFocusDeferralArmed() && armed && *armed > c_.services.clock.now())
     return c_.log.info("Skipping the open-apps notification during an automatic focus deferral.");
-  const auto pending = snapshot();
   if (shouldStageBeforeNotification(newsFacts(pending))) return stageBeforeNotification(pending.labels(), delivery);
   tell(pending, delivery);
 }
@@ -206,7 +207,7 @@ void PendingUpdateSideEffects::tell(const OpenAppsSnapshot& pending, Delivery de
   // Asked before the notifier raises the count that the user knows.
   const bool dialogIsDue = shouldPresentDeferralDialog(newsFacts(pending));
   c_.services.notices.notifyUpdatesAvailable({.open = open,
-                                              .total = sizeOf(pending.apps),
+                                              .total = sizeOf(pending.pending),
                                               .closedAppsHandledElsewhere = delivery.closedAppsHandledElsewhere,
                                               .closedAppsWaitForACPower = delivery.closedAppsWaitForACPower});
   if (dialogIsDue) presentDialogForOpenApps(open);
@@ -237,18 +238,18 @@ OpenAppsSnapshot PendingUpdateSideEffects::snapshot() const {
 
 NewsFacts PendingUpdateSideEffects::newsFacts(const OpenAppsSnapshot& pending) const {
   const auto& store = c_.services.preferences;
-  const auto facts = c_.crossings.facts();
+  const auto config = store.loadConfiguration();
   const auto& staged = fields_.labelsStagedBeforeDeferral;
   return {.open = sizeOf(pending.openLabels),
           .notified = store.readLastNotifiedPendingUpdatesCount(),
           .now = c_.services.clock.now(),
           .armed = store.readNextAutoLaunch(),
-          .stageUpdates = facts.config->workflowStageUpdates,
-          .allStaged = staged && std::ranges::includes(*staged, pending.labels()),
-          .notificationsEnabled = facts.config->updatesAvailableNotificationsEnabled,
+          .stageUpdates = config->workflowStageUpdates,
+          .allStaged = config->workflowStageUpdates && staged && std::ranges::includes(*staged, pending.labels()),
+          .notificationsEnabled = config->updatesAvailableNotificationsEnabled,
           .isActive = c_.services.application.isActive(),
           .showsPrompt = c_.fields.deferral.showDeferralPrompt,
-          .cycleComplete = facts.cycleComplete};
+          .cycleComplete = pending.cycleComplete};
 }
 
 void PendingUpdateSideEffects::stagingEnded() {

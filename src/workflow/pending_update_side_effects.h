@@ -40,14 +40,14 @@ class PendingUpdateSideEffects {
   void runPendingUpdateSideEffects();
   void stageBeforeDeferral(const LabelSet& labels);
   void stagedBeforeDeferral(const LabelSet& labels, Date since, const Status& staged);
-  void continueAfterStaging();
+  void continueAfterStaging(const OpenAppsSnapshot& pending);
   void startClosedAppsPass();
   void closedAppsPassEnded(ClosedAppsOutcome outcome);
 
   void deliverNow(std::string_view reason);
-  void deliverDeferral(Delivery delivery);
-  void deferForFocus(Delivery delivery);
-  void deliverOpenAppsNotification(Delivery delivery);
+  void deliverDeferral(const OpenAppsSnapshot& pending, Delivery delivery);
+  void deferForFocus(const OpenAppsSnapshot& pending, Delivery delivery);
+  void deliverOpenAppsNotification(const OpenAppsSnapshot& pending, Delivery delivery);
   void stageBeforeNotification(const LabelSet& labels, Delivery delivery);
   void tell(const OpenAppsSnapshot& snapshot, Delivery delivery);
   void presentDialogForOpenApps(std::int64_t openCount);

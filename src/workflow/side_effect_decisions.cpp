@@ -5,7 +5,7 @@
 namespace corvane {
 
 StagingStep decideStaging(const StagingFacts& facts) {
-  if (!facts.stageUpdates || facts.labels.empty()) return StagingStep::skip;
+  if (facts.labels.empty()) return StagingStep::skip;
   if (facts.inFlight == facts.labels) return StagingStep::wait;
   const bool alreadyStaged = facts.staged && std::ranges::includes(*facts.staged, facts.labels);
   return alreadyStaged ? StagingStep::skip : StagingStep::request;

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <set>
 
 #include "base/date.h"
 #include "core/records/app_info.h"
@@ -11,16 +10,13 @@
 
 namespace corvane {
 
-using LabelSet = std::set<Label>;
-
-// The first step: downloads before anything else.
+// The first step, where the settings want it: downloads before anything else.
 enum class StagingStep {
-  skip,     // nothing to download, not wanted, or downloaded already
+  skip,     // nothing to download, or downloaded already
   wait,     // the request for these very labels is out, and its answer goes on
   request,  // supersedes a request for other labels
 };
 struct StagingFacts {
-  bool stageUpdates = false;  // by the settings
   const LabelSet& labels;
   const std::optional<LabelSet>& inFlight;
   const std::optional<LabelSet>& staged;

@@ -218,7 +218,7 @@ TEST_F(DeferralTest, closedAppsArePatchedWhereSettingsAndPowerLetThem) {
   buildWith({opened, outdated("closed")});
   processes.open("/Applications/Opened.app");
   auto snapshot = model->openAppsSnapshot();
-  EXPECT_EQ(snapshot.closedLabels(), std::set<Label>{label("closed")});
+  EXPECT_EQ(snapshot.closedLabels, LabelSet{label("closed")});
   EXPECT_FALSE(snapshot.canPatchClosedApps || snapshot.closedAppsWaitForACPower) << "not enabled";
   set("BackgroundPatchClosedAppsEnabled", PlistValue(true));
   EXPECT_TRUE(model->openAppsSnapshot().canPatchClosedApps);

@@ -73,6 +73,7 @@ TEST_F(RoomTest, theGateOfTheSequenceDecidesWhatCountsAndFailuresLeadTo) {
 }
 
 TEST_F(RoomTest, aDeliveryThatMeetsTheSameDownloadLeavesItTheNotification) {
+  manage({{"WorkflowStageUpdates", PlistValue(true)}});
   PendingUpdateSideEffects effects(context, state.sideEffects);
   crossings.answeredFacts.hasAppStoreReceipt = [](const AppInfo&) { return false; };
   processes.setReadable(false);

@@ -1,10 +1,10 @@
 // What the receipts say of each label, kept until the receipts change.
 #pragma once
 
-#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <unordered_map>
 #include <utility>
 
 #include "core/history/receipt_manager.h"
@@ -13,7 +13,7 @@
 namespace corvane {
 
 // The newest receipt of each label.
-using LatestReceipts = std::map<Label, PatchingReceipt>;
+using LatestReceipts = std::unordered_map<Label, PatchingReceipt>;
 
 // The receipts read at most once for each state of their file (time of change and size), for all the caches.
 // Any thread; what was handed out stays valid.

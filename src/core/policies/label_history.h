@@ -3,10 +3,10 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <span>
 #include <string>
+#include <unordered_map>
 
 #include "base/date.h"
 #include "core/records/app_info.h"
@@ -32,7 +32,7 @@ struct LabelFailureHistory {
 
     friend bool operator==(const Record&, const Record&) = default;
   };
-  using Records = std::map<Label, Record, std::less<>>;
+  using Records = std::unordered_map<Label, Record>;
 
   // One record for each label whose newest receipts are failures. `receipts` stand newest first. A success
   // ends a row, and so does a failure for another target version. Skipped runs and failures that do not
@@ -49,7 +49,7 @@ struct LabelFailureHistory {
 
 // Successful installs of a label.
 struct LabelInstallHistory {
-  using History = std::map<Label, Date, std::less<>>;
+  using History = std::unordered_map<Label, Date>;
 
   // The latest success of each label. `receipts` in any order.
   [[nodiscard]] static History installHistory(std::span<const PatchingReceipt> receipts);

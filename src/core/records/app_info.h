@@ -2,7 +2,9 @@
 #pragma once
 
 #include <compare>
+#include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -23,6 +25,7 @@ struct Label {
 };
 
 using Labels = std::vector<Label>;
+using LabelSet = std::set<Label>;
 
 // "a, b, c", as log lines and messages join labels.
 [[nodiscard]] std::string joined(const Labels& labels, std::string_view separator = ", ");
@@ -72,3 +75,8 @@ using Apps = std::vector<AppInfo>;
 [[nodiscard]] Result<Apps> appsFromJson(const JsonValue& value);
 
 }  // namespace corvane
+
+template <>
+struct std::hash<corvane::Label> {
+  std::size_t operator()(const corvane::Label& label) const noexcept { return std::hash<std::string>()(label.text); }
+};
