@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "base/main_queue.h"
@@ -27,6 +28,8 @@ class ScriptedChildProcesses final : public ChildProcesses {
 
   // What was started, in order.
   [[nodiscard]] const std::vector<ChildSpec>& started() const { return started_; }
+  // The same, and forgets them.
+  std::vector<ChildSpec> takeStarted() { return std::exchange(started_, {}); }
   [[nodiscard]] std::size_t running() const;
 
   std::shared_ptr<ChildHandle> start(ChildSpec spec, std::function<void(std::string_view)> onLine,

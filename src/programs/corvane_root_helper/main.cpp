@@ -1,6 +1,7 @@
 // The root helper: chooses its adapters, builds its rooms and serves until it is told to end.
 #include <fmt/format.h>
 #include <grp.h>
+#include <malloc.h>
 #include <pwd.h>
 #include <signal.h>
 #include <sys/stat.h>
@@ -57,6 +58,9 @@ namespace {
 
 // A stop that takes longer than this (a peer that does not read) is cut short.
 constexpr Duration kStopLimit = kToolStopGrace + 5s;
+// How often what work has left free goes back to the system. A check of many labels takes megabytes for a minute, the
+// helper lives for months.
+constexpr Duration kTidying = 1min;
 constexpr const char* kNobodysHome = "/var/empty";
 
 // Where the tool is fetched from: on a tree that somebody made only when told so.
@@ -253,6 +257,8 @@ class Daemon {
     auto heartbeat = std::make_unique<Heartbeat>(places_.helperHeartbeat(), files_, clock_, main_, log_);
     toolKeeper_.start();
     ownWork_.start();
+    const auto tidying = main_.every(
+        kTidying, [] { malloc_trim(0); }, kTidying / 2);
     Lease limit;
     EndSignals signals(loop_.loop(), [&] {
       if (limit.active()) return;
