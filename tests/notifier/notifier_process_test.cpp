@@ -47,9 +47,16 @@ class NotifierProcessTest : public ::testing::Test {
   }
 
   [[nodiscard]] std::filesystem::path opened() const { return folder_.path() / "opened"; }
-  [[nodiscard]] std::vector<std::pair<std::string, std::string>> environment() const {
-    return {
-        {"DBUS_SESSION_BUS_ADDRESS", bus_.address()}, {"XDG_RUNTIME_DIR", folder_.path().string()}, {"DISPLAY", ":7"}};
+  using Environment = std::vector<std::pair<std::string, std::string>>;
+  [[nodiscard]] Environment places() const {
+    return {{"CORVANE_ROOT", folder_.path().string()}, {"HOME", (folder_.path() / "home").string()}};
+  }
+  [[nodiscard]] Environment environment() const {
+    auto all = places();
+    all.insert(all.end(), {{"DBUS_SESSION_BUS_ADDRESS", bus_.address()},
+                           {"XDG_RUNTIME_DIR", folder_.path().string()},
+                           {"DISPLAY", ":7"}});
+    return all;
   }
 
   using Exit = std::shared_ptr<std::optional<ChildExit>>;  // absent while it runs
@@ -98,7 +105,7 @@ class NotifierProcessTest : public ::testing::Test {
   RealLoop loop_;
   UvChildProcesses children_{loop_.loop(), loop_.mainQueue()};
   ScriptedOwnBundle bundle_;
-  std::vector<std::pair<std::string, std::string>> environment_;
+  Environment environment_;
   int running_ = 0;
 };
 
@@ -123,11 +130,14 @@ TEST_F(NotifierProcessTest, withoutASessionOrAServiceItSaysSo) {
   EXPECT_EQ(mute.errors, "Corvane Notification: No notification service runs in this desktop session.\n");
   EXPECT_EQ(run({.operation = Operation::clearAll}).code, 0) << "there is nothing to take away";
 
-  environment_ = {{"HOME", folder_.path().string()}};
+  environment_ = places();
   const auto alone = run(note("a"));
   EXPECT_EQ(alone.code, 1);
   EXPECT_EQ(alone.errors, "Corvane Notification: There is no session bus.\n");
   environment_.clear();
+  const auto log = TemporaryFolder::read(folder_.path() / "home/Library/Logs/Corvane/crv.log");
+  EXPECT_THAT(log, HasSubstr("[ERROR] CorvaneNotification: No notification service runs in this desktop session."));
+  EXPECT_THAT(log, HasSubstr("[ERROR] CorvaneNotification: There is no session bus."));
 }
 
 TEST_F(NotifierProcessTest, oneProcessStandsForAllThatIsShown) {

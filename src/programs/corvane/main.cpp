@@ -27,6 +27,7 @@
 #include "presentation/install_confirmation_controller.h"
 #include "programs/corvane/session_machine.h"
 #include "programs/user/user_machine.h"
+#include "programs/user/user_places.h"
 
 namespace {
 

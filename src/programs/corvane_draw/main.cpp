@@ -15,6 +15,7 @@
 #include "presentation/install_confirmation_controller.h"
 #include "programs/corvane_draw/prompt_on_disk.h"
 #include "programs/user/user_machine.h"
+#include "programs/user/user_places.h"
 
 namespace {
 

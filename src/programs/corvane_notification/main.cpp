@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "core/logging/logging_service.h"
 #include "core/places.h"
 #include "notifier/notifier.h"
 #include "notifier/notifier_options.h"
@@ -17,21 +18,36 @@
 #include "platform/dbus/bus_sole_process.h"
 #include "platform/dbus/desktop_notifications.h"
 #include "platform/dbus/session_focus_state.h"
+#include "platform/linux/linux_locale.h"
 #include "platform/posix/detached_process.h"
 #include "platform/posix/executable_bundle.h"
+#include "platform/posix/posix_files.h"
 #include "platform/posix/process_application.h"
 #include "platform/posix/process_environment.h"
 #include "platform/posix/standard_descriptors.h"
 #include "platform/posix/system_clock.h"
 #include "platform/uv/uv_main_loop.h"
 #include "platform/uv/uv_work_queue.h"
+#include "programs/user/user_places.h"
 
 namespace corvane {
 namespace {
 
 constexpr const char* kName = "org.corvane.Corvane.Notification";
 
-void complain(std::string_view text) { fmt::print(stderr, "Corvane Notification: {}\n", text); }
+// On a desktop nobody reads what a program prints, so the log has it as well.
+void complain(std::string_view text) {
+  fmt::print(stderr, "Corvane Notification: {}\n", text);
+  const auto places = placesFromEnvironment();
+  if (!places) return;
+  SystemClock clock;
+  PosixFiles files;
+  const LinuxLocale locale;
+  LoggingService log(
+      {.system = places->logFile(), .archive = places->logArchiveFolder(), .fallback = places->userLogFile()},
+      LogRole::user, files, clock, [&locale] { return locale.calendar(); });
+  Logger(log, "CorvaneNotification").error(text);
+}
 
 std::string variable(const char* name) {
   const char* value = std::getenv(name);

@@ -18,6 +18,7 @@
 #include "ctl/text_width.h"
 #include "platform/posix/standard_descriptors.h"
 #include "programs/user/user_machine.h"
+#include "programs/user/user_places.h"
 
 namespace {
 

@@ -29,11 +29,6 @@
 
 namespace corvane {
 
-// Where this program works: CORVANE_ROOT names the system root, and HOME the user's folder. A root other than
-// "/" is honoured only where the folder belongs to the user and nobody else may write to it; otherwise the
-// start fails with the line to print.
-[[nodiscard]] Result<CorvaneConstants> placesFromEnvironment();
-
 class UserMachine {
  public:
   // `executable`: tells the bundle that this program speaks for.
@@ -73,8 +68,5 @@ class AskedFor final : public FocusState {
     return std::vector<std::string>();
   }
 };
-
-// The user's short name; the number of the user where the machine knows no name.
-[[nodiscard]] std::string userShortName();
 
 }  // namespace corvane
