@@ -211,6 +211,11 @@ TEST_F(SystemdHelperRegistrationTest, WhatPolkitRefusesWaitsForTheAdministrator)
     ASSERT_TRUE(prints(registration, kDaemonNotLoaded));
     EXPECT_EQ(registration.kickstart(), EACCES);
     EXPECT_EQ(registration.status(), HelperStatus::requiresApproval);
+    system_.manager->becomes({.file = "enabled", .active = "active"});
+    EXPECT_TRUE(prints(registration, 0));
+    system_.manager->becomes({.file = "enabled", .active = "failed"});
+    EXPECT_TRUE(prints(registration, kDaemonNotLoaded));
+    EXPECT_EQ(registration.status(), HelperStatus::enabled) << "it was allowed once, and is asked for again";
   }
 }
 
@@ -273,6 +278,23 @@ TEST_F(SystemdHelperRegistrationTest, AManagerThatHangsCostsItsLimitOnlyAndIsAsk
   EXPECT_EQ(asked.error(), Silence::unreadable);
   system_.manager->hang(false);
   EXPECT_TRUE(system_.loop.wait([&] { return registration.status() != HelperStatus::unknown; }));
+}
+
+TEST_F(SystemdHelperRegistrationTest, AManagerThatReadsItsUnitsAnewIsNotTakenForOneThatHangs) {
+  auto limits = kGenerous;
+  limits.call = 500ms;
+  limits.askAgain = 20ms;
+  system_.manager->becomes({.file = "disabled"});
+  auto& registration = system_.begin(UnitFile::disabled, limits);
+  ASSERT_TRUE(prints(registration, kDaemonNotLoaded));
+  system_.manager->hang(true, "Reload");
+  ASSERT_TRUE(registration.registerDaemon());
+  ASSERT_TRUE(system_.loop.wait([&] { return system_.manager->count("Reload") == 1; }));
+  // Whatever was asked before has had its time when this has.
+  EXPECT_EQ(unregister(registration), ETIMEDOUT);
+  EXPECT_EQ(registration.status(), HelperStatus::enabled);
+  system_.manager->hang(false);
+  EXPECT_TRUE(becomes(registration, HelperStatus::notRegistered)) << "what it was asked it does, late";
 }
 
 TEST_F(SystemdHelperRegistrationTest, AManagerThatVanishesEndsWhatWaitsForItAndIsFoundAgain) {

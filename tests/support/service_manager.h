@@ -110,11 +110,12 @@ class ServiceManager {
     }
     for (const auto& [job, active] : jobs) finish(job, active);
   }
-  // In the midst of whatever it is asked next, until told to go on.
-  void hang(bool hangs) {
+  // In the midst of what it is asked next, or of `method` alone, until told to go on.
+  void hang(bool hangs, const std::string& method = "") {
     {
       const std::scoped_lock lock(mutex_);
       hangs_ = hangs;
+      hangsIn_ = method;
     }
     goesOn_.notify_all();
   }
@@ -176,7 +177,7 @@ class ServiceManager {
   void take(const std::string& method) {
     std::unique_lock lock(mutex_);
     asked_.push_back(method);
-    goesOn_.wait(lock, [this] { return !hangs_; });
+    goesOn_.wait(lock, [&] { return !hangs_ || (!hangsIn_.empty() && hangsIn_ != method); });
     if (const auto& error = refused_[method]; !error.empty()) throw sdbus::Error(error, "refused");
   }
   void requireFile(const std::string& name) const {
@@ -239,6 +240,7 @@ class ServiceManager {
   Unit unit_;
   bool subscribed_ = false;
   bool hangs_ = false;
+  std::string hangsIn_;
   bool holdsJobs_ = false;
   std::string result_ = "done";
   Unit otherwise_;
