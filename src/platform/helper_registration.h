@@ -10,9 +10,13 @@
 
 namespace corvane {
 
+// What the service manager of the design answers for a daemon that it does not know.
+inline constexpr std::int32_t kDaemonNotLoaded = 113;
+
 enum class HelperStatus { enabled, requiresApproval, notRegistered, notFound, unknown };
 
-// Main thread. `status` answers at once, from memory or one system call.
+// Main thread. `status` answers at once, from memory or one system call. Contract suite:
+// tests/support/helper_registration_contract.h.
 class HelperRegistration {
  public:
   virtual ~HelperRegistration() = default;
@@ -21,9 +25,10 @@ class HelperRegistration {
   virtual Status registerDaemon() = 0;
   // Stops the daemon and takes its registration away.
   virtual void unregisterDaemon(Completion<Status> done) = 0;
-  // Starts the registered daemon when it does not run. Absent when the service manager cannot be asked.
+  // Starts the registered daemon when it does not run; one that runs goes on, since it may be in the midst of an
+  // install. kDaemonNotLoaded when none is registered. Absent when the service manager cannot be asked.
   virtual std::optional<std::int32_t> kickstart() = 0;
-  // 0 when the daemon is loaded. Absent when the service manager cannot be asked.
+  // 0 when the daemon runs or is about to, otherwise kDaemonNotLoaded. Absent when the service manager cannot be asked.
   [[nodiscard]] virtual std::optional<std::int32_t> printExitCode() const = 0;
   // Where the user lets the daemon run.
   virtual void openSettings() = 0;

@@ -8,7 +8,9 @@
 #include <cerrno>
 #include <optional>
 
+#include "programs/user/helper_keeper.h"
 #include "support/environment_variable.h"
+#include "support/service_manager.h"
 #include "support/temporary_folder.h"
 #include "workflow/status_view_model.h"
 
@@ -70,6 +72,49 @@ TEST(PlacesFromEnvironment, AnyOtherRootIsRefusedWithTheReason) {
     EXPECT_NE(places.error().text.find(row.reason), std::string::npos) << places.error().text;
     EXPECT_TRUE(places.error().text.starts_with("CORVANE_ROOT")) << places.error().text;
   }
+}
+
+TEST(HelperKeeper, AnInstalledHelperIsTheServiceManagersAndAnyOtherTheUsersOwn) {
+  const struct {
+    std::filesystem::path root;
+    Heard<UnitFile> unit;
+    HelperKeeper keeper;
+  } rows[] = {
+      {"/", UnitFile::enabled, HelperKeeper::serviceManager},
+      {"/", UnitFile::disabled, HelperKeeper::serviceManager},
+      {"/", UnitFile::masked, HelperKeeper::serviceManager},
+      {"/", std::unexpected(Silence::unreadable), HelperKeeper::serviceManager},
+      {"/", UnitFile::absent, HelperKeeper::ownChild},
+      {"/", std::unexpected(Silence::nobody), HelperKeeper::ownChild},
+      {"/tmp/mac", UnitFile::enabled, HelperKeeper::ownChild},
+  };
+  for (const auto& row : rows) {
+    bool asked = false;
+    const auto ask = [&] {
+      asked = true;
+      return row.unit;
+    };
+    EXPECT_EQ(helperKeeper(row.root, ask), row.keeper) << &row - rows;
+    EXPECT_EQ(asked, row.root == "/");
+  }
+}
+
+TEST(HelperKeeper, TheMachinesOwnRootAndItsBusDecide) {
+  if (!testing::isInstalled(testing::PrivateBus::kDaemon)) GTEST_SKIP() << "needs dbus-daemon";
+  const testing::TemporaryFolder folder;
+  const testing::PrivateBus bus;
+  const testing::EnvironmentVariable address("DBUS_SYSTEM_BUS_ADDRESS", bus.address());
+  const auto status = [&](const std::filesystem::path& root) {
+    UserMachine machine({.root = root, .home = folder.path()},
+                        std::filesystem::path(CORVANE_BUNDLE) / "Contents/MacOS/Corvane");
+    return machine.registration->status();
+  };
+  const auto own = status("/");
+  const testing::ServiceManager manager(bus, {.file = "enabled"});
+  EXPECT_EQ(status("/"), HelperStatus::enabled);
+  EXPECT_EQ(status(folder.path()), own) << "a daemon of the user, as without a manager";
+  EXPECT_NE(own, HelperStatus::enabled);
+  EXPECT_EQ(manager.count("GetUnitFileState"), 1);
 }
 
 TEST(Services, StandOnAnEmptyMachineAndLeaveItAsItWas) {

@@ -4,16 +4,58 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <vector>
 
 #include "base/json.h"
 #include "platform/posix/process_stamp.h"
+#include "support/helper_registration_contract.h"
 #include "support/real_loop.h"
 #include "support/temporary_folder.h"
 
 namespace corvane::testing {
+
+namespace {
+
+pid_t recordedProcess(const std::filesystem::path& record) {
+  const auto json = parseJson(TemporaryFolder::read(record));
+  return json && json->find("pid") != nullptr ? static_cast<pid_t>(*json->find("pid")->integer()) : 0;
+}
+
+class ChildWorld {
+ public:
+  ~ChildWorld() {
+    if (const auto pid = recordedProcess(record_); pid > 1 && processStamp(pid)) ::kill(pid, SIGKILL);
+  }
+  HelperRegistration& registration() { return registration_; }
+  void install() { folder_.writeExecutable("Helper", "#!/bin/sh\necho $$ >> \"$2/begun\"; exec sleep 1000\n"); }
+  bool helperRuns() {
+    const auto pid = recordedProcess(record_);
+    return pid > 1 && processStamp(pid) && begun().ends_with(std::to_string(pid) + "\n");
+  }
+  void helperEnds() const { ::kill(recordedProcess(record_), SIGKILL); }
+  std::ptrdiff_t starts() { return std::ranges::count(begun(), '\n'); }
+  bool wait(const std::function<bool()>& done) { return loop_.wait(done); }
+
+ private:
+  std::string begun() { return TemporaryFolder::read(folder_.path() / "begun"); }
+
+  TemporaryFolder folder_;
+  RealLoop loop_;
+  std::filesystem::path record_ = folder_.path() / "record.json";
+  ChildHelperRegistration registration_{loop_.mainQueue(),
+                                        {.executable = folder_.path() / "Helper",
+                                         .arguments = {"--root", folder_.path()},
+                                         .environment = {{"PATH", "/usr/bin:/bin"}}},
+                                        {.record = record_, .socket = folder_.path() / "helper.sock"},
+                                        nullptr};
+};
+
+}  // namespace
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Child, HelperRegistrationContract, ChildWorld);
 
 class ChildHelperRegistrationTest : public ::testing::Test {
  protected:
@@ -25,10 +67,7 @@ class ChildHelperRegistrationTest : public ::testing::Test {
     folder_.writeExecutable("Helper", "#!/bin/sh\n" + body);
     std::filesystem::remove(folder_.path() / "up");
   }
-  pid_t recordedPid() {
-    const auto json = parseJson(TemporaryFolder::read(record_));
-    return json && json->find("pid") != nullptr ? static_cast<pid_t>(*json->find("pid")->integer()) : 0;
-  }
+  pid_t recordedPid() { return recordedProcess(record_); }
   bool isUp() {
     return loop_.wait([&] { return std::filesystem::exists(folder_.path() / "up"); });
   }
@@ -54,37 +93,11 @@ class ChildHelperRegistrationTest : public ::testing::Test {
                                         100ms};
 };
 
-TEST_F(ChildHelperRegistrationTest, TheHelperLivesThroughItsStates) {
-  EXPECT_EQ(registration_.status(), HelperStatus::notFound);
-  EXPECT_EQ(registration_.kickstart(), kDaemonNotLoaded);
+TEST_F(ChildHelperRegistrationTest, TheHelperHasASessionOfItsOwn) {
   writeHelper("echo \"$@\" > \"$2/up\"; exec sleep 1000\n");
-  EXPECT_EQ(registration_.status(), HelperStatus::notRegistered);
-  EXPECT_EQ(registration_.kickstart(), kDaemonNotLoaded);
-  EXPECT_EQ(registration_.printExitCode(), kDaemonNotLoaded);
-
   ASSERT_TRUE(registration_.registerDaemon());
-  const auto pid = recordedPid();
-  EXPECT_EQ(registration_.status(), HelperStatus::enabled);
-  EXPECT_EQ(registration_.printExitCode(), 0);
   ASSERT_TRUE(isUp());
-  EXPECT_NE(::getsid(pid), ::getsid(0)) << "a session of its own";
-  ASSERT_TRUE(registration_.registerDaemon());
-  EXPECT_EQ(registration_.kickstart(), 0);
-  EXPECT_EQ(recordedPid(), pid) << "a running helper is kept";
-
-  ::kill(pid, SIGKILL);
-  ASSERT_TRUE(loop_.wait([&] { return !processStamp(pid).has_value(); }));
-  EXPECT_EQ(registration_.status(), HelperStatus::enabled);
-  EXPECT_EQ(registration_.printExitCode(), kDaemonNotLoaded);
-  EXPECT_EQ(registration_.kickstart(), 0);
-  EXPECT_NE(recordedPid(), pid);
-  EXPECT_EQ(registration_.printExitCode(), 0);
-
-  const auto second = recordedPid();
-  ASSERT_TRUE(unregister());
-  EXPECT_FALSE(processStamp(second).has_value());
-  EXPECT_EQ(registration_.status(), HelperStatus::notRegistered);
-  ASSERT_TRUE(unregister()) << "what is not registered is taken away already";
+  EXPECT_NE(::getsid(recordedPid()), ::getsid(0));
 }
 
 TEST_F(ChildHelperRegistrationTest, AHelperThatIgnoresThePoliteSignalIsForced) {

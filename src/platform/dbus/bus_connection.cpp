@@ -45,6 +45,11 @@ bool BusConnection::isLost() const {
   return ::poll(&socket, 1, 0) != 0;  // nothing but a hang-up or an error is reported
 }
 
+std::unexpected<Error> BusConnection::silent(Silence why) {
+  if (why == Silence::nobody) return failure(BusError::domain, BusError::noBus, "There is no such bus");
+  return failure(BusError::domain, BusError::noAnswer, "There was no answer in time");
+}
+
 Silence BusConnection::after(const sdbus::Error& error) {
   if (std::ranges::find(kNoSuchThing, error.getName()) != kNoSuchThing.end()) return Silence::nobody;
   // A fresh connection leaves behind whatever was wrong with this one, and the answer that may still come late.

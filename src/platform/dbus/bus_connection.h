@@ -11,6 +11,7 @@
 #include <string>
 #include <utility>
 
+#include "platform/dbus/bus_error.h"
 #include "platform/dbus/bus_question.h"
 
 namespace corvane {
@@ -27,11 +28,32 @@ class BusConnection {
   template <typename Value, typename... Arguments>
   [[nodiscard]] Heard<Value> ask(const BusObject& object, const std::string& method, const BusDeadline& deadline,
                                  const Arguments&... arguments) {
+    auto silence = Silence::unreadable;
+    auto value = speak<Value>(object, method, deadline, silence, arguments...);
+    if (!value) return std::unexpected(silence);
+    return std::move(*value);
+  }
+
+  // The same for who acts on the reason of a failure: a BusError. `noAnswer` leaves open what came of the call.
+  template <typename Value, typename... Arguments>
+  [[nodiscard]] Result<Value> demand(const BusObject& object, const std::string& method, const BusDeadline& deadline,
+                                     const Arguments&... arguments) {
+    auto silence = Silence::unreadable;
+    return speak<Value>(object, method, deadline, silence, arguments...);
+  }
+
+ private:
+  template <typename Value, typename... Arguments>
+  Result<Value> speak(const BusObject& object, const std::string& method, const BusDeadline& deadline, Silence& silence,
+                      const Arguments&... arguments) {
     try {
-      if (const auto open = connect(deadline); !open) return std::unexpected(open.error());
+      if (const auto open = connect(deadline); !open) {
+        silence = open.error();
+        return silent(silence);
+      }
       // To the library a limit of zero means its own, which is 25 s.
       const auto limit = deadline.nextCall();
-      if (limit.count() == 0) return std::unexpected(Silence::unreadable);
+      if (limit.count() == 0) return silent(silence);
       const auto proxy = sdbus::createProxy(*connection_, object.owner, object.path);
       auto call = proxy->createMethodCall(object.interface, method);
       ((call << arguments), ...);
@@ -40,15 +62,16 @@ class BusConnection {
       reply >> value;
       return value;
     } catch (const sdbus::Error& error) {
-      return std::unexpected(after(error));
-    } catch (const std::exception&) {
-      return std::unexpected(Silence::unreadable);
+      silence = after(error);
+      return std::unexpected(busErrorOf(error));
+    } catch (const std::exception& problem) {
+      return failure(BusError::domain, BusError::unreadable, problem.what());
     }
   }
 
- private:
   [[nodiscard]] Heard<void> connect(const BusDeadline& deadline);
   [[nodiscard]] bool isLost() const;
+  [[nodiscard]] static std::unexpected<Error> silent(Silence why);
   [[nodiscard]] Silence after(const sdbus::Error& error);
 
   std::optional<std::string> addresses_;

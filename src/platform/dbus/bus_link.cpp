@@ -4,7 +4,6 @@
 #include <sdbus-c++/sdbus-c++.h>
 
 #include <algorithm>
-#include <array>
 #include <cassert>
 #include <cstdint>
 #include <deque>
@@ -12,7 +11,6 @@
 #include <limits>
 #include <list>
 #include <map>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -29,24 +27,8 @@ using OpenBus = std::shared_ptr<sdbus::IConnection>;
 constexpr std::uint64_t kNoLimit = std::numeric_limits<std::uint64_t>::max();  // ours run on the main queue
 constexpr int kMessagesATurn = 64;  // a flood of signals must let others have their turn
 
-// By these the bus says that there is nobody to call.
-constexpr std::array<std::string_view, 2> kNobody{"org.freedesktop.DBus.Error.ServiceUnknown",
-                                                  "org.freedesktop.DBus.Error.NameHasNoOwner"};
-constexpr std::string_view kCouldNotStart = "org.freedesktop.DBus.Error.Spawn.";
-// In the name of a service that went while it was asked, and of a bus that did.
-constexpr std::string_view kNoReply = "org.freedesktop.DBus.Error.NoReply";
-
 Error busError(int code, std::string text) {
   return {.domain = BusError::domain, .code = code, .text = std::move(text)};
-}
-
-Error errorOf(const sdbus::Error& error) {
-  const auto& name = error.getName();
-  const auto words = error.getMessage().empty() ? name : error.getMessage();
-  if (std::ranges::find(kNobody, name) != kNobody.end() || name.starts_with(kCouldNotStart))
-    return busError(BusError::noService, words);
-  if (name == kNoReply) return busError(BusError::noAnswer, words);
-  return busError(BusError::refused, words);
 }
 
 // What came in, until its turn. A message must not outlive its connection, so it brings it along.
@@ -258,7 +240,7 @@ class BusLink::Impl {
 
   void deliver(Arrival& arrival) {
     if (arrival.reply) return finish(arrival.to, &*arrival.reply);
-    if (arrival.error) return finish(arrival.to, std::unexpected(errorOf(*arrival.error)));
+    if (arrival.error) return finish(arrival.to, std::unexpected(busErrorOf(*arrival.error)));
     const auto found = subscriptions_.find(arrival.to);
     if (found == subscriptions_.end() || !arrival.signal) return;
     const auto heard = found->second.heard;  // it may end its own subscription

@@ -12,6 +12,7 @@
 #include "base/main_queue.h"
 #include "base/task.h"
 #include "base/work_queue.h"
+#include "platform/dbus/bus_error.h"
 #include "platform/dbus/bus_question.h"
 
 struct uv_loop_s;
@@ -21,16 +22,6 @@ class Message;
 }
 
 namespace corvane {
-
-// Why a call failed; codes in the domain "CRVBus".
-struct BusError {
-  static constexpr const char* domain = "CRVBus";
-  static constexpr int noBus = 1;       // none there, none that lets us in, or it was lost
-  static constexpr int noService = 2;   // nobody has that name, and nobody could be started
-  static constexpr int noAnswer = 3;    // not within the limit
-  static constexpr int refused = 4;     // the service answered with an error
-  static constexpr int unreadable = 5;  // what was sent or came back is not of the agreed form
-};
 
 // How the connection comes and comes back.
 struct BusHabits {

@@ -47,6 +47,8 @@ Error notificationError(const Error& error) {
       case BusError::noAnswer:
         return "The desktop's notification service does not answer.";
       case BusError::refused:
+      case BusError::forbidden:
+      case BusError::unknown:
         return "The desktop's notification service refused: " + error.text;
       default:
         return "The desktop's notification service answers in a form that is not agreed: " + error.text;
@@ -259,7 +261,7 @@ class DesktopNotifications::Impl {
     if (server_.owner() && server_.owner() == capableService_) return notify(presented.sound);
     ask<Identifiers>(session_, toService("GetCapabilities"), limit_,
                      ofThisOrder([this, sound = presented.sound](auto capable) {
-                       if (!capable && capable.error().code != BusError::refused) return failShow(capable.error());
+                       if (!capable && !BusError::isRefusal(capable.error().code)) return failShow(capable.error());
                        capableService_ = capable ? std::optional(capable->sender) : std::nullopt;
                        const auto words = capable ? std::get<0>(std::move(capable->values)) : Identifiers();
                        capabilities_ = {words.begin(), words.end()};

@@ -16,8 +16,6 @@
 
 namespace corvane {
 
-// What the service manager of the design answers for a daemon that it does not know.
-constexpr std::int32_t kDaemonNotLoaded = 113;
 constexpr Duration kHelperStopLimit = 5s;  // from the polite signal to the forced one
 
 // The daemon outlives this program on purpose. A recorded process is believed to be ours only while its start

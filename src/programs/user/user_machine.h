@@ -11,10 +11,10 @@
 #include "base/error.h"
 #include "core/logging/logging_service.h"
 #include "core/places.h"
+#include "platform/helper_registration.h"
 #include "platform/linux/linux_locale.h"
 #include "platform/linux/linux_running_applications.h"
 #include "platform/linux/sys_power_source.h"
-#include "platform/posix/child_helper_registration.h"
 #include "platform/posix/executable_bundle.h"
 #include "platform/posix/instance_lock.h"
 #include "platform/posix/posix_files.h"
@@ -31,6 +31,7 @@ namespace corvane {
 
 class UserMachine {
  public:
+  // Where the root is the machine's own, asks the service manager for the helper's unit, for 600 ms at most.
   // `executable`: tells the bundle that this program speaks for.
   explicit UserMachine(CorvaneConstants places,
                        const std::filesystem::path& executable = ExecutableBundle::runningExecutable());
@@ -54,10 +55,10 @@ class UserMachine {
   ProcessApplication application;
   SysPowerSource power;
   UvHelperChannel channel;
-  ChildHelperRegistration registration;
   InstanceLock lock;
   InstanceLock stateLock;
   UvWorkQueue work;
+  std::unique_ptr<HelperRegistration> registration;
 };
 
 // Of programs that open nothing by themselves: what they do was just asked for, and disturbs nobody.
