@@ -22,15 +22,6 @@ def has_link():
 
 
 class OwnHelperTest(sample_mac.SampleMacTest):
-    def start_helper(self, *arguments):
-        (self.support / "helper-heartbeat").unlink(missing_ok=True)
-        process = subprocess.Popen(
-            [sample_mac.BUNDLE / "Contents/Helpers/CorvaneRootHelper", "--root", self.root, "--user-home", self.home,
-             *arguments], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=self.environment())
-        self.addCleanup(self.end, process)
-        self.assertTrue(sample_mac.eventually(lambda: (self.support / "helper-heartbeat").exists()), self.log())
-        return process
-
     def ask(self, **request):
         body = json.dumps({"version": 1, "id": "t", **request}).encode()
         with socket.socket(socket.AF_UNIX) as connection:

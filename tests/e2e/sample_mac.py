@@ -169,6 +169,16 @@ class SampleMacTest(unittest.TestCase):
         pid = record["pid"]
         return pid if executable_of(pid).endswith("/CorvaneRootHelper") else None
 
+    def start_helper(self, *arguments):
+        """One that the application did not start; it ends with the test."""
+        (self.support / "helper-heartbeat").unlink(missing_ok=True)
+        process = subprocess.Popen(
+            [BUNDLE / "Contents/Helpers/CorvaneRootHelper", "--root", self.root, "--user-home", self.home,
+             *arguments], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=self.environment())
+        self.addCleanup(self.end, process)
+        self.assertTrue(eventually(lambda: (self.support / "helper-heartbeat").exists()), self.log())
+        return process
+
     def kill_helper(self, how=signal.SIGKILL):
         pid = self.helper_pid()
         if pid is None:

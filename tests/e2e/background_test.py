@@ -1,0 +1,82 @@
+"""What the application does while nobody watches: each test lets the time pass that the work waits for."""
+
+from datetime import datetime, timedelta, timezone
+
+import desktop
+import sample_mac
+
+FIRST_TICK = 300 + 60  # of the schedulers, with what a timer may be late
+OLD = timedelta(hours=5)  # more than the interval between two passes
+
+
+def ago(age):
+    return datetime.now(timezone.utc).replace(tzinfo=None, microsecond=0) - age
+
+
+class Unwatched(desktop.DesktopTest):
+    LABELS = ("quill", "hazelstopwatch", "larkspurnotes")
+
+    def setUp(self):
+        super().setUp()
+        for fragment in (self.support / "fragments/labels").iterdir():
+            if fragment.stem not in self.LABELS:
+                fragment.unlink()
+        # Quill is open, Hazel Stopwatch closed, and for both the vendor has nothing new yet.
+        self.new = {"quill": self.offer("quill", "2.3.1"), "hazelstopwatch": self.offer("hazelstopwatch", "0.9")}
+        self.sample("open", "Quill")
+        self.addCleanup(self.sample, "close", "Quill")
+
+    def start_with_nothing_new(self, settings):
+        self.ctl("discover")
+        self.kill_helper()
+        self.change_user({"BackgroundPatchClosedAppsEnabled": True, "LastUpdateCheckDate": ago(OLD)} | settings)
+        process = self.start()
+        self.reaches("DeferralWatcher: Started")
+        return process
+
+    def vendors_bring_out_what_is_new(self):
+        for label, version in self.new.items():
+            self.offer(label, version)
+
+    def test_an_update_is_staged_installed_where_closed_and_told_of_where_open(self):
+        self.set_managed({"DialogTimeoutDeferral": 1})
+        self.start_with_nothing_new({})
+        self.assertEqual(self.log_lines("Update data is stale"), [])
+        self.vendors_bring_out_what_is_new()
+        self.later(FIRST_TICK)
+        self.reaches("StatusViewModel: Deferral dialog timeout elapsed — applying the configured defer action.")
+
+        said = [line.partition("] ")[2] for line in self.log().splitlines()]
+        order = ["BackgroundPatchScheduler: Update data is stale; running Check for Updates this tick.",
+                 "StatusViewModel: Staging 2 update(s) before closed-app patching and the deferral.",
+                 "StatusViewModel: Patching closed apps before the open-apps notification.",
+                 "BackgroundPatchScheduler: Patching 1 closed app(s): hazelstopwatch",
+                 "StatusViewModel: 1 open app(s) need updates — presenting the deferral dialog.",
+                 "StatusViewModel: Update All — checking deferral status"]
+        self.assertEqual([line for line in said if line in order], order)
+        self.assertEqual([(r["label"], r["status"], r["usedStagedInstaller"]) for r in self.receipts()],
+                         [("hazelstopwatch", "success", True)])
+        self.assertEqual((self.installed("Hazel Stopwatch"), self.installed("Quill")), ("0.10", "2.3.1"))
+
+        # Nothing was said of the closed one; the open one once, and again when nobody answered the prompt.
+        toast = ("Corvane: 1 open app needs updating", "Quit the app or open Corvane to update now.")
+        self.assertTrue(sample_mac.eventually(lambda: len(self.toasts()) == 2), self.toasts())
+        self.assertEqual(self.toasts(), [toast, toast])
+        first = self.calls("Notify")[0]
+        self.assertEqual(first[0], "Corvane")
+        self.assertEqual(first[5][:2], ["default", "Open Corvane"])
+        self.assertNotIn("suppress-sound", first[6])
+        self.assertEqual(len(self.calls("CloseNotification")), 1, "the first does not stand beside the second")
+
+        # A click brings the prompt, although the deferral has an hour to go.
+        self.assertEqual(self.user()["HardDeferralCount"], 1)
+        self.click_toast()
+        self.reaches("StatusViewModel: Received notification deep-link — invoking updateAll() to surface the deferral "
+                     "prompt.")
+        self.reaches("StatusViewModel: Update All — checking deferral status", count=2)
+        self.assertTrue(sample_mac.eventually(lambda: self.user()["HardDeferralCount"] == 2), self.log())
+        self.assertEqual(self.log_lines("prompt's window could not be made"), [])
+
+
+if __name__ == "__main__":
+    desktop.main()
