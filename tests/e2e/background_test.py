@@ -1,11 +1,14 @@
 """What the application does while nobody watches: each test lets the time pass that the work waits for."""
 
+import os
+import pwd
 from datetime import datetime, timedelta, timezone
 
 import desktop
 import sample_mac
 
 FIRST_TICK = 300 + 60  # of the schedulers, with what a timer may be late
+LOGIN_LOOK = 10  # how long after a start the pass after a login is tried
 OLD = timedelta(hours=5)  # more than the interval between two passes
 
 
@@ -76,6 +79,44 @@ class Unwatched(desktop.DesktopTest):
         self.reaches("StatusViewModel: Update All — checking deferral status", count=2)
         self.assertTrue(sample_mac.eventually(lambda: self.user()["HardDeferralCount"] == 2), self.log())
         self.assertEqual(self.log_lines("prompt's window could not be made"), [])
+
+    def test_the_pass_after_a_login_runs_once_a_session(self):
+        login = datetime.now(timezone.utc).replace(tzinfo=None, microsecond=0) - timedelta(minutes=1)
+        self.log_in(login)
+        process = self.start_with_nothing_new({"BackgroundPatchAtLogin": True})
+        self.reaches("BackgroundPatchScheduler: Logged in at ")
+        self.vendors_bring_out_what_is_new()
+        self.later(LOGIN_LOOK)
+        self.reaches("BackgroundPatchScheduler: Running the at-login check for updates and closed-app pass.")
+        self.reaches("PatchRunner: The run ended: Updated 1 of 1.")
+        self.assertEqual([(r["label"], r["status"]) for r in self.receipts()], [("hazelstopwatch", "success")])
+        self.assertTrue(sample_mac.eventually(self.toasts), self.log())
+        self.assertEqual([title for title, _ in self.toasts()], ["Corvane: 1 open app needs updating"])
+        self.assertEqual(self.user()["BackgroundPatchAtLoginHandledSession"], login)
+
+        self.end(process)
+        self.start()
+        self.reaches("DeferralWatcher: Started", count=2)
+        self.later(LOGIN_LOOK)
+        self.assertEqual(len(self.log_lines("Logged in at ")), 1)
+        # Somebody else sits down: a session of its own.
+        self.log_in(login + timedelta(seconds=30), session="c2")
+        self.change_user({"VerboseMode": True})
+        self.reaches("BackgroundPatchScheduler: Logged in at ", count=2)
+
+    def log_in(self, when, session="c1"):
+        """The login manager tells of it."""
+        manager, mock = "org.freedesktop.login1", "org.freedesktop.DBus.Mock"
+        place = "/org/freedesktop/login1"
+        if not self.system.has(manager):
+            self.start_mock("logind", manager)
+        self.system.call(manager, place, mock, "AddSession", "ssusb", session, "seat0", str(os.getuid()),
+                         pwd.getpwuid(os.getuid()).pw_name, "true")
+        since = int(when.replace(tzinfo=timezone.utc).timestamp()) * 1_000_000
+        self.system.call(manager, f"{place}/session/{session}", mock, "UpdateProperties", "sa{sv}",
+                         f"{manager}.Session", "1", "Timestamp", "t", str(since))
+        self.system.call(manager, place, mock, "EmitSignal", "sssav", f"{manager}.Manager", "SessionNew", "so", "2",
+                         "s", session, "o", f"{place}/session/{session}")
 
 
 if __name__ == "__main__":
