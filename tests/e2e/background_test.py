@@ -118,6 +118,39 @@ class Unwatched(desktop.DesktopTest):
         self.system.call(manager, place, mock, "EmitSignal", "sssav", f"{manager}.Manager", "SessionNew", "so", "2",
                          "s", session, "o", f"{place}/session/{session}")
 
+    def test_settings_on_disk_are_taken_without_a_restart(self):
+        self.start_with_nothing_new({"BackgroundPatchClosedAppsEnabled": False})
+        self.reaches("BackgroundPatchScheduler: Disabled in configuration; not scheduling.")
+        self.reaches("SelfUpdateScheduler: Self-update disabled in configuration; not scheduling.")
+        self.later(FIRST_TICK)
+
+        # Of an hour between two passes half is over.
+        self.change_user({"BackgroundPatchClosedAppsEnabled": True, "BackgroundPatchClosedAppsIntervalHours": 1,
+                          "LastBackgroundPatchDate": ago(timedelta(minutes=30)), "SelfUpdateEnabled": True,
+                          "SelfUpdateFrequency": "daily"})
+        self.reaches("SelfUpdateScheduler: Started — frequency=daily, label=corvane4, firstFire=300s.")
+        first = int(self.log_lines("BackgroundPatchScheduler: Started — interval=1h, firstFire=")[0]
+                    .partition("firstFire=")[2].partition("s,")[0])
+        self.assertTrue(1700 < first <= 1800, first)
+        self.later(FIRST_TICK)
+        self.reaches("SelfUpdateScheduler: Installomator did not return label 'corvane4'; nothing to do.")
+        self.assertEqual(self.log_lines("Update data is stale"), [])
+        self.later(first)
+        self.reaches("BackgroundPatchScheduler: Update data is stale; running Check for Updates this tick.")
+        self.reaches("Check for Updates summary", count=2)
+
+        # The organisation's word counts over the user's, from when it comes and until it goes.
+        profile = self.root / "Library/Managed Preferences" / sample_mac.DOMAIN
+        before = profile.read_bytes()
+        self.set_managed({"BackgroundPatchClosedAppsScheduler": "helperDaemon", "SelfUpdateEnabled": False})
+        self.reaches("BackgroundPatchScheduler: Scheduler mode is helperDaemon; skipping in-app timer.")
+        self.reaches("HelperBackgroundPatchObserver: Polling helper state at 60s intervals")
+        self.reaches("SelfUpdateScheduler: Self-update disabled in configuration; not scheduling.", count=2)
+        profile.with_suffix(".new").write_bytes(before)
+        profile.with_suffix(".new").replace(profile)
+        self.reaches("SelfUpdateScheduler: Started — frequency=daily", count=2)
+        self.reaches("BackgroundPatchScheduler: Started — interval=1h", count=2)
+
 
 if __name__ == "__main__":
     desktop.main()
