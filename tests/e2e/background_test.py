@@ -1,13 +1,16 @@
 """What the application does while nobody watches: each test lets the time pass that the work waits for."""
 
+import json
 import os
 import pwd
+import unittest
 from datetime import datetime, timedelta, timezone
 
 import desktop
 import sample_mac
 
 FIRST_TICK = 300 + 60  # of the schedulers, with what a timer may be late
+IDLE_POLL, BUSY_POLL = 60 + 15, 5 + 1  # of the observers of the helper's state, likewise
 LOGIN_LOOK = 10  # how long after a start the pass after a login is tried
 OLD = timedelta(hours=5)  # more than the interval between two passes
 
@@ -150,6 +153,44 @@ class Unwatched(desktop.DesktopTest):
         profile.with_suffix(".new").replace(profile)
         self.reaches("SelfUpdateScheduler: Started — frequency=daily", count=2)
         self.reaches("BackgroundPatchScheduler: Started — interval=1h", count=2)
+
+    @unittest.skipUnless(sample_mac.has_link(), "without a network the helper does not begin")
+    def test_a_pass_of_the_helper_is_followed_from_its_start_to_its_end(self):
+        self.start_with_nothing_new({"BackgroundPatchClosedAppsScheduler": "helperDaemon",
+                                     "BackgroundPatchClosedAppsNotifyOnCompletion": True,
+                                     "LastFullInventoryCheckDate": ago(timedelta(days=2))})
+        self.vendors_bring_out_what_is_new()
+        self.order("delay", "hazelstopwatch", "6\n")
+        self.kill_helper()
+        self.start_helper("--own-work-after", "0")
+        run = sample_mac.eventually(lambda: self.helper_state().get("currentRun"), sample_mac.LIMIT)
+        self.assertTrue(run, self.log())
+        self.later(IDLE_POLL)
+        self.reaches(f"HelperBackgroundPatchObserver: Posted .corvaneHelperPassStarted for runID {run['runID']} "
+                     "(totalLabels=1, currentLabel=hazelstopwatch).")
+        self.reaches("HelperBackgroundPatchObserver: Adjusting poll cadence to 5s (in-flight: true).")
+        self.reaches("HelperScheduledDiscoveryObserver: Posted .corvaneScheduledDiscoveryCompleted for runID "
+                     f"{self.helper_state()['lastScheduledDiscoverySummary']['runID']} (apps: 3, pending: 2).")
+        (self.control / "delay/hazelstopwatch").unlink()
+        self.assertTrue(sample_mac.eventually(lambda: self.helper_state().get("lastBackgroundPatchSummary")), self.log())
+        self.later(BUSY_POLL)
+        self.reaches(f"HelperBackgroundPatchObserver: Posted .corvaneHelperPassCompleted for runID {run['runID']} "
+                     "(labels: 1, failures: 0).")
+        self.reaches("StatusViewModel: Check for Updates summary - total apps: 1, apps with updates: 0 []")
+        self.assertTrue(sample_mac.eventually(lambda: len(self.toasts()) == 3), self.toasts())
+        self.assertEqual(self.toasts(), [
+            ("Corvane is updating closed apps", "Updating Hazel Stopwatch in the background…"),
+            ("Corvane updated apps", "Updated 1 app in the background."),
+            ("Corvane: 1 open app needs updating", "Quit the app or open Corvane to update now.")])
+        self.assertEqual(self.states(self.ctl("list", "--json"))["hazelstopwatch"], "upToDate")
+        self.assertEqual(self.user()["LastObservedHelperPatchRunID"], run["runID"])
+        self.assertEqual(self.log_lines("BackgroundPatchScheduler: Patching"), [], "the helper alone installs")
+
+    def helper_state(self):
+        try:
+            return json.loads((self.support / "helper-state.json").read_text())
+        except OSError:
+            return {}
 
 
 if __name__ == "__main__":

@@ -16,11 +16,6 @@ from pathlib import Path
 import sample_mac
 
 
-def has_link():
-    interfaces = Path("/sys/class/net")
-    return any((each / "operstate").read_text().strip() == "up" for each in interfaces.iterdir())
-
-
 class OwnHelperTest(sample_mac.SampleMacTest):
     def ask(self, **request):
         body = json.dumps({"version": 1, "id": "t", **request}).encode()
@@ -154,7 +149,7 @@ class Webhooks(OwnHelperTest):
         self.assertNotIn("SECRET", self.log())
 
 
-@unittest.skipUnless(has_link(), "without a network the helper does not begin")
+@unittest.skipUnless(sample_mac.has_link(), "without a network the helper does not begin")
 class Pass(OwnHelperTest):
     def test_closed_applications_are_updated_and_open_ones_left_alone(self):
         self.change_user({"BackgroundPatchClosedAppsEnabled": True, "BackgroundPatchClosedAppsScheduler": "helperDaemon"})

@@ -43,6 +43,11 @@ def eventually(holds, limit=20.0):
     return holds()
 
 
+def has_link():
+    interfaces = Path("/sys/class/net")
+    return any((each / "operstate").read_text().strip() == "up" for each in interfaces.iterdir())
+
+
 def executable_of(pid):
     try:
         return os.readlink(f"/proc/{pid}/exe")
