@@ -2,21 +2,18 @@
 
 import json
 import os
+import plistlib
 import pwd
 import unittest
-from datetime import datetime, timedelta, timezone
+from datetime import timedelta, timezone
 
 import desktop
 import sample_mac
+from desktop import FIRST_TICK, ago
 
-FIRST_TICK = 300 + 60  # of the schedulers, with what a timer may be late
-IDLE_POLL, BUSY_POLL = 60 + 15, 5 + 1  # of the observers of the helper's state, likewise
+IDLE_POLL, BUSY_POLL = 60 + 15, 5 + 1  # of the observers of the helper's state, with what they may be late
 LOGIN_LOOK = 10  # how long after a start the pass after a login is tried
 OLD = timedelta(hours=5)  # more than the interval between two passes
-
-
-def ago(age):
-    return datetime.now(timezone.utc).replace(tzinfo=None, microsecond=0) - age
 
 
 class Unwatched(desktop.DesktopTest):
@@ -84,7 +81,7 @@ class Unwatched(desktop.DesktopTest):
         self.assertEqual(self.log_lines("prompt's window could not be made"), [])
 
     def test_the_pass_after_a_login_runs_once_a_session(self):
-        login = datetime.now(timezone.utc).replace(tzinfo=None, microsecond=0) - timedelta(minutes=1)
+        login = ago(timedelta(minutes=1))
         self.log_in(login)
         process = self.start_with_nothing_new({"BackgroundPatchAtLogin": True})
         self.reaches("BackgroundPatchScheduler: Logged in at ")
@@ -102,10 +99,12 @@ class Unwatched(desktop.DesktopTest):
         self.reaches("DeferralWatcher: Started", count=2)
         self.later(LOGIN_LOOK)
         self.assertEqual(len(self.log_lines("Logged in at ")), 1)
-        # Somebody else sits down: a session of its own.
-        self.log_in(login + timedelta(seconds=30), session="c2")
+        # A session of its own comes; the one before would have taken its place.
+        again = login + timedelta(seconds=30)
+        self.log_in(again, session="c2")
         self.change_user({"VerboseMode": True})
         self.reaches("BackgroundPatchScheduler: Logged in at ", count=2)
+        self.assertIn(f"Logged in at {again.isoformat()}+00:00", self.log_lines("Logged in at ")[1])
 
     def log_in(self, when, session="c1"):
         """The login manager tells of it."""
@@ -143,14 +142,12 @@ class Unwatched(desktop.DesktopTest):
         self.reaches("Check for Updates summary", count=2)
 
         # The organisation's word counts over the user's, from when it comes and until it goes.
-        profile = self.root / "Library/Managed Preferences" / sample_mac.DOMAIN
-        before = profile.read_bytes()
+        before = plistlib.loads((self.root / "Library/Managed Preferences" / sample_mac.DOMAIN).read_bytes())
         self.set_managed({"BackgroundPatchClosedAppsScheduler": "helperDaemon", "SelfUpdateEnabled": False})
         self.reaches("BackgroundPatchScheduler: Scheduler mode is helperDaemon; skipping in-app timer.")
         self.reaches("HelperBackgroundPatchObserver: Polling helper state at 60s intervals")
         self.reaches("SelfUpdateScheduler: Self-update disabled in configuration; not scheduling.", count=2)
-        profile.with_suffix(".new").write_bytes(before)
-        profile.with_suffix(".new").replace(profile)
+        self.set_managed(before)
         self.reaches("SelfUpdateScheduler: Started — frequency=daily", count=2)
         self.reaches("BackgroundPatchScheduler: Started — interval=1h", count=2)
 

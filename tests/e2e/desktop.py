@@ -5,6 +5,7 @@ import os
 import struct
 import subprocess
 import unittest
+from datetime import datetime, timezone
 from pathlib import Path
 
 import sample_mac
@@ -12,27 +13,35 @@ from sample_mac import eventually
 
 PROGRAM = sample_mac.BUNDLE / "Contents/MacOS/Corvane"
 WINDOWS = list((sample_mac.BUNDLE / "Contents").glob("PlugIns/libcorvane_windows.so"))
+FIRST_TICK = 300 + 60  # seconds until the schedulers' first, with what a timer may be late
 STEADY_AHEAD = os.environ["CORVANE_TEST_STEADY_AHEAD_LIBRARY"]
 NOTIFICATIONS = "org.freedesktop.Notifications"
 
 # Without the machine's own services: none is started by a question.
-BUS = """<busconfig><type>session</type><listen>unix:dir={folder}</listen><auth>EXTERNAL</auth>
+BUS = """<busconfig><type>session</type><listen>unix:path={folder}/bus</listen><auth>EXTERNAL</auth>
 <policy context="default"><allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/><allow own="*"/></policy>
 </busconfig>"""
 
 
+def ago(age):
+    """A moment as the preferences store it."""
+    return datetime.now(timezone.utc).replace(tzinfo=None, microsecond=0) - age
+
+
 class Bus:
-    """A bus of the test's own, and what is asked on it by another program than the one under test."""
+    """A bus of the test's own, and what is asked on it by another program than the one under test. A second one of the
+    same name takes the place of one that has ended."""
 
     def __init__(self, test, name):
         folder = test.root / f"{name}-bus"
-        folder.mkdir()
+        folder.mkdir(exist_ok=True)
         (folder / "conf").write_text(BUS.format(folder=folder))
         self.process = subprocess.Popen(["dbus-daemon", "--nofork", f"--config-file={folder}/conf", "--print-address=1"],
                                         stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
                                         text=True)
         test.addCleanup(test.end, self.process)
-        self.address = self.process.stdout.readline().strip()
+        self.process.stdout.readline()  # it listens
+        self.address = f"unix:path={folder}/bus"
 
     def busctl(self, *arguments):
         return subprocess.run(["busctl", f"--address={self.address}", *arguments], capture_output=True, text=True,
@@ -126,8 +135,8 @@ class DesktopTest(sample_mac.SampleMacTest):
 
     # The application.
 
-    def start(self, *arguments):
-        process = subprocess.Popen([PROGRAM, *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+    def start(self, *arguments, program=PROGRAM):
+        process = subprocess.Popen([program, *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
                                    stderr=subprocess.DEVNULL,
                                    env=self.environment() | {"LD_PRELOAD": STEADY_AHEAD,
                                                              "CORVANE_TEST_STEADY_AHEAD": str(self.ahead),
@@ -140,11 +149,11 @@ class DesktopTest(sample_mac.SampleMacTest):
                         f"no \"{text}\" in\n{self.log()}")
 
     def later(self, seconds):
-        """So much steady time passes for the application alone; a question wakes it, so that it notices."""
+        """So much steady time passes for the application alone; a file beside its settings wakes it to notice."""
         past = struct.unpack("=q", self.ahead.read_bytes())[0]
         with self.ahead.open("r+b") as file:
             file.write(struct.pack("=q", past + seconds))
-        self.session.call("org.corvane.Corvane", "/org/corvane/Corvane", "org.freedesktop.DBus.Peer", "Ping")
+        (self.home / "Library/Preferences/somebody.elses.plist").write_text(str(past))
 
     def offer(self, label, version):
         """What the vendor says the latest version is; gives what was said before."""

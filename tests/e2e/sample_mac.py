@@ -49,8 +49,9 @@ def has_link():
 
 
 def executable_of(pid):
+    """Also of a program that an update has put another in the place of."""
     try:
-        return os.readlink(f"/proc/{pid}/exe")
+        return os.readlink(f"/proc/{pid}/exe").removesuffix(" (deleted)")
     except OSError:
         return ""
 
@@ -222,11 +223,14 @@ class SampleMacTest(unittest.TestCase):
     def log_lines(self, text):
         return [line for line in self.log().splitlines() if text in line]
 
-    def set_user(self, values):
+    @staticmethod
+    def put_preferences(file, values, form):
         """As a preference daemon does: the file is replaced, never seen half written."""
-        file = self.home / "Library/Preferences" / DOMAIN
-        file.with_suffix(".new").write_bytes(plistlib.dumps(values, fmt=plistlib.FMT_BINARY))
+        file.with_suffix(".new").write_bytes(plistlib.dumps(values, fmt=form))
         file.with_suffix(".new").replace(file)
+
+    def set_user(self, values):
+        self.put_preferences(self.home / "Library/Preferences" / DOMAIN, values, plistlib.FMT_BINARY)
 
     def user(self):
         return plistlib.loads((self.home / "Library/Preferences" / DOMAIN).read_bytes())
@@ -235,7 +239,7 @@ class SampleMacTest(unittest.TestCase):
         self.set_user(self.user() | values)
 
     def set_managed(self, values):
-        (self.root / "Library/Managed Preferences" / DOMAIN).write_bytes(plistlib.dumps(values))
+        self.put_preferences(self.root / "Library/Managed Preferences" / DOMAIN, values, plistlib.FMT_XML)
 
     def installed(self, bundle):
         info = self.root / "Applications" / f"{bundle}.app/Contents/Info.plist"
