@@ -7,7 +7,6 @@ import os
 import signal
 import socket
 import struct
-import subprocess
 import tarfile
 import threading
 import unittest
@@ -17,16 +16,6 @@ import sample_mac
 
 
 class OwnHelperTest(sample_mac.SampleMacTest):
-    def ask(self, **request):
-        body = json.dumps({"version": 1, "id": "t", **request}).encode()
-        with socket.socket(socket.AF_UNIX) as connection:
-            connection.settimeout(sample_mac.LIMIT)
-            connection.connect(str(self.root / "var/run/corvane/helper.sock"))
-            connection.sendall(struct.pack(">I", len(body)) + body)
-            stream = connection.makefile("rb")
-            size = struct.unpack(">I", stream.read(4))[0]
-            return json.loads(stream.read(size))
-
     def patch(self, labels=(), stage=()):
         return self.ask(op="startPatching", labels=list(labels), alsoStageLabels=list(stage))["result"]
 

@@ -185,6 +185,16 @@ class SampleMacTest(unittest.TestCase):
         self.assertTrue(eventually(lambda: (self.support / "helper-heartbeat").exists()), self.log())
         return process
 
+    def ask(self, **request):
+        body = json.dumps({"version": 1, "id": "t", **request}).encode()
+        with socket.socket(socket.AF_UNIX) as connection:
+            connection.settimeout(LIMIT)
+            connection.connect(str(self.root / "var/run/corvane/helper.sock"))
+            connection.sendall(struct.pack(">I", len(body)) + body)
+            stream = connection.makefile("rb")
+            size = struct.unpack(">I", stream.read(4))[0]
+            return json.loads(stream.read(size))
+
     def kill_helper(self, how=signal.SIGKILL):
         pid = self.helper_pid()
         if pid is None:
