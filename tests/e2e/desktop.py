@@ -6,7 +6,6 @@ import struct
 import subprocess
 import unittest
 from datetime import datetime, timezone
-from pathlib import Path
 
 import sample_mac
 from sample_mac import eventually
