@@ -20,9 +20,19 @@ AtLoginPass::AtLoginPass(StatusViewModel& model, const BackgroundServices& servi
                          std::function<void()> patchClosedApps)
     : model_(model), services_(services), log_(std::move(log)), patchClosedApps_(std::move(patchClosedApps)) {}
 
+bool AtLoginPass::wanted(const CorvaneConfiguration& config) {
+  return config.backgroundPatchAtLogin && config.backgroundPatchClosedAppsEnabled &&
+         config.backgroundPatchClosedAppsScheduler == BackgroundPatchSchedulerMode::inApp;
+}
+
 void AtLoginPass::schedule(const CorvaneConfiguration& config) {
-  if (!config.backgroundPatchAtLogin || atLoginPassScheduled_) return;
+  if (!wanted(config) || atLoginPassScheduled_) return;
   auto& world = services_.workflow;
+  if (!services_.console.sessions() && sessionsLooks_ < kSessionsLooks) {
+    ++sessionsLooks_;
+    next_ = world.main.after(kSessionsLook, [this] { schedule(*services_.workflow.preferences.loadConfiguration()); });
+    return;
+  }
   const auto login = LoginSession::consoleLoginTime(services_.userName, services_.console);
   const auto handled = world.preferences.readOptional<Date>(kHandledSession);
   if (!login || !AtLoginPassPolicy::shouldRun(login, handled, world.clock.now())) return;
@@ -40,9 +50,7 @@ void AtLoginPass::attemptIn(Duration delay) {
 void AtLoginPass::attempt() {
   auto& world = services_.workflow;
   const auto config = world.preferences.loadConfiguration();
-  if (!config->backgroundPatchAtLogin || !config->backgroundPatchClosedAppsEnabled ||
-      config->backgroundPatchClosedAppsScheduler != BackgroundPatchSchedulerMode::inApp)
-    return;
+  if (!wanted(*config)) return;
   if (world.clock.now() - login_ > AtLoginPassPolicy::window)
     return log_.info(
         fmt::format("The at-login pass did not start within {} minutes of login; leaving it to the normal schedule.",

@@ -14,6 +14,9 @@ namespace corvane {
 class AtLoginPass {
  public:
   static constexpr Duration kFirstLook = 10s;
+  // A program that starts with the session asks before the login manager has told of it.
+  static constexpr Duration kSessionsLook = 1s;
+  static constexpr int kSessionsLooks = 15;
   static constexpr Duration kNotReadyRetry = 15s;
   static constexpr Duration kPowerRetry = 60s;
   static constexpr Duration kNetworkRetry = 30s;
@@ -27,6 +30,7 @@ class AtLoginPass {
   void schedule(const CorvaneConfiguration& config);
 
  private:
+  [[nodiscard]] static bool wanted(const CorvaneConfiguration& config);
   void attemptIn(Duration delay);
   void attempt();
   void attemptOnline();
@@ -36,6 +40,7 @@ class AtLoginPass {
   Logger log_;
   std::function<void()> patchClosedApps_;
   bool atLoginPassScheduled_ = false;
+  int sessionsLooks_ = 0;
   Date login_;
   Lease next_;
   Lifeline lifeline_;

@@ -160,7 +160,10 @@ void OwnWork::pass(const Apps& apps, const HelperSetting& setting) {
   known.running = std::move(*open);
   const auto decision = decidePass(apps, known);
   for (const auto& note : decision.notes) pass_.info(note);
-  if (!decision.install.empty()) return startRun(decision);
+  if (!decision.install.empty()) {
+    const auto first = std::ranges::find(apps, decision.install.front(), &AppInfo::label);
+    return startRun(decision, *first);
+  }
   pass_.info("No closed apps require updates this tick.");
   s_.state.passConcluded(s_.clock.now());
   stage(decision.stage);
@@ -180,7 +183,7 @@ std::optional<std::string> OwnWork::objection(const AppInfo& app) const {
   return busy ? std::optional(fmt::format("left out: {}", busy->text)) : std::nullopt;
 }
 
-void OwnWork::startRun(const PassDecision& decision) {
+void OwnWork::startRun(const PassDecision& decision, const AppInfo& first) {
   pass_.info(fmt::format("Patching {} closed app(s): {}", decision.install.size(), joined(decision.install)));
   working_ = true;
   auto pass = std::make_shared<Pass>(
@@ -198,9 +201,9 @@ void OwnWork::startRun(const PassDecision& decision) {
           .objection = [this](const AppInfo& app) { return objection(app); },
           .comesTo = [this, pass](std::size_t done, const std::optional<AppInfo>& app) { comesTo(*pass, done, app); }},
       .alsoStageLabels = std::move(stageFirst),
-      .begins = [this, pass] {
+      .begins = [this, pass, first] {
         pass->startedAt = s_.clock.now();
-        comesTo(*pass, 0, std::nullopt);
+        comesTo(*pass, 0, first);
       }};
   s_.desk.askOwn(std::move(run), lifeline_.guard([this, pass](const RunReport& report) { runEnded(*pass, report); }));
 }

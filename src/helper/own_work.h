@@ -70,7 +70,8 @@ class OwnWork {
   [[nodiscard]] PassFacts facts(const Apps& apps, const CorvaneConfiguration& config) const;
   [[nodiscard]] std::optional<RunningBundles> running(const Apps& apps) const;
   [[nodiscard]] std::optional<std::string> objection(const AppInfo& app) const;
-  void startRun(const PassDecision& decision);
+  // `first` of what is installed has a name from the beginning, while downloads come before it.
+  void startRun(const PassDecision& decision, const AppInfo& first);
   void stage(const Labels& labels);
   void comesTo(const Pass& pass, std::size_t done, const std::optional<AppInfo>& app);
   void runEnded(const Pass& pass, const RunReport& report);

@@ -340,11 +340,27 @@ TEST_F(AtLoginPassTest, givesUpWhenTheLoginIsTooFarBack) {
   EXPECT_EQ(log.count("The at-login pass did not start within 15 minutes of login; leaving it to the normal schedule."),
             1U);
   EXPECT_EQ(helper.discoveriesAsked, 0);
-  console.known.reset();
+}
+
+TEST_F(AtLoginPassTest, waitsALittleForWhoIsLoggedIn) {
+  set("BackgroundPatchAtLogin", PlistValue(true));
   preferences.writePreference("BackgroundPatchAtLoginHandledSession", PlistValue("no date"));
+  schedule({at("quill", "/Applications/Quill.app")});
+  const std::vector<ConsoleSession> session{{.user = "ada", .loggedInAt = time.now()}};
+  scheduler->start();
+  advance(3s);
+  EXPECT_FALSE(says("Logged in at"));
+  console.known = session;
+  advance(1s);
+  EXPECT_TRUE(says("Logged in at"));
+
+  console.known.reset();
   log.clear();
-  BackgroundPatchScheduler unknown(*model, background);
-  unknown.start();
+  BackgroundPatchScheduler untold(*model, background);
+  untold.start();
+  advance(AtLoginPass::kSessionsLook * AtLoginPass::kSessionsLooks);
+  console.known = session;
+  advance(1min);
   EXPECT_FALSE(says("Logged in at"));
 }
 

@@ -7,7 +7,6 @@ import os
 import signal
 import socket
 import struct
-import subprocess
 import tarfile
 import threading
 import unittest
@@ -16,31 +15,7 @@ from pathlib import Path
 import sample_mac
 
 
-def has_link():
-    interfaces = Path("/sys/class/net")
-    return any((each / "operstate").read_text().strip() == "up" for each in interfaces.iterdir())
-
-
 class OwnHelperTest(sample_mac.SampleMacTest):
-    def start_helper(self, *arguments):
-        (self.support / "helper-heartbeat").unlink(missing_ok=True)
-        process = subprocess.Popen(
-            [sample_mac.BUNDLE / "Contents/Helpers/CorvaneRootHelper", "--root", self.root, "--user-home", self.home,
-             *arguments], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=self.environment())
-        self.addCleanup(self.end, process)
-        self.assertTrue(sample_mac.eventually(lambda: (self.support / "helper-heartbeat").exists()), self.log())
-        return process
-
-    def ask(self, **request):
-        body = json.dumps({"version": 1, "id": "t", **request}).encode()
-        with socket.socket(socket.AF_UNIX) as connection:
-            connection.settimeout(sample_mac.LIMIT)
-            connection.connect(str(self.root / "var/run/corvane/helper.sock"))
-            connection.sendall(struct.pack(">I", len(body)) + body)
-            stream = connection.makefile("rb")
-            size = struct.unpack(">I", stream.read(4))[0]
-            return json.loads(stream.read(size))
-
     def patch(self, labels=(), stage=()):
         return self.ask(op="startPatching", labels=list(labels), alsoStageLabels=list(stage))["result"]
 
@@ -163,7 +138,7 @@ class Webhooks(OwnHelperTest):
         self.assertNotIn("SECRET", self.log())
 
 
-@unittest.skipUnless(has_link(), "without a network the helper does not begin")
+@unittest.skipUnless(sample_mac.has_link(), "without a network the helper does not begin")
 class Pass(OwnHelperTest):
     def test_closed_applications_are_updated_and_open_ones_left_alone(self):
         self.change_user({"BackgroundPatchClosedAppsEnabled": True, "BackgroundPatchClosedAppsScheduler": "helperDaemon"})

@@ -43,9 +43,15 @@ def eventually(holds, limit=20.0):
     return holds()
 
 
+def has_link():
+    interfaces = Path("/sys/class/net")
+    return any((each / "operstate").read_text().strip() == "up" for each in interfaces.iterdir())
+
+
 def executable_of(pid):
+    """Also of a program that an update has put another in the place of."""
     try:
-        return os.readlink(f"/proc/{pid}/exe")
+        return os.readlink(f"/proc/{pid}/exe").removesuffix(" (deleted)")
     except OSError:
         return ""
 
@@ -169,6 +175,26 @@ class SampleMacTest(unittest.TestCase):
         pid = record["pid"]
         return pid if executable_of(pid).endswith("/CorvaneRootHelper") else None
 
+    def start_helper(self, *arguments):
+        """One that the application did not start; it ends with the test."""
+        (self.support / "helper-heartbeat").unlink(missing_ok=True)
+        process = subprocess.Popen(
+            [BUNDLE / "Contents/Helpers/CorvaneRootHelper", "--root", self.root, "--user-home", self.home,
+             *arguments], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=self.environment())
+        self.addCleanup(self.end, process)
+        self.assertTrue(eventually(lambda: (self.support / "helper-heartbeat").exists()), self.log())
+        return process
+
+    def ask(self, **request):
+        body = json.dumps({"version": 1, "id": "t", **request}).encode()
+        with socket.socket(socket.AF_UNIX) as connection:
+            connection.settimeout(LIMIT)
+            connection.connect(str(self.root / "var/run/corvane/helper.sock"))
+            connection.sendall(struct.pack(">I", len(body)) + body)
+            stream = connection.makefile("rb")
+            size = struct.unpack(">I", stream.read(4))[0]
+            return json.loads(stream.read(size))
+
     def kill_helper(self, how=signal.SIGKILL):
         pid = self.helper_pid()
         if pid is None:
@@ -207,11 +233,14 @@ class SampleMacTest(unittest.TestCase):
     def log_lines(self, text):
         return [line for line in self.log().splitlines() if text in line]
 
-    def set_user(self, values):
+    @staticmethod
+    def put_preferences(file, values, form):
         """As a preference daemon does: the file is replaced, never seen half written."""
-        file = self.home / "Library/Preferences" / DOMAIN
-        file.with_suffix(".new").write_bytes(plistlib.dumps(values, fmt=plistlib.FMT_BINARY))
+        file.with_suffix(".new").write_bytes(plistlib.dumps(values, fmt=form))
         file.with_suffix(".new").replace(file)
+
+    def set_user(self, values):
+        self.put_preferences(self.home / "Library/Preferences" / DOMAIN, values, plistlib.FMT_BINARY)
 
     def user(self):
         return plistlib.loads((self.home / "Library/Preferences" / DOMAIN).read_bytes())
@@ -220,7 +249,7 @@ class SampleMacTest(unittest.TestCase):
         self.set_user(self.user() | values)
 
     def set_managed(self, values):
-        (self.root / "Library/Managed Preferences" / DOMAIN).write_bytes(plistlib.dumps(values))
+        self.put_preferences(self.root / "Library/Managed Preferences" / DOMAIN, values, plistlib.FMT_XML)
 
     def installed(self, bundle):
         info = self.root / "Applications" / f"{bundle}.app/Contents/Info.plist"

@@ -176,7 +176,8 @@ TEST_F(OwnWorkFixture, WhatIsClosedIsStagedBeforeThePassAndWhatIsOpenBehindIt) {
   };
   start();
   machine.advance(kFirstOwnWork + 30s);
-  EXPECT_TRUE(told().currentRun) << "the downloads are part of the pass";
+  ASSERT_TRUE(told().currentRun) << "the downloads are part of the pass";
+  EXPECT_EQ(told().currentRun->currentLabelDisplayName, "quill");
   machine.advance(10min);
   EXPECT_EQ(order, "(quill) quill (stamp) ");
 }

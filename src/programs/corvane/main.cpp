@@ -2,6 +2,7 @@
 // first window is needed.
 #include <dlfcn.h>
 #include <fmt/format.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -187,6 +188,7 @@ int launch(UserMachine& machine, const LaunchArguments& arguments) {
 
 int main(int argc, char** argv) {
   fillStandardDescriptors();
+  signal(SIGPIPE, SIG_IGN);  // a helper that ends while it is written to is an error to tell, not our own end
   const std::vector<std::string_view> list(argv + 1, argv + argc);
   const auto arguments = LaunchArguments::parse(list);
   const auto places = placesFromEnvironment();
