@@ -1,26 +1,20 @@
 #include "platform/posix/child_helper_registration.h"
 
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <unistd.h>
-
-#include <functional>
-#include <string>
-#include <vector>
 
 #include "base/json.h"
 #include "platform/posix/process_stamp.h"
 #include "support/real_loop.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 namespace corvane::testing {
 
-class ChildHelperRegistrationTest : public ::testing::Test {
- protected:
+struct ChildHelperRegistrationTest : ::testing::Test {
   ~ChildHelperRegistrationTest() override {
     if (const auto pid = recordedPid(); pid > 1 && processStamp(pid)) ::kill(pid, SIGKILL);
   }
-  // Tells by a file that it is up, so that a test need not wait blindly.
   void writeHelper(const std::string& body) {
     folder_.writeExecutable("Helper", "#!/bin/sh\n" + body);
     std::filesystem::remove(folder_.path() / "up");
