@@ -7,9 +7,7 @@
 namespace corvane {
 namespace {
 
-class BackgroundWorkTest : public BackgroundTest {
- protected:
-  // The lines that tell of a start, by their owner.
+struct BackgroundWorkTest : BackgroundTest {
   std::vector<std::string> starts() {
     std::vector<std::string> owners;
     for (const auto& line : log.messages()) {

@@ -1,15 +1,13 @@
 // How a helper is brought up, in virtual time.
 #include "app/helper_start.h"
 
-#include <gtest/gtest.h>
-
 #include "support/scripted_installation.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
 
-class HelperStarting : public ::testing::Test, protected testing::ScriptedInstallation {
- protected:
+struct HelperStarting : ::testing::Test, protected testing::ScriptedInstallation {
   void ask() {
     start.ensureRunning([this](Status status) {
       ++answers;

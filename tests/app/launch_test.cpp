@@ -1,11 +1,11 @@
 // What the application says and decides before its model stands.
-#include <gtest/gtest.h>
 
 #include "app/command_line.h"
 #include "app/launch_log.h"
 #include "app/single_instance.h"
 #include "support/recording_log.h"
 #include "support/set_lock.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -72,54 +72,45 @@ TEST(SingleInstance, OnlyAHolderStopsTheLaunchAndEveryOutcomeIsLogged) {
   const auto noFolder =
       "Could not create " + support + " for the single-instance lock (Read-only file system); continuing.";
   const auto noFile = "Could not open the single-instance lock at " + support + "/gui.instance.lock; continuing.";
-  const struct {
-    SessionLock::Attempt attempt;
-    bool byAgent;
-    bool goesOn;
-    LogLevel level;
-    std::string line;
-  } rows[] = {{{taken, ""}, true, true, info, "This is the only Corvane instance (launchAgent=true)."},
-              {{taken, ""}, false, true, info, "This is the only Corvane instance (launchAgent=false)."},
-              {{heldByOther, ""}, false, false, info, other},
-              {{couldNotMakeFolder, "Read-only file system"}, false, true, warning, noFolder},
-              {{couldNotOpen, "Permission denied"}, false, true, warning, noFile}};
-  for (const auto& row : rows) {
+  const std::tuple<SessionLock::Attempt, bool, bool, LogLevel, std::string> rows[] = {
+      {{taken, ""}, true, true, info, "This is the only Corvane instance (launchAgent=true)."},
+      {{taken, ""}, false, true, info, "This is the only Corvane instance (launchAgent=false)."},
+      {{heldByOther, ""}, false, false, info, other},
+      {{couldNotMakeFolder, "Read-only file system"}, false, true, warning, noFolder},
+      {{couldNotOpen, "Permission denied"}, false, true, warning, noFile}};
+  for (const auto& [attempt, byAgent, goesOn, level, line] : rows) {
     RecordingLog log;
     SetLock lock;
-    lock.answer = row.attempt;
-    EXPECT_EQ(claimSingleInstance(lock, row.byAgent, Logger(log, "Corvane")), row.goesOn) << row.line;
-    const RecordingLog::Line expected{row.level, "Corvane: " + row.line};
+    lock.answer = attempt;
+    EXPECT_EQ(claimSingleInstance(lock, byAgent, Logger(log, "Corvane")), goesOn) << line;
+    const RecordingLog::Line expected{level, "Corvane: " + line};
     EXPECT_EQ(log.lines(), std::vector{expected});
   }
 }
 
 TEST(StateClaim, ACorvanectlAtWorkIsWaitedForAndNothingStopsTheLaunch) {
   using Outcome = SessionLock::Outcome;
-  const struct {
-    SessionLock::Attempt attempt;
-    SessionLock::Attempt afterWaiting;
-    int waits;
-    std::vector<std::string> lines;
-  } rows[] = {{{Outcome::taken, ""}, {}, 0, {}},
-              {{Outcome::heldByOther, ""},
-               {Outcome::taken, ""},
-               1,
-               {"Corvane: A corvanectl is at work; this launch goes on when it has ended."}},
-              {{Outcome::couldNotOpen, "Permission denied"},
-               {},
-               0,
-               {"Corvane: Could not claim the state by /state.lock (Permission denied); continuing."}}};
-  for (const auto& row : rows) {
+  const std::tuple<SessionLock::Attempt, SessionLock::Attempt, int, std::vector<std::string>> rows[] = {
+      {{Outcome::taken, ""}, {}, 0, {}},
+      {{Outcome::heldByOther, ""},
+       {Outcome::taken, ""},
+       1,
+       {"Corvane: A corvanectl is at work; this launch goes on when it has ended."}},
+      {{Outcome::couldNotOpen, "Permission denied"},
+       {},
+       0,
+       {"Corvane: Could not claim the state by /state.lock (Permission denied); continuing."}}};
+  for (const auto& [attempt, afterWaiting, waits, expected] : rows) {
     RecordingLog log;
     SetLock lock;
     lock.file = "/state.lock";
-    lock.answer = row.attempt;
-    lock.answerAfterWaiting = row.afterWaiting;
+    lock.answer = attempt;
+    lock.answerAfterWaiting = afterWaiting;
     claimState(lock, Logger(log, "Corvane"));
-    EXPECT_EQ(lock.waits, row.waits);
+    EXPECT_EQ(lock.waits, waits);
     std::vector<std::string> lines;
     for (const auto& line : log.lines()) lines.push_back(line.message);
-    EXPECT_EQ(lines, row.lines);
+    EXPECT_EQ(lines, expected);
   }
 }
 

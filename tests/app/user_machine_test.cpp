@@ -1,17 +1,16 @@
 // The real machine under a user's program: where it works, and that its services stand on it without touching it.
 #include "programs/user/user_machine.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <optional>
 
 #include "programs/user/helper_keeper.h"
 #include "support/environment_variable.h"
 #include "support/service_manager.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 #include "workflow/status_view_model.h"
 
 namespace corvane {

@@ -1,10 +1,6 @@
 // The background objects over a whole workflow on virtual time.
 #pragma once
 
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "background/background_services.h"
 #include "platform/scripted/scripted_child_processes.h"
 #include "platform/scripted/scripted_http_client.h"
@@ -13,15 +9,13 @@
 
 namespace corvane {
 
-class BackgroundTest : public WorkflowTest {
- protected:
+struct BackgroundTest : WorkflowTest {
   // A setting as an organisation's profile sets it, which holds for every key.
   void set(const char* key, PlistValue value) {
     managed_.insert_or_assign(key, std::move(value));
     domains.setManaged(managed_);
   }
   void writeState(const HelperPatchState& state) { ASSERT_TRUE(helperState.write(state)); }
-  // "identifier: body" of all that was to be shown.
   [[nodiscard]] std::vector<std::string> told() const {
     std::vector<std::string> all;
     for (const auto& notification : center.added) all.push_back(notification.identifier + ": " + notification.body);
@@ -42,15 +36,7 @@ class BackgroundTest : public WorkflowTest {
   ScriptedNetworkProbe network{time.main()};
   ScriptedConsoleSessions console;
   ScriptedHttpClient http{time.main()};
-  BackgroundServices background{.workflow = services,
-                                .helperState = helperState,
-                                .router = router,
-                                .center = center,
-                                .network = network,
-                                .console = console,
-                                .http = http,
-                                .bundle = bundle,
-                                .userName = "ada"};
+  BackgroundServices background{services, helperState, router, center, network, console, http, bundle, "ada"};
   Lease heartbeat = time.main().every(15s, [this] { setHelperAlive(true); });
 
  private:

@@ -1,7 +1,5 @@
 #include "background/deferral_notifications.h"
 
-#include <gmock/gmock.h>
-
 #include "notifications/notifications_fixture.h"
 #include "platform/scripted/scripted_application.h"
 #include "platform/scripted/scripted_entropy.h"
@@ -10,21 +8,12 @@
 namespace corvane {
 namespace {
 
-using ::testing::IsEmpty;
-using ::testing::StartsWith;
-
-class DeferralNotificationsTest : public testing::NotificationsTest {
- protected:
+struct DeferralNotificationsTest : testing::NotificationsTest {
   ScriptedApplication application;
   ScriptedLocale locale;
   ScriptedEntropy entropy;
-  DeferralNotifications notices{{.router = router,
-                                 .preferences = world.preferences,
-                                 .application = application,
-                                 .clock = world.machine.clock(),
-                                 .locale = locale,
-                                 .entropy = entropy,
-                                 .log = world.log}};
+  DeferralNotifications notices{
+      {router, world.preferences, application, world.machine.clock(), locale, entropy, world.log}};
 };
 
 TEST_F(DeferralNotificationsTest, anEndedDeferralIsToldAnewEachTime) {

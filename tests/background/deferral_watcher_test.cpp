@@ -7,8 +7,7 @@ namespace {
 
 using TickResult = DeferralWatcher::TickResult;
 
-class DeferralWatcherTest : public WorkflowTest {
- protected:
+struct DeferralWatcherTest : WorkflowTest {
   DeferralWatcherTest() {
     preferences.writePatchingCadenceState({.currentPatchingStartDate = kMonday,
                                            .lastPatchingCompletionDate = std::nullopt,

@@ -1,5 +1,4 @@
 // What the helper writes becomes broadcasts, each told once.
-#include <gmock/gmock.h>
 
 #include "background/background_fixture.h"
 #include "background/background_notices.h"
@@ -10,11 +9,7 @@
 namespace corvane {
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-
-class HelperObserversTest : public BackgroundTest {
- protected:
+struct HelperObserversTest : BackgroundTest {
   HelperObserversTest() {
     set("BackgroundPatchClosedAppsScheduler", PlistValue("helperDaemon"));
     set("BackgroundPatchClosedAppsNotifyOnCompletion", PlistValue(true));
@@ -90,24 +85,23 @@ TEST_F(HelperObserversTest, aPassIsFollowedFromItsBeginningToItsEnd) {
 TEST_F(HelperObserversTest, aPassThatIsOldStaleReplacedOrUnreadable) {
   HelperBackgroundPatchObserver observer(background);
   observer.start();
-  writeState({.currentRun = run("old", 601s)});
-  observer.poll();
-  settle();
+  const auto polls = [&](const HelperPatchState& state) {
+    writeState(state);
+    observer.poll();
+    settle();
+  };
+  polls({.currentRun = run("old", 601s)});
   EXPECT_THAT(heard(), ElementsAre("started old"));
   EXPECT_THAT(told(), IsEmpty()) << "nobody wants to hear now of what began long ago";
-  writeState({.currentRun = run("new")});
-  observer.poll();
+  polls({.currentRun = run("new")});
   EXPECT_THAT(heard(), ElementsAre("ended old", "started new"));
-  writeState({.currentRun = run("new", 3601s)});
-  observer.poll();
+  polls({.currentRun = run("new", 3601s)});
   EXPECT_THAT(heard(), ElementsAre("ended new"));
   EXPECT_TRUE(says("Ignoring stale currentRun new (age 3601s > 3600s gate)."));
-  writeState({.currentRun = run("new")});
-  observer.poll();
+  polls({.currentRun = run("new")});
   files.put(places.helperState(), "{\"currentRun\":");
   observer.poll();
-  writeState({.currentRun = run("new")});
-  observer.poll();
+  polls({.currentRun = run("new")});
   EXPECT_THAT(heard(), ElementsAre("started new", "ended new", "started new"));
   set("BackgroundPatchClosedAppsScheduler", PlistValue("inApp"));
   advance(60s);

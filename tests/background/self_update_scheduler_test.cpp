@@ -1,17 +1,11 @@
 #include "background/self_update_scheduler.h"
 
-#include <gmock/gmock.h>
-
 #include "background/background_fixture.h"
 
 namespace corvane {
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-
-class SelfUpdateSchedulerTest : public BackgroundTest {
- protected:
+struct SelfUpdateSchedulerTest : BackgroundTest {
   SelfUpdateSchedulerTest() {
     set("SelfUpdateEnabled", PlistValue(true));
     set("SelfUpdateLabel", PlistValue(" corvane4\n"));
@@ -24,7 +18,6 @@ class SelfUpdateSchedulerTest : public BackgroundTest {
     build();
     scheduler = std::make_unique<SelfUpdateScheduler>(*model, background);
   }
-  // A tick, and what the helper answers to it.
   void tick(Result<Apps> apps) {
     const auto asked = helper.discoveriesAsked;
     scheduler->tick();
@@ -116,8 +109,7 @@ TEST_F(SelfUpdateSchedulerTest, withBackgroundPatchingItInstallsInSilence) {
   EXPECT_TRUE(says("Background-patch enabled — installing self-update silently 4.0 -> 4.2."));
   EXPECT_FALSE(available());
   EXPECT_THAT(told(), IsEmpty());
-  ASSERT_EQ(helper.runs.size(), 1U);
-  EXPECT_THAT(helper.runs.front().labels, ElementsAre(label("corvane4")));
+  EXPECT_THAT(running(), ElementsAre(label("corvane4")));
 }
 
 }  // namespace

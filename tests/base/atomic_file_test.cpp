@@ -1,20 +1,19 @@
 #include "base/atomic_file.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
 
 namespace fs = std::filesystem;
 
-class AtomicFileTest : public ::testing::Test {
- protected:
+struct AtomicFileTest : ::testing::Test {
   [[nodiscard]] auto entries() const { return std::distance(fs::directory_iterator(folder), {}); }
 
   testing::TemporaryFolder temporary;
@@ -27,9 +26,7 @@ TEST_F(AtomicFileTest, ReplacesContentAndModeAndLeavesNothingElse) {
   const std::string bytes("new\0bytes", 9);
   ASSERT_TRUE(writeFileAtomically(path, bytes, 0600));
   EXPECT_EQ(readFile(path), bytes);
-  struct stat info {};
-  ASSERT_EQ(::stat(path.c_str(), &info), 0);
-  EXPECT_EQ(info.st_mode & 07777U, 0600U);
+  EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0600));
   EXPECT_EQ(entries(), 1);
 }
 

@@ -2,14 +2,11 @@
 // `runUntil(predicate)`, which lets turns pass until the predicate holds and gives whether it came to hold.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <optional>
-#include <string>
 #include <thread>
 
 #include "base/main_queue.h"
 #include "platform/clock.h"
+#include "support/test.h"
 
 namespace corvane {
 
@@ -23,8 +20,7 @@ class RealClock final : public Clock {
 };
 
 template <class Driver>
-class MainQueueContract : public testing::Test {
- protected:
+struct MainQueueContract : testing::Test {
   MainQueue& main() { return driver.main(); }
   Task note(std::string what) {
     return [this, what = std::move(what)] { heard += what; };

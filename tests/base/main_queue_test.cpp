@@ -145,20 +145,6 @@ TEST(VirtualMachineTest, AClockSetBackPostponesAnAlarm) {
   EXPECT_EQ(fired, due);
 }
 
-TEST(VirtualMachineTest, ASeedReordersAnswersAndTheSameSeedAlike) {
-  const auto order = [](std::optional<std::uint64_t> seed) {
-    VirtualMachine machine;
-    if (seed) machine.reorderAnswers(*seed);
-    std::string heard;
-    for (char c = 'a'; c < 'i'; ++c) machine.work().run([&heard, c] { heard += c; });
-    machine.runUntilIdle();
-    return heard;
-  };
-  EXPECT_EQ(order({}), "abcdefgh");
-  EXPECT_EQ(order(3), order(3));
-  EXPECT_NE(order(3), order(4));
-}
-
 TEST(TurnQueueTest, AlarmsWithLeewayWaitForOneAnother) {
   SteadyTime now{};
   TurnQueue queue({.steady = [&] { return now; }, .wall = [] { return Date{}; }}, [] {});

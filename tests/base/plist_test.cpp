@@ -1,8 +1,8 @@
 #include "base/plist.h"
 
-#include <gtest/gtest.h>
-
 #include <limits>
+
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -113,14 +113,10 @@ TEST(PlistTest, RefusesDamagedXml) {
 
 TEST(PlistTest, RefusesHostileBinaries) {
   EXPECT_EQ(parsePlist(binary({"\xA1\x01", "\x09"}))->root, PlistArray{true});
-  struct Row {
-    const char* what;
-    std::string bytes;
-  };
   std::vector<std::string> bomb;
   for (char next = 1; next < 30; ++next) bomb.push_back(std::string("\xA2") + next + next);
   bomb.emplace_back("\x09");
-  const Row rows[] = {
+  const std::pair<const char*, std::string> rows[] = {
       {"a value in itself", binary({std::string("\xA1\0", 2)})},
       {"a circle of two", binary({"\xA1\x01", std::string("\xA1\0", 2)})},
       {"shared values that double", binary(bomb)},
@@ -136,7 +132,7 @@ TEST(PlistTest, RefusesHostileBinaries) {
       {"a key that is a number", binary({"\xD1\x01\x01", "\x10\x05"})},
       {"an unknown kind", binary({"\xF0"})},
   };
-  for (const auto& row : rows) EXPECT_FALSE(parsePlist(row.bytes)) << row.what;
+  for (const auto& [what, bytes] : rows) EXPECT_FALSE(parsePlist(bytes)) << what;
 }
 
 }  // namespace

@@ -1,11 +1,10 @@
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <limits>
 
 #include "base/calendar.h"
 #include "base/json.h"
 #include "base/uuid.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -113,13 +112,7 @@ TEST(JsonTest, RefusesWhatIsNotStrictJson) {
 }
 
 TEST(CalendarTest, SkippedTimesMoveForwardAndOfADoubledHourTheFirstCounts) {
-  struct Row {
-    const char* zone;
-    std::chrono::year_month_day day;
-    std::chrono::seconds time;
-    const char* expected;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, std::chrono::year_month_day, std::chrono::seconds, const char*> rows[] = {
       {"America/New_York", year(2026) / 3 / 8, 1h + 59min, "2026-03-08T01:59:00-05:00"},
       {"America/New_York", year(2026) / 3 / 8, 2h + 30min, "2026-03-08T03:30:00-04:00"},
       {"America/New_York", year(2026) / 11 / 1, 1h + 30min, "2026-11-01T01:30:00-04:00"},
@@ -129,10 +122,10 @@ TEST(CalendarTest, SkippedTimesMoveForwardAndOfADoubledHourTheFirstCounts) {
       {"Africa/Cairo", year(2026) / 4 / 24, 0h, "2026-04-24T01:00:00+03:00"},
       {"UTC", year(2026) / 3 / 29, 2h, "2026-03-29T02:00:00+00:00"},
   };
-  for (const auto& row : rows) {
-    const auto calendar = Calendar::named(row.zone);
-    ASSERT_TRUE(calendar) << row.zone;
-    EXPECT_EQ(calendar->iso8601(calendar->at(row.day, row.time)), row.expected);
+  for (const auto& [zone, day, time, expected] : rows) {
+    const auto calendar = Calendar::named(zone);
+    ASSERT_TRUE(calendar) << zone;
+    EXPECT_EQ(calendar->iso8601(calendar->at(day, time)), expected);
   }
 }
 

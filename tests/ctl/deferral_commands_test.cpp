@@ -1,13 +1,11 @@
 // Deferrals on the command line: the prompt's rules, and a refusal that says which limit and until when.
-#include <gmock/gmock.h>
 
 #include "ctl/session_fixture.h"
 
 namespace corvane {
 namespace {
 
-class CtlDeferral : public CtlSession {
- protected:
+struct CtlDeferral : CtlSession {
   void set(const char* key, PlistValue value) { preferences.writePreference(key, std::move(value)); }
   ExitCode defer(std::int64_t minutes) { return run({.verb = Verb::defer, .minutes = minutes}); }
 };

@@ -2,8 +2,6 @@
 #include "ctl/report.h"
 #include "ctl/text_width.h"
 
-#include <gtest/gtest.h>
-
 #include "workflow/workflow_fixture.h"
 
 namespace corvane {
@@ -24,12 +22,10 @@ TEST(Table, ColumnsStandUnderTheirHeadsWhateverTheScript) {
 }
 
 TEST(TextWidth, CountsTheCellsOfATerminal) {
-  const struct {
-    const char* text;
-    std::size_t width;
-  } rows[] = {{"", 0},   {"Quill", 5}, {"Übersee", 7},  {"U\u0308bersee", 7}, {"青い鳥ノート", 12}, {"ﾉｰﾄ", 3},
-              {"Ａ", 2}, {"📦 Box", 6}, {"a\u200db", 2}, {"한글", 4},          {"torn \xe9\x9d", 6}, {"\xff\xfe", 2}};
-  for (const auto& row : rows) EXPECT_EQ(ctl::displayWidth(row.text), row.width) << row.text;
+  const std::pair<const char*, std::size_t> rows[] = {
+      {"", 0},   {"Quill", 5}, {"Übersee", 7},  {"U\u0308bersee", 7}, {"青い鳥ノート", 12}, {"ﾉｰﾄ", 3},
+      {"Ａ", 2}, {"📦 Box", 6}, {"a\u200db", 2}, {"한글", 4},          {"torn \xe9\x9d", 6}, {"\xff\xfe", 2}};
+  for (const auto& [text, width] : rows) EXPECT_EQ(ctl::displayWidth(text), width) << text;
 }
 
 TEST(TextWidth, CutsBetweenCharactersAndNeverPastTheWidth) {
@@ -44,8 +40,7 @@ TEST(TextWidth, CutsBetweenCharactersAndNeverPastTheWidth) {
   EXPECT_EQ(elided("Quill", 0), "");
 }
 
-class Report : public WorkflowTest {
- protected:
+struct Report : WorkflowTest {
   [[nodiscard]] AppFacts facts() {
     build();
     return model->facts();
@@ -61,14 +56,12 @@ TEST_F(Report, EachStateHasItsWordAndTheWorstOneWins) {
   mismatch.updateCheckFailed = true;
   auto unreachable = unchecked("unreachable");
   unreachable.updateCheckFailed = true;
-  const struct {
-    AppInfo app;
-    const char* word;
-  } rows[] = {{mismatch, "teamIDMismatch"},       {unreachable, "checkFailed"},
-              {outdated("held"), "held"},         {outdated("failing"), "lastUpdateFailed"},
-              {outdated("quill"), "needsUpdate"}, {current("tern"), "upToDate"},
-              {unchecked("fresh"), "unchecked"}};
-  for (const auto& row : rows) EXPECT_EQ(stateWord(row.app, known), row.word);
+  const std::pair<AppInfo, const char*> rows[] = {
+      {mismatch, "teamIDMismatch"},       {unreachable, "checkFailed"},
+      {outdated("held"), "held"},         {outdated("failing"), "lastUpdateFailed"},
+      {outdated("quill"), "needsUpdate"}, {current("tern"), "upToDate"},
+      {unchecked("fresh"), "unchecked"}};
+  for (const auto& [app, word] : rows) EXPECT_EQ(stateWord(app, known), word);
 }
 
 TEST_F(Report, ApplicationsCarryTheirRecordTheirNameAndTheirState) {

@@ -13,15 +13,13 @@ namespace corvane {
 using ctl::ExitCode;
 using ctl::Verb;
 
-class CtlSession : public WorkflowTest {
- protected:
+struct CtlSession : WorkflowTest {
   // An application of ours with an inventory from before, as corvanectl finds it: the model does not act yet.
   void know(const Apps& apps) {
     preferences.writeDiscoveredApps(apps);
     preferences.writePreference("LastDiscoveryDate", time.now() - 24h);
   }
 
-  // What the helper answers to its next calls, in order.
   void answerDiscoveries(std::initializer_list<Result<Apps>> answers) {
     for (const auto& answer : answers) discoveryAnswers_.push_back(answer);
   }
@@ -68,7 +66,6 @@ class CtlSession : public WorkflowTest {
     return false;
   }
 
-  // The one object that was printed.
   [[nodiscard]] JsonValue json() const {
     EXPECT_EQ(std::ranges::count(out, '\n'), 1) << out;
     auto value = parseJson(out);

@@ -153,16 +153,6 @@ TEST_F(CtlSession, LabelsThatTheSettingsIgnoreAreToldAsSuch) {
   }
 }
 
-TEST_F(CtlSession, TheFirstCheckOfAllIsAFullOne) {
-  answerDiscoveries({Apps{current("quill"), outdated("tern")}});
-  EXPECT_EQ(runJson(Verb::check, {label("nosuch"), label("tern")}), ExitCode::failed);
-  EXPECT_EQ(printedLabels(), std::vector<std::string>{"tern"});
-  EXPECT_EQ(helper.discoveriesAsked, 1);
-  EXPECT_EQ(preferences.readDiscoveredApps()->size(), 2U);
-  EXPECT_EQ(run({.verb = Verb::status}), ExitCode::done);
-  EXPECT_TRUE(out.starts_with("1 update available")) << out;
-}
-
 TEST_F(CtlSession, NothingToDoIsDone) {
   auto foreign = unchecked("foreign");
   foreign.teamIDMismatch = true;
@@ -192,7 +182,6 @@ TEST_F(CtlSession, ApplicationsThatWereNeverCheckedAreNotTakenForUpToDate) {
   know({current("quill"), unchecked("tern"), unchecked("swift")});
   EXPECT_EQ(runJson(Verb::update), ExitCode::failed);
   EXPECT_EQ(errorText(), "Not updated: 2 applications were not checked yet; `corvanectl check` does.");
-  // What is pending is updated all the same.
   know({outdated("quill"), unchecked("tern")});
   runAnswer = PatchRunAnswer{.success = true, .message = "Updated 1 of 1.", .installedCount = 1};
   answerDiscoveries({Apps{current("quill")}});
@@ -235,40 +224,19 @@ TEST_F(CtlSession, ARunThatFailsEndsWithOneAndPrintsWhatBecameOfIt) {
   EXPECT_TRUE(err.empty());
 }
 
-TEST_F(CtlSession, AHelperThatDiesInARunIsToldAsTheModelWordsIt) {
-  know({outdated("quill")});
-  runAnswer = failure("CRVHelperChannel", 2, "the helper hung up");
-  answerDiscoveries({Apps{outdated("quill")}});
-  EXPECT_EQ(run({.verb = Verb::update, .labels = {label("quill")}}), ExitCode::failed);
-  EXPECT_EQ(err, "corvanectl: Failed to start patching: the helper hung up\n");
-  EXPECT_TRUE(out.starts_with("LABEL")) << out;
-}
-
-TEST_F(CtlSession, ASuccessfulRunAsksForTheLabelsNamedOnly) {
-  know({outdated("quill"), outdated("tern")});
-  runAnswer = PatchRunAnswer{.success = true, .message = "Updated 1 of 1.", .installedCount = 1};
-  answerDiscoveries({Apps{current("quill")}});
-  EXPECT_EQ(runJson(Verb::update, {label("quill")}), ExitCode::done);
-  EXPECT_EQ(field("success"), JsonValue(true));
-  EXPECT_EQ(field("apps").array()->size(), 1U);
-}
-
 TEST_F(CtlSession, ProgressGoesToATerminalAndChangesNothingThatIsPrinted) {
   know({outdated("quill")});
-  std::string piped;
-  for (const bool terminal : {false, true}) {
+  const auto checked = [this](bool terminal) {
     onTerminal = terminal;
     answerDiscoveries({Apps{outdated("quill")}});
-    ASSERT_EQ(runJson(Verb::check, {label("quill")}), ExitCode::done) << out;
-    if (terminal)
-      EXPECT_EQ(out, piped);
-    else
-      piped = out;
+    EXPECT_EQ(runJson(Verb::check, {label("quill")}), ExitCode::done) << out;
     EXPECT_TRUE(err.empty());
-    EXPECT_EQ(progress.empty(), !terminal);
-  }
-  // The line is taken away at the end.
-  EXPECT_EQ(progress.back(), "");
+    return out;
+  };
+  const auto piped = checked(false);
+  EXPECT_TRUE(progress.empty());
+  EXPECT_EQ(checked(true), piped);
+  EXPECT_EQ(progress.back(), "") << "the line is taken away at the end";
 }
 
 }  // namespace

@@ -1,9 +1,7 @@
 """What breaks is told, loses nothing, and leaves a state that the next command works with."""
 
-import os
 import shutil
 import signal
-import time
 
 import sample_mac
 
@@ -72,16 +70,6 @@ class Faults(sample_mac.SampleMacTest):
         self.ctl("update", "quill", expect=4, **alone)
         self.assertEqual(self.installed("Quill"), "2.3.1")
 
-    def test_a_helper_that_does_not_answer(self):
-        self.ctl("discover")
-        os.kill(self.helper_pid(), signal.SIGSTOP)
-        began = time.monotonic()
-        error = self.ctl("check", "quill", "--json", expect=4).json["error"]
-        self.assertEqual(error["text"], "The root helper runs but did not answer within 10 seconds.")
-        self.assertLess(time.monotonic() - began, 15)
-        os.kill(self.helper_pid(), signal.SIGCONT)
-        self.ctl("check", "quill")
-
     def test_a_label_that_is_gone_and_one_that_never_was(self):
         # The first check of all, with a label mistyped, leaves no Mac of which all is said to be up to date.
         self.assertIn("No application is known under qill.", self.ctl("check", "qill", expect=1).err)
@@ -110,37 +98,6 @@ class Faults(sample_mac.SampleMacTest):
         self.assertEqual([file.read_bytes() for file in aside], [damaged])
         self.assertEqual(self.states(self.ctl("list", "--json"))["quill"], "needsUpdate")
         self.assertTrue(managed.read_text().startswith("<plist><dict>"))
-
-    def test_a_damaged_saved_inventory_counts_as_absent(self):
-        self.ctl("discover")
-        saved = self.user()["DiscoveredAppsData"]
-        self.change_user({"DiscoveredAppsData": saved[: len(saved) // 2]})
-        before = len(self.log_lines("DiscoveredAppsData is damaged and counts as absent"))
-        self.assertEqual(self.ctl("list").out, "No applications. `corvanectl discover` looks for them.\n")
-        self.assertEqual(len(self.log_lines("DiscoveredAppsData is damaged and counts as absent")), before + 1)
-        self.assertEqual(self.user()["DiscoveredAppsData"], saved[: len(saved) // 2])
-        self.ctl("discover")
-        self.assertEqual(self.states(self.ctl("list", "--json"))["quill"], "needsUpdate")
-
-    def test_damaged_receipts_and_helper_state(self):
-        self.ctl("discover")
-        self.ctl("update", "quill")
-        receipts = self.support / "receipts.jsonl"
-        whole = receipts.read_text()
-        receipts.write_text('{"label":"torn","timest\n' + whole + '{"label":"half')
-        history = self.ctl("history", "--json")
-        self.assertEqual([r["label"] for r in history.json["receipts"]], ["quill"])
-        self.assertEqual(len(self.log_lines(f"Left out 2 damaged line(s) of {receipts}, the first of them line 1: ")), 1,
-                         self.log())
-        # The next receipt starts a line of its own behind the torn one.
-        self.kill_helper()
-        state = self.support / "helper-run.json"
-        state.write_text('{"version":1,"lab')
-        self.ctl("update", "hazelstopwatch")
-        self.assertEqual(len(self.log_lines("is damaged and counts as absent")), 1)
-        self.assertIn(whole.strip(), receipts.read_text())
-        self.assertEqual({r["label"] for r in self.ctl("history", "--json").json["receipts"]},
-                         {"quill", "hazelstopwatch"})
 
     def test_the_tool_is_missing_or_cannot_be_run(self):
         self.ctl("discover")

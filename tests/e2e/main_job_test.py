@@ -80,11 +80,8 @@ class MainJob(sample_mac.SampleMacTest):
         unknown = self.ctl("update", "nosuchlabel", expect=1)
         self.assertEqual(unknown.out, "")
         self.assertIn("No application is known under nosuchlabel.", unknown.err)
-        usage = self.ctl("lst", "--json", expect=2)
-        self.assertEqual(usage.json["error"]["text"], 'There is no command "lst". See corvanectl --help.')
         # A script whose variable is empty means one application, never all.
-        for verb in ("update", "check", "history"):
-            self.assertIn("takes no empty label", self.ctl(verb, "", expect=2).err)
+        self.assertIn("takes no empty label", self.ctl("update", "", expect=2).err)
         self.assertEqual(self.ctl("--json", "list").json, {"apps": []})
         self.assertIsNone(self.helper_pid())
         # A check lets the helper judge, which knows the whole catalogue.
@@ -96,17 +93,12 @@ class MainJob(sample_mac.SampleMacTest):
             self.assertTrue(self.ctl(*arguments).out)
         self.assertEqual(self.tree() ^ before, set())
 
-    def test_the_same_on_a_terminal_as_on_a_pipe(self):
-        self.ctl("discover")
-        piped = self.ctl("list").out
-        process, shown = self.ctl_on_terminal("list")
-        self.assertEqual(shown(), piped)
-        self.assertEqual(process.returncode, 0)
-
     def test_a_narrow_terminal(self):
         self.ctl("discover")
-        # As wide as the other columns allow, with names cut short.
-        piped = self.ctl("list").out.splitlines()
+        piped = self.ctl("list").out
+        _, shown = self.ctl_on_terminal("list")
+        self.assertEqual(shown(), piped)
+        piped = piped.splitlines()
         narrow = max(map(len, piped)) - 2
         process, shown = self.ctl_on_terminal("list", columns=narrow)
         lines = shown().splitlines()

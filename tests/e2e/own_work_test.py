@@ -43,16 +43,6 @@ class Staging(OwnHelperTest):
         self.assertIs(self.receipts()[-1]["usedStagedInstaller"], True)
         self.assertEqual(self.staged(), [])
 
-    def test_another_teams_download_is_not_kept(self):
-        labels = self.support / "fragments/labels"
-        fragment = labels / "quill.sh"
-        lines = fragment.read_text().splitlines()
-        fragment.write_text("\n".join('    expectedTeamID="ZZZZZZZZZZ"' if "expectedTeamID" in line else line
-                                      for line in lines) + "\n")
-        self.start_helper()
-        self.patch(stage=["quill"])
-        self.assertEqual(self.staged(), [])
-
     def test_a_helper_killed_in_a_download_leaves_nothing_to_install_from(self):
         self.order("delay", "quill", "30")
         helper = self.start_helper()

@@ -14,6 +14,7 @@ import tempfile
 import termios
 import threading
 import time
+import typing
 import unittest
 from pathlib import Path
 
@@ -56,18 +57,14 @@ def executable_of(pid):
         return ""
 
 
-class Outcome:
-    def __init__(self, code, out, err):
-        self.code = code
-        self.out = out
-        self.err = err
+class Outcome(typing.NamedTuple):
+    code: int
+    out: str
+    err: str
 
     @property
     def json(self):
         return json.loads(self.out)
-
-    def __repr__(self):
-        return f"exit {self.code}\n{self.out}\n{self.err}"
 
 
 class SampleMacTest(unittest.TestCase):

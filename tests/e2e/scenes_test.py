@@ -1,6 +1,5 @@
 """The application on a sample that a scene was written on: what the scene says comes by itself."""
 
-import struct
 import subprocess
 import unittest
 from datetime import datetime, timedelta, timezone
@@ -10,7 +9,6 @@ import sample_mac
 
 PROGRAM = sample_mac.BUNDLE / "Contents/MacOS/Corvane"
 WINDOWS = list((sample_mac.BUNDLE / "Contents").glob("PlugIns/libcorvane_windows.so"))
-DRAW = sample_mac.PROGRAMS.parent / "tools/corvane_draw"
 SCRIPT = Path(__file__).parents[2] / "sample/sample.sh"
 
 
@@ -77,50 +75,6 @@ class Scenes(sample_mac.SampleMacTest):
         self.assertEqual(self.user()["NextAutoLaunch"], armed)
         self.end(process)
         self.scene("prompt")
-
-    @unittest.skipUnless(WINDOWS and DRAW.exists(), "built without windows")
-    def test_a_picture_shows_what_opens_and_changes_nothing(self):
-        self.ctl("discover")
-        heights = {}
-        for name, window in (("prompt", "prompt"), ("hard", "prompt"), ("confirmation", "confirmation")):
-            self.scene(name)
-            before = self.user()
-            picture = self.home / f"{name}.png"
-            drawn = subprocess.run([DRAW, sample_mac.BUNDLE, picture, window], capture_output=True, text=True,
-                                   timeout=sample_mac.LIMIT, env=self.environment())
-            self.assertEqual(drawn.returncode, 0, drawn)
-            width, heights[name] = struct.unpack(">II", picture.read_bytes()[16:24])
-            self.assertEqual(width, 480)
-            self.assertEqual(self.user(), before)
-        # Without the lengths to choose from, and without anything but the question.
-        self.assertTrue(heights["prompt"] > heights["hard"] > 2 * heights["confirmation"], heights)
-
-    def test_a_completed_cycle_is_told_without_the_application(self):
-        self.ctl("discover")
-        self.scene("completed-cycle")
-        status = self.ctl("status")
-        self.assertRegex(status.out, r"Waiting for next cycle +[1-9]")
-        self.assertRegex(status.out, r"Patching is complete for this cycle\. The next cycle starts .+\.")
-        receipts = self.ctl("history", "--json").json["receipts"]
-        self.assertEqual([each["status"] for each in receipts].count("failure"), 1, receipts)
-        self.assertGreater(len(receipts), 1)
-
-    def test_looks_for_the_applications_where_nobody_did(self):
-        unknown = self.scene("deadline", expect=2)
-        for name in ("prompt", "hard", "confirmation", "completed-cycle"):
-            self.assertIn(f"  {name} ", unknown.stderr)
-        bare = subprocess.run([sample_mac.PROGRAMS / "corvane_sample", "scene", "prompt", self.root],
-                              capture_output=True, text=True, timeout=sample_mac.LIMIT)
-        self.assertEqual(bare.returncode, 3, bare)
-
-        # From a build folder, the script finds the command line that belongs to it.
-        notes = (self.root / ".corvane-sample").read_text()
-        (self.root / ".corvane-sample").write_text(notes.replace(f"build {sample_mac.PROGRAMS}",
-                                                                 f"build {sample_mac.PROGRAMS.parent}"))
-        said = self.scene("confirmation").stdout
-        self.assertIn("press Return", said)
-        self.assertEqual(self.states(self.ctl("list", "--json"))["quill"], "needsUpdate")
-        self.assertEqual(self.user()["HardDeferralCount"], 1)
 
 
 if __name__ == "__main__":

@@ -4,21 +4,6 @@ import sample_mac
 
 
 class Settings(sample_mac.SampleMacTest):
-    def settings(self):
-        return {row["key"]: (row["value"], row["source"]) for row in self.ctl("settings", "--json").json["settings"]}
-
-    def test_each_value_and_where_it_comes_from(self):
-        self.set_user({"IgnoredLabels": ["basalt*"], "SupportTeamName": "Somebody", "VerboseMode": True})
-        self.set_managed({"SupportTeamName": "Sample Service Desk"})
-        settings = self.settings()
-        self.assertEqual(settings["IgnoredLabels"], (["basalt*"], "user"))
-        self.assertEqual(settings["SupportTeamName"], ("Sample Service Desk", "managed"))
-        self.assertEqual(settings["VerboseMode"], (True, "user"))
-        self.assertEqual(settings["SupportTeamPhone"], (None, "default"))
-        lines = self.ctl("settings").out.splitlines()
-        self.assertEqual(lines[0].split(), ["KEY", "SOURCE", "VALUE"])
-        self.assertIn(["SupportTeamName", "managed", "Sample", "Service", "Desk"], [line.split() for line in lines])
-
     def arguments(self):
         mark = "setting variable from argument "
         return [line.split(mark, 1)[1] for line in self.log_lines(mark)]

@@ -32,7 +32,6 @@ Outcome outcomeOf(std::string_view stream, const Piece& piece) {
   return outcome;
 }
 
-// What the format says, without a decoder.
 Outcome expectedOf(std::string_view stream) {
   Outcome outcome;
   while (stream.size() >= kFrameHeaderBytes) {

@@ -10,7 +10,6 @@ namespace corvane::testing {
 
 namespace {
 
-// A file in memory; tests write one after the other into it.
 class MemoryFile {
  public:
   MemoryFile() : descriptor_(::memfd_create("program", MFD_CLOEXEC)) {}
@@ -28,7 +27,6 @@ class MemoryFile {
   int descriptor_;
 };
 
-// Whatever is told of a program stands in its bytes.
 bool isSound(const Result<CodeSignature>& signature, const std::string& bytes) {
   if (!signature) {
     EXPECT_EQ(signature.error().domain, SignatureError::domain);
@@ -81,20 +79,15 @@ TEST(MachOFuzz, damageNeverCrashesAndNothingIsMadeUp) {
   HostileInputs inputs(withBuiltPrograms(corpusOf("mach_o")),
                        {"\xfe\xed\xfa\xcf", "\xca\xfe\xba\xbe", "\xca\xfe\xba\xbf", "\xfa\xde\x0c\xc0",
                         "\xfa\xde\x0c\x02", std::string("\x1d\0\0\0\x10\0\0\0", 8), std::string(8, '\0')});
-  std::size_t read = 0;
-  for (int i = 0; i < 2000; ++i) read += taken(inputs.next()) ? 1 : 0;
-  EXPECT_GT(read, 100U) << "some damage goes deep: " << read;
+  bombard(std::move(inputs), 2000, 100, taken);
 }
 
 TEST(MachOFuzz, codeDirectoriesOfTheirOwnAreHeldToTheSame) {
   const mach_o::Signing team{.identifier = "org.example.quill", .team = "TEAM123456"};
   HostileInputs inputs({{"directory", mach_o::codeDirectory(team, "the code")}}, {std::string(4, '\0'), "\xff"});
-  std::size_t read = 0;
-  for (int i = 0; i < 2000; ++i) {
-    const auto bytes = inputs.next();
-    read += isSound(readCodeDirectory(bytes, SignatureDetail::namesAndHash), bytes) ? 1 : 0;
-  }
-  EXPECT_GT(read, 10U);
+  bombard(std::move(inputs), 2000, 10, [](const std::string& bytes) {
+    return isSound(readCodeDirectory(bytes, SignatureDetail::namesAndHash), bytes);
+  });
 }
 
 }  // namespace corvane::testing

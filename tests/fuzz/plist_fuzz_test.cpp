@@ -17,10 +17,7 @@ bool taken(const std::string& bytes) {
     const auto once = writePlist(document->root, format);
     EXPECT_TRUE(once);
     const auto again = parsePlist(once.value_or(""));
-    EXPECT_TRUE(again) << once.value_or("");
-    if (again) {
-      EXPECT_EQ(writePlist(again->root, format).value_or(""), once.value_or(""));
-    }
+    EXPECT_TRUE(again && writePlist(again->root, format).value_or("") == once.value_or("")) << once.value_or("");
   }
   return true;
 }
@@ -36,9 +33,7 @@ TEST(PlistFuzz, damageNeverCrashesAndWhatIsReadCanBeWritten) {
        "<data>",    "<integer>", "<date>",   "<real>",     "nan",   "1e999",  "<!--",     "-->",
        "<![CDATA[", "]]>",       "&#x0;",    "&#x110000;", "&lt;",  "&",      "<?",       "<!DOCTYPE [",
        "\xd1",      "\xdf\x13",  "\xa1\x00", "\x80",       "\xff"});
-  std::size_t read = 0;
-  for (int i = 0; i < 2000; ++i) read += taken(inputs.next()) ? 1 : 0;
-  EXPECT_GT(read, 100U) << "some damage goes deep: " << read;
+  bombard(std::move(inputs), 2000, 100, taken);
 }
 
 }  // namespace corvane::testing

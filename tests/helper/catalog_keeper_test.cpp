@@ -1,11 +1,11 @@
 #include "helper/catalog_keeper.h"
 
-#include <gtest/gtest.h>
 #include <utime.h>
 
 #include "platform/scripted/virtual_time.h"
 #include "support/recording_log.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -14,8 +14,7 @@ std::string fragment(const std::string& label, const std::string& version) {
   return label + ")\n    name=\"" + label + "\"\n    appNewVersion=\"" + version + "\"\n    ;;\n";
 }
 
-class CatalogKeeperTest : public ::testing::Test {
- protected:
+struct CatalogKeeperTest : ::testing::Test {
   CatalogKeeperTest() {
     folder_.write("quill.sh", fragment("quill", "1.0"));
     folder_.write("torn.sh", "torn)\n    name=\"Torn");

@@ -12,7 +12,6 @@ struct HeldWork final : WorkQueue {
   std::deque<Task> jobs;
 
   void run(Task job) override { jobs.push_back(std::move(job)); }
-  // The job that was handed over at this place among those that are held.
   void finish(std::size_t place = 0) {
     auto job = std::move(jobs.at(place));
     jobs.erase(jobs.begin() + static_cast<std::ptrdiff_t>(place));

@@ -14,8 +14,7 @@ namespace {
 
 constexpr uid_t kNobody = 65534;
 
-class HelperLimits : public HelperProcess {
- protected:
+struct HelperLimits : HelperProcess {
   static void sendAll(int fd, const std::string& bytes) {
     for (std::size_t sent = 0; sent < bytes.size();) {
       const auto count = send(fd, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
@@ -26,7 +25,6 @@ class HelperLimits : public HelperProcess {
   static void sendRequest(int fd, const std::string& id, HelperQuestion question) {
     sendAll(fd, encodeFrame(composeRequest({.id = id, .question = std::move(question)})));
   }
-  // 0 for an answer that is no error; -1 for a hang-up.
   static int codeOf(const std::optional<std::string>& answer, const std::string& id) {
     if (!answer) return -1;
     const auto parsed = parseAnswer(*answer, id);

@@ -1,7 +1,6 @@
 // The door alone, in front of this very process: who may ask is played.
 #include "helper/helper_listener.h"
 
-#include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -10,6 +9,7 @@
 #include "platform/uv/uv_main_loop.h"
 #include "support/recording_log.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 #include "support/unix_socket.h"
 
 namespace corvane {
@@ -56,7 +56,6 @@ struct ListenerFixture : ::testing::Test {
     listener.reset();
     listener = opened(limit);
   }
-  // Lets the loop run; nothing is expected to end it sooner.
   void pass(Duration time) {
     loop.pump([] { return false; }, time);
   }
@@ -69,7 +68,6 @@ struct ListenerFixture : ::testing::Test {
     const auto frame = encodeFrame(composeRequest({.id = id, .question = ask::Status{}}));
     EXPECT_EQ(send(fd, frame.data(), frame.size(), MSG_NOSIGNAL), static_cast<ssize_t>(frame.size()));
   }
-  // The code of the error that is answered to `id`; 0 for another answer.
   int codeFor(int fd, const std::string& id) {
     FrameDecoder decoder(kAnswerFrameLimit);
     std::optional<std::string> answer;

@@ -1,7 +1,6 @@
 // The real daemon as a child process, on a small tree of its own.
 #pragma once
 
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/socket.h>
@@ -9,7 +8,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <fstream>
 #include <thread>
 
@@ -19,6 +17,7 @@
 #include "core/places.h"
 #include "core/records/history_records.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 #include "support/unix_socket.h"
 
 namespace corvane {
@@ -47,8 +46,7 @@ inline bool eventually(const std::function<bool()>& holds) {
   return false;
 }
 
-class HelperProcess : public ::testing::Test {
- protected:
+struct HelperProcess : ::testing::Test {
   void SetUp() override {
     chmod(folder_.path().c_str(), 0755);
     places_.root = folder_.path();
@@ -60,10 +58,8 @@ class HelperProcess : public ::testing::Test {
     std::ofstream(places_.fragmentsPath() / "functions.sh") << "printlog() { echo \"$1\" }\n";
     std::ofstream(places_.installomatorScript()) << kTool;
     chmod(places_.installomatorScript().c_str(), 0755);
-    beforeStart();
     start();
   }
-  virtual void beforeStart() {}
   void TearDown() override { end(SIGKILL); }
 
   void writeApplication(const std::string& name) {
@@ -80,11 +76,8 @@ class HelperProcess : public ::testing::Test {
   void start() {
     const std::string root = folder_.path();
     const std::string home = places_.home.string();
-    std::vector<const char*> arguments{CORVANE_HELPER_PROGRAM, "--root", root.c_str(), "--user-home", home.c_str()};
-    arguments.insert(arguments.end(), extraArguments_.begin(), extraArguments_.end());
-    arguments.push_back(nullptr);
-    ASSERT_EQ(
-        posix_spawn(&pid_, CORVANE_HELPER_PROGRAM, nullptr, nullptr, const_cast<char**>(arguments.data()), environ), 0);
+    const char* arguments[] = {CORVANE_HELPER_PROGRAM, "--root", root.c_str(), "--user-home", home.c_str(), nullptr};
+    ASSERT_EQ(posix_spawn(&pid_, CORVANE_HELPER_PROGRAM, nullptr, nullptr, const_cast<char**>(arguments), environ), 0);
     ASSERT_TRUE(eventually([&] { return std::filesystem::exists(places_.helperHeartbeat()); }));
   }
   int end(int signal) {
@@ -134,7 +127,6 @@ class HelperProcess : public ::testing::Test {
 
   testing::TemporaryFolder folder_;
   CorvaneConstants places_;
-  std::vector<const char*> extraArguments_;
   pid_t pid_ = -1;
 };
 

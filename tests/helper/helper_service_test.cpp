@@ -2,7 +2,6 @@
 #include "helper/helper_service.h"
 
 #include <fmt/format.h>
-#include <gtest/gtest.h>
 
 #include "helper/held_work.h"
 #include "helper/runner_fixture.h"
@@ -10,7 +9,6 @@
 namespace corvane {
 namespace {
 
-// What a base is made with must be made before it.
 struct HeldScans {
   HeldWork work;
 };
@@ -21,7 +19,6 @@ struct ServiceFixture : HeldScans, RunnerFixture {
       {.main = machine.main(), .discoverer = discoverer, .versions = versions, .desk = desk, .status = [] {
          return StatusInfo{};
        }}};
-  // Code of the error that was answered to an id; 0 for an answer that is none.
   std::map<std::string, int> answers;
 
   ServiceFixture() : RunnerFixture(&work) { offer("quill", "2.0"); }
@@ -35,7 +32,6 @@ struct ServiceFixture : HeldScans, RunnerFixture {
   static ask::DiscoverForLabels scoped(std::size_t number) {
     return {.labels = {Label("quill"), Label("x" + std::to_string(number))}};
   }
-  // Does the work that is held until none is left; gives how much it was.
   std::size_t finishAll() {
     std::size_t count = 0;
     for (; !work.jobs.empty(); ++count) {

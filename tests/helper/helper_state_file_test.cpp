@@ -1,14 +1,13 @@
 // The helper writes, the application's own readers read.
 #include "helper/helper_state_file.h"
 
-#include <gtest/gtest.h>
-
 #include <cerrno>
 
 #include "core/history/helper_state_stores.h"
 #include "platform/scripted/scripted_files.h"
 #include "platform/scripted/virtual_time.h"
 #include "support/recording_log.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -84,28 +83,25 @@ TEST_F(StateFile, FieldsThatItDoesNotKnowStay) {
 }
 
 TEST_F(StateFile, WhatIsDamagedOrOfALaterVersionIsSetAsideBeforeTheFirstWrite) {
-  const struct {
-    const char* content;
-    const char* reason;
-  } rows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"", "JSON"},
       {"{\"version\":1,", "JSON"},
       {"[]", "HelperPatchState"},
       {R"({"currentRun":{"runID":7}})", "currentRun"},
       {R"({"version":2,"currentRun":"in a form of its own"})", "later version"},
   };
-  for (const auto& row : rows) {
-    files.put(kState, row.content);
+  for (const auto& [content, reason] : rows) {
+    files.put(kState, content);
     log.clear();
     auto file = open();
-    EXPECT_EQ(stored(), row.content) << "nothing is moved while nothing is written";
+    EXPECT_EQ(stored(), content) << "nothing is moved while nothing is written";
     file.passEnded(summary);
-    EXPECT_EQ(reader.read()->lastBackgroundPatchSummary, summary) << row.content;
-    ASSERT_EQ(log.lines().size(), 1U) << row.content;
+    EXPECT_EQ(reader.read()->lastBackgroundPatchSummary, summary) << content;
+    ASSERT_EQ(log.lines().size(), 1U) << content;
     const auto line = log.lines().front().message;
-    EXPECT_NE(line.find(row.reason), std::string::npos) << line;
+    EXPECT_THAT(line, HasSubstr(reason));
     const auto name = line.substr(line.find("helper-state.json.set-aside-"));
-    EXPECT_EQ(files.content("/support/" + name.substr(0, name.find(": "))), row.content) << line;
+    EXPECT_EQ(files.content("/support/" + name.substr(0, name.find(": "))), content) << line;
   }
 }
 

@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,6 +11,7 @@
 #include "helper/patch_runner.h"
 #include "helper/root_trust.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -41,11 +41,8 @@ TEST(HelperOptions, TakesItsRootFromTheCommandLineAndRefusesAllElse) {
 }
 
 TEST(ConsoleUser, MayAskWithRootAndTheHelperItself) {
-  EXPECT_TRUE(mayAsk(0, 0, std::nullopt));
-  EXPECT_TRUE(mayAsk(501, 0, 501));
-  EXPECT_TRUE(mayAsk(502, 502, std::nullopt));
-  EXPECT_FALSE(mayAsk(502, 0, 501));
-  EXPECT_FALSE(mayAsk(502, 0, std::nullopt));
+  EXPECT_TRUE(mayAsk(0, 0, std::nullopt) && mayAsk(501, 0, 501) && mayAsk(502, 502, std::nullopt));
+  EXPECT_FALSE(mayAsk(502, 0, 501) || mayAsk(502, 0, std::nullopt));
   EXPECT_EQ(activeUserOfSeat("# This is private data.\nIS_SEAT0=1\nACTIVE=c1\nACTIVE_UID=1000\n"), 1000U);
   EXPECT_FALSE(activeUserOfSeat("ACTIVE_UID=12x\n"));
   EXPECT_FALSE(activeUserOfSeat(""));
@@ -191,9 +188,7 @@ TEST(PrepareFolders, MakesThemAndForRootTakesOnlyItsOwn) {
   const testing::TemporaryFolder folder;
   const CorvaneConstants places{.root = folder.path()};
   ASSERT_TRUE(prepareFolders(places));
-  struct stat events {};
-  ASSERT_EQ(stat(places.deferralEventsFolder().c_str(), &events), 0);
-  EXPECT_EQ(events.st_mode & 07777, 01777U);
+  EXPECT_EQ(std::filesystem::status(places.deferralEventsFolder()).permissions(), std::filesystem::perms(01777));
   for (const auto& one : {places.supportFolder(), places.logFolder(), places.helperSocket().parent_path()}) {
     chmod(one.c_str(), 0777);
     const auto prepared = prepareFolders(places);

@@ -1,8 +1,7 @@
 #include "helper/patch_decision.h"
 
-#include <gtest/gtest.h>
-
 #include "core/policies/installomator_exit_code.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -69,15 +68,7 @@ TEST(PatchDecision, BelievesTheInstalledVersionAndNotTheExitCode) {
   const ToolEnd saysCurrent{.code = 0, .words = {.saysCurrent = true}};
   const ToolEnd late{.code = 143, .timedOut = true};
   const ToolEnd lateAtDialog{.code = 143, .timedOut = true, .words = {.atDialog = true}};
-  const struct {
-    const char* what;
-    AppInfo before;
-    std::optional<AppInfo> after;
-    ToolEnd end;
-    PatchingStatus status;
-    std::int64_t code;
-    bool installed;
-  } rows[] = {
+  const std::tuple<const char*, AppInfo, std::optional<AppInfo>, ToolEnd, PatchingStatus, std::int64_t, bool> rows[] = {
       {"reached", old, now("2.0"), well, success, 0, true},
       {"beyond", old, now("2.1"), well, success, 0, true},
       {"still the old one", old, now("1.0"), well, failure, -1, false},
@@ -99,13 +90,13 @@ TEST(PatchDecision, BelievesTheInstalledVersionAndNotTheExitCode) {
       {"download failed", old, now("1.0"), {.code = 2}, failure, 2, false},
       {"took too long", old, now("1.0"), late, failure, 143, false},
   };
-  for (const auto& row : rows) {
-    const auto outcome = outcomeOfRun(row.before, row.after, row.end, {});
-    EXPECT_EQ(outcome.status, row.status) << row.what;
-    EXPECT_EQ(outcome.code, row.code) << row.what;
-    EXPECT_EQ(outcome.installed, row.installed) << row.what;
-    const auto& target = row.before.newVersion ? row.before.newVersion : row.end.words.latestVersion;
-    EXPECT_EQ(receiptOf(outcome, Date{}).targetVersion, target) << row.what;
+  for (const auto& [what, before, after, end, status, code, installed] : rows) {
+    const auto outcome = outcomeOfRun(before, after, end, {});
+    EXPECT_EQ(outcome.status, status) << what;
+    EXPECT_EQ(outcome.code, code) << what;
+    EXPECT_EQ(outcome.installed, installed) << what;
+    const auto& target = before.newVersion ? before.newVersion : end.words.latestVersion;
+    EXPECT_EQ(receiptOf(outcome, Date{}).targetVersion, target) << what;
   }
 }
 
@@ -127,10 +118,7 @@ TEST(PatchDecision, ListensToTheToolsWords) {
 }
 
 TEST(PatchDecision, WaitsAsLongAsThePromptIsConfiguredTo) {
-  const struct {
-    const char* options;
-    Duration limit;
-  } rows[] = {
+  const std::pair<const char*, Duration> rows[] = {
       {"", 2h},
       {"BLOCKING_PROCESS_ACTION=tell_user PROMPT_TIMEOUT=86400", 2h},
       {"BLOCKING_PROCESS_ACTION=prompt_user", 25h},
@@ -138,10 +126,10 @@ TEST(PatchDecision, WaitsAsLongAsThePromptIsConfiguredTo) {
       {"BLOCKING_PROCESS_ACTION=prompt_user PROMPT_TIMEOUT=-9", 2h},
       {"BLOCKING_PROCESS_ACTION=prompt_user PROMPT_TIMEOUT=9000000000000000000", 169h},
   };
-  for (const auto& row : rows) {
+  for (const auto& [options, limit] : rows) {
     CorvaneConfiguration config;
-    config.installomatorOptions = row.options;
-    EXPECT_EQ(toolTimeLimit(config), row.limit) << row.options;
+    config.installomatorOptions = options;
+    EXPECT_EQ(toolTimeLimit(config), limit) << options;
   }
 }
 

@@ -1,8 +1,6 @@
 // Whole runs on a small tree: the tool is scripted, time is virtual, bundles and fragments are real files.
 #include "helper/patch_runner.h"
 
-#include <gtest/gtest.h>
-
 #include <cerrno>
 
 #include "core/client/helper_messages.h"
@@ -33,14 +31,7 @@ TEST_F(PatchRunnerFixture, EachEndOfTheToolLeavesItsReceiptAndItsAnswer) {
   const PatchRunAnswer failedAnswer{false, "Updated 0 of 1. Failed: app.", 0};
   const auto ended = [](int code) { return ScriptedChild{.exit = ChildExit{.code = code}, .takes = 1s}; };
   const ScriptedChild forbidden{.exit = failure("CRVChildProcess", EACCES, "no leave")};
-  const struct {
-    const char* what;
-    std::string installs;
-    ScriptedChild child;
-    PatchingStatus status;
-    int code;
-    PatchRunAnswer answer;
-  } rows[] = {
+  const std::tuple<const char*, std::string, ScriptedChild, PatchingStatus, int, PatchRunAnswer> rows[] = {
       {"installed", "2.0", ended(0), PatchingStatus::success, 0, updated},
       {"claimed, but unchanged", "", ended(0), PatchingStatus::failure, -1, failedAnswer},
       {"declined by the user", "", ended(10), PatchingStatus::skipped, 10, {true, "Updated 0 of 1. Skipped: app.", 0}},
@@ -48,19 +39,19 @@ TEST_F(PatchRunnerFixture, EachEndOfTheToolLeavesItsReceiptAndItsAnswer) {
       {"hangs", "", {.takes = 3h}, PatchingStatus::failure, 128 + 15, failedAnswer},
   };
   std::size_t written = 0;
-  for (const auto& row : rows) {
+  for (const auto& [what, installs, child, status, code, expected] : rows) {
     label("app", "1.0", "2.0");
-    plays["app"] = {row.installs, row.child};
+    plays["app"] = {installs, child};
     runToEnd({"app"});
-    EXPECT_EQ(answer->value(), row.answer) << row.what;
-    ASSERT_EQ(receipts.readAllReceipts().size(), ++written) << row.what;
+    EXPECT_EQ(answer->value(), expected) << what;
+    ASSERT_EQ(receipts.readAllReceipts().size(), ++written) << what;
     machine.advance(1s);
     const auto receipt = receipts.readAllReceipts().front();
-    EXPECT_EQ(receipt.status, row.status) << row.what;
-    EXPECT_EQ(receipt.installomatorExitCode, row.code) << row.what;
-    EXPECT_EQ(receipt.targetVersion, "2.0") << row.what;
-    EXPECT_EQ(receipt.version, row.installs.empty() ? "1.0" : row.installs) << row.what;
-    EXPECT_FALSE(files.exists(kRecord)) << row.what;
+    EXPECT_EQ(receipt.status, status) << what;
+    EXPECT_EQ(receipt.installomatorExitCode, code) << what;
+    EXPECT_EQ(receipt.targetVersion, "2.0") << what;
+    EXPECT_EQ(receipt.version, installs.empty() ? "1.0" : installs) << what;
+    EXPECT_FALSE(files.exists(kRecord)) << what;
   }
 }
 

@@ -1,6 +1,6 @@
 #include "helper/run_queue.h"
 
-#include <gtest/gtest.h>
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -8,7 +8,6 @@ namespace {
 ask::StartPatching install(const char* label) { return {.labels = {Label(label)}, .alsoStageLabels = {}}; }
 ask::StartPatching staging(const char* label) { return {.labels = {}, .alsoStageLabels = {Label(label)}}; }
 
-// Starts and finishes what waits, and gives what it was in its order.
 std::string drain(RunQueue& queue) {
   std::string order;
   queue.finished();

@@ -2,7 +2,6 @@
 #include "helper/run_record.h"
 
 #include <fmt/format.h>
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -15,6 +14,7 @@
 #include "platform/scripted/virtual_time.h"
 #include "support/recording_log.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -77,6 +77,12 @@ TEST_F(RunRecordFixture, GivesTheToolItsTimeToTidyUp) {
   settle(kToolStopGrace);
   EXPECT_TRUE(std::filesystem::exists(folder.path() / "tidied"));
   EXPECT_FALSE(processStamp(leader));
+}
+
+TEST_F(RunRecordFixture, ADamagedRecordCountsAsAbsent) {
+  files.put(kRecord, R"({"version":1,"lab)");
+  settle(0ms);
+  EXPECT_EQ(log.count("is damaged and counts as absent"), 1U);
 }
 
 TEST_F(RunRecordFixture, LeavesAloneWhatBearsTheNumberByChance) {

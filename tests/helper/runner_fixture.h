@@ -2,7 +2,6 @@
 // files.
 #pragma once
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,6 +13,7 @@
 #include "platform/scripted/virtual_time.h"
 #include "support/recording_log.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 namespace corvane {
 
@@ -28,7 +28,6 @@ struct RunnerFixture : ::testing::Test {
   ScriptedFiles files{machine.clock()};
   WorkQueue& scans;
   HelperSetting setting;
-  // What the tool does for a label: the version that it leaves, and how it ends.
   struct ToolPlay {
     std::string installs;
     ScriptedChild child;
@@ -111,7 +110,6 @@ struct RunnerFixture : ::testing::Test {
     if (!installed.empty()) install(name, installed);
     offer(name, latest);
   }
-  // A label whose vendor offers `latest`.
   void offer(const std::string& name, const std::string& latest) const {
     folder.write(below(setting.constants.labelsFolder() / (name + ".sh")),
                  name + ")\n    name=\"" + name + "\"\n    type=\"zip\"\n    appNewVersion=\"" + latest +

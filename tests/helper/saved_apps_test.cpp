@@ -1,7 +1,7 @@
 #include "helper/saved_apps.h"
 
-#include <gtest/gtest.h>
 #include "support/scripted_preferences.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {

@@ -1,5 +1,4 @@
 // Installers downloaded ahead: the tool is scripted and leaves real files, time is virtual.
-#include <gtest/gtest.h>
 
 #include "helper/run_desk.h"
 #include "helper/runner_fixture.h"
@@ -40,7 +39,6 @@ struct Staging : RunnerFixture {
     machine.advance(5min);
   }
   [[nodiscard]] bool isStaged() { return staged.find(Label("quill"), "2.0").has_value(); }
-  // What lies in the staging folder, without the records.
   [[nodiscard]] std::vector<std::string> lying() const {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(staged.folder()))
@@ -107,27 +105,21 @@ TEST_F(Staging, OnlyWhatNeedsADownloadIsStagedAndOnlyOnce) {
 }
 
 TEST_F(Staging, WhatDoesNotEndWellLeavesNothing) {
-  const struct {
-    const char* what;
-    std::string leaves;
-    ScriptedChild child;
-    const char* line;
-  } rows[] = {
+  const std::tuple<const char*, std::string, ScriptedChild, const char*> rows[] = {
       {"another team's", "a.zip", {.exit = ChildExit{.code = 5}}, "ended with code 5"},
       {"no download told", "", {}, "told of no download"},
       {"hangs", "a.zip", {.takes = 3h}, "took too long"},
       {"cannot be started", "", {.exit = failure("CRVChildProcess", EACCES, "no leave")}, "no leave"},
   };
-  for (const auto& row : rows) {
-    leaves = row.leaves;
-    download = row.child;
+  for (const auto& [what, archive, child, line] : rows) {
+    leaves = archive;
+    download = child;
     log.clear();
     ask({}, {"quill"});
     machine.advance(kStagingTimeLimit);
-    EXPECT_TRUE(log.holds(row.line)) << row.what;
-    EXPECT_TRUE(lying().empty()) << row.what;
+    EXPECT_TRUE(log.holds(line)) << what;
+    EXPECT_TRUE(lying().empty()) << what;
   }
-  // A name that leads out of the folder is none.
   folder.write("elsewhere", "precious");
   onChild = [](const ChildSpec&) {
     return ScriptedChild{.lines = {"2026-11-22 21:04:42 : INFO  : quill : Downloaded ../../elsewhere – Type is Zip"}};

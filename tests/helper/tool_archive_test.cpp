@@ -1,9 +1,8 @@
 // What is taken of an archive, and what makes it unusable.
 #include "helper/tool_archive.h"
 
-#include <gtest/gtest.h>
-
 #include "helper/packed_tree.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -34,10 +33,7 @@ TEST(ToolArchive, RefusesWhatIsDamagedOrLeadsElsewhere) {
   auto wrongSum = good;
   wrongSum[0] = 'T';
   auto hugeSize = tarEntry("top/a", "one");
-  const struct {
-    const char* what;
-    std::string tar;
-  } rows[] = {
+  const std::pair<const char*, std::string> rows[] = {
       {"climbs", tarEntry("top/../../etc/cron.d/x", "x") + tarEnd()},
       {"absolute", tarEntry("/etc/x", "x") + tarEnd()},
       {"climbs by a long name", extended("path=top/../x") + tarEntry("top/a", "x") + tarEnd()},
@@ -51,7 +47,7 @@ TEST(ToolArchive, RefusesWhatIsDamagedOrLeadsElsewhere) {
       {"another long-name form", tarEntry("top/a", "name", 'L') + tarEnd()},
       {"damaged extended header", tarEntry("x", "99999 path=top/a\n", 'x') + good + tarEnd()},
   };
-  for (const auto& row : rows) EXPECT_FALSE(readToolArchive(gzipped(row.tar), all)) << row.what;
+  for (const auto& [what, tar] : rows) EXPECT_FALSE(readToolArchive(gzipped(tar), all)) << what;
   const auto packed = gzipped(good + tarEnd());
   for (std::size_t size = 0; size < packed.size(); ++size)
     EXPECT_FALSE(readToolArchive(packed.substr(0, size), all)) << "cut off behind " << size;
@@ -65,7 +61,6 @@ TEST(ToolArchive, StopsAtItsLimitsAndNotBefore) {
   for (const auto limits : {ArchiveLimits{exact.unpacked - 1, 2, 600}, ArchiveLimits{exact.unpacked, 1, 600},
                             ArchiveLimits{exact.unpacked, 2, 599}})
     EXPECT_FALSE(readToolArchive(packed, all, limits));
-  // A small archive that unpacks to a large one.
   EXPECT_FALSE(readToolArchive(gzipped(tarEntry("top/a", std::string(70U << 20U, 'x')) + tarEnd()), all));
 }
 

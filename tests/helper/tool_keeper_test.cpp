@@ -1,7 +1,6 @@
 // The tool fetched and put in place: the web and zsh are scripted, time is virtual, files are real.
 #include "helper/tool_keeper.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,6 +10,7 @@
 #include "platform/scripted/virtual_time.h"
 #include "support/recording_log.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -51,7 +51,6 @@ struct ToolKeeperFixture : ::testing::Test {
     keeper->start();
     machine.runUntilIdle();
   }
-  // What the host offers: the script, the label files, and the parts of the tool as fragments.
   void offer(const std::string& kind, const std::string& text, const std::vector<std::string>& labels = {"quill"}) {
     std::string tar =
         testing::tarEntry("Installomator-1/", "", '5') + testing::tarEntry("Installomator-1/Installomator.sh", text);
@@ -92,9 +91,8 @@ TEST_F(ToolKeeperFixture, AMissingToolIsTriedForEveryMinuteAndThenLookedAfterEve
   machine.advance(70s);
   EXPECT_EQ(tool(), script("10.9"));
   EXPECT_EQ(labels(), std::vector<std::string>{"quill"});
-  struct stat state {};
-  ASSERT_EQ(stat(setting.constants.installomatorScript().c_str(), &state), 0);
-  EXPECT_EQ(state.st_mode & 0777, 0755U);
+  EXPECT_EQ(std::filesystem::status(setting.constants.installomatorScript()).permissions(),
+            std::filesystem::perms(0755));
   EXPECT_EQ(children.started().front().arguments.at(1), "-n") << "checked before it is put in place";
   const auto asked = http.requests().size();
   machine.advance(23h);
@@ -109,35 +107,26 @@ TEST_F(ToolKeeperFixture, AMissingToolIsTriedForEveryMinuteAndThenLookedAfterEve
 TEST_F(ToolKeeperFixture, NothingBrokenAndNothingOlderTakesThePlaceOfAWorkingTool) {
   offer("release", script("10.9"));
   start();
-  const auto whole = http.pages.at(std::string(kUrl) + "release");
-  const struct {
-    const char* what;
-    std::function<void()> change;
-  } rows[] = {
+  const auto page = [this]() -> auto& { return http.pages[std::string(kUrl) + "release"]; };
+  const auto whole = page();
+  const std::pair<const char*, std::function<void()>> rows[] = {
       {"older", [&] { offer("release", script("10.8")); }},
       {"older by its date", [&] { offer("release", script("10.9", "2026-07-02")); }},
       {"no version", [&] { offer("release", "#!/bin/zsh\n"); }},
       {"no labels", [&] { offer("release", script("11.0"), {}); }},
-      {"torn",
-       [&] {
-         http.pages[std::string(kUrl) + "release"] = {.status = 200, .body = whole.body.substr(0, 200), .headers = {}};
-       }},
-      {"an error page",
-       [&] { http.pages[std::string(kUrl) + "release"] = {.status = 403, .body = whole.body, .headers = {}}; }},
-      {"damaged syntax",
-       [&] {
-         offer("release", script("11.0"));
-         syntax = 1;
-       }},
+      {"torn", [&] { page() = {.status = 200, .body = whole.body.substr(0, 200), .headers = {}}; }},
+      {"an error page", [&] { page() = {.status = 403, .body = whole.body, .headers = {}}; }},
+      {"damaged syntax", [&] { offer("release", script("11.0")), syntax = 1; }},
   };
-  for (const auto& row : rows) {
-    row.change();
+  for (const auto& [what, change] : rows) {
+    SCOPED_TRACE(what);
+    change();
     log.clear();
     machine.advance(25h);
-    EXPECT_TRUE(log.holds("was not taken")) << row.what;
-    EXPECT_EQ(tool(), script("10.9")) << row.what;
-    EXPECT_EQ(labels(), std::vector<std::string>{"quill"}) << row.what;
-    EXPECT_EQ(leftOvers(), 0U) << row.what;
+    EXPECT_TRUE(log.holds("was not taken"));
+    EXPECT_EQ(tool(), script("10.9"));
+    EXPECT_EQ(labels(), std::vector<std::string>{"quill"});
+    EXPECT_EQ(leftOvers(), 0U);
     syntax = 0;
   }
 }
@@ -180,14 +169,14 @@ TEST_F(ToolKeeperFixture, AnAssembledToolIsTheFragmentsInTheirOrder) {
 TEST_F(ToolKeeperFixture, TheTokenGoesWithTheRequestOnlyWhenItIsSwitchedOnAndNeverToTheLog) {
   setting.config.githubAPIToken = " secret\n";
   start();
-  EXPECT_EQ(std::ranges::count(http.requests().back().headers,
-                               std::pair<std::string, std::string>("Authorization", "Bearer secret")),
-            0);
+  const auto told = [this] {
+    return std::ranges::count(http.requests().back().headers,
+                              std::pair<std::string, std::string>("Authorization", "Bearer secret"));
+  };
+  EXPECT_EQ(told(), 0);
   setting.config.githubAPIAuthEnabled = true;
   machine.advance(70s);
-  EXPECT_EQ(std::ranges::count(http.requests().back().headers,
-                               std::pair<std::string, std::string>("Authorization", "Bearer secret")),
-            1);
+  EXPECT_EQ(told(), 1);
   EXPECT_FALSE(log.holds("secret"));
 }
 

@@ -1,8 +1,7 @@
 #include "helper/tool_output.h"
 
-#include <gtest/gtest.h>
-
 #include "helper/label_evaluation.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -19,10 +18,7 @@ TEST(ToolOutput, BelievesOnlyWhatLooksLikeAVersion) {
 
 TEST(ToolOutput, ReadsVersionsFromTheLinesThatTellThem) {
   const std::string head = "2026-11-22 21:04:42 : INFO  : quill : ";
-  const struct {
-    std::string line;
-    std::optional<std::string> version;
-  } rows[] = {
+  const std::pair<std::string, std::optional<std::string>> rows[] = {
       {head + "Latest version of Quill is 4.1", "4.1"},
       {head + "Latest version of What is new is 4.1", "4.1"},
       {head + "Latest version of Quill is https:", std::nullopt},
@@ -34,7 +30,7 @@ TEST(ToolOutput, ReadsVersionsFromTheLinesThatTellThem) {
       {"Latest version of Quill is 4.1", std::nullopt},  // a page's words, not the tool's
       {"2026-11-22 21:04:42 Latest version of Quill is 4.1", std::nullopt},
   };
-  for (const auto& row : rows) EXPECT_EQ(latestVersionIn(row.line), row.version) << row.line;
+  for (const auto& [line, version] : rows) EXPECT_EQ(latestVersionIn(line), version) << line;
   EXPECT_EQ(blockingProcessIn(head + "found blocking process Quill Agent"), "Quill Agent");
   EXPECT_FALSE(blockingProcessIn("found blocking process Quill"));
 }

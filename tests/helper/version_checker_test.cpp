@@ -1,14 +1,11 @@
 #include "helper/version_checker.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
 #include "platform/scripted/scripted_child_processes.h"
 #include "platform/scripted/scripted_entropy.h"
 #include "platform/scripted/virtual_time.h"
 #include "support/recording_log.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -28,7 +25,6 @@ struct CheckerFixture : ::testing::Test {
   Result<std::optional<std::pair<uid_t, gid_t>>> account = std::nullopt;
   std::optional<VersionAnswers> answers;
 
-  // What each child leaves in the folder for temporary files that it is told of.
   std::vector<std::filesystem::path> downloads;
 
   static std::string valueIn(const ChildSpec& spec, std::string_view key) {
@@ -78,7 +74,6 @@ TEST_F(CheckerFixture, LiteralsNeedNoChildAndGarbageIsNotBelieved) {
 TEST_F(CheckerFixture, RunsAFewAtOnceAndAnswersTheRestAtTheGroupsLimit) {
   takes = 15s;
   std::vector<VersionQuestion> many;
-  // In 80 seconds each child gets through five.
   constexpr auto kMany = 7 * kChildrenAtOnce;
   for (std::size_t i = 0; i < kMany; ++i) {
     const auto label = "l" + std::to_string(i);

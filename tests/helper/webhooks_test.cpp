@@ -1,13 +1,12 @@
 // What chats are told of runs, and what happens when they do not listen.
 #include "helper/webhooks.h"
 
-#include <gtest/gtest.h>
-
 #include "base/json.h"
 #include "core/client/helper_messages.h"
 #include "platform/scripted/scripted_http_client.h"
 #include "platform/scripted/virtual_time.h"
 #include "support/recording_log.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -59,21 +58,17 @@ TEST(WebhookMessage, IsWorthSendingAsTheSettingsSay) {
   const RunReport idle{.outcomes = {current("pen")}};
   const RunReport broken{.outcomes = {}, .error = helperError(HelperErrorCode::notReady, "Installomator not found")};
   const RunReport cutOff{.outcomes = {failed("stamp")}, .error = helperError(HelperErrorCode::stopping, "stopping")};
-  const struct {
-    const RunReport& report;
-    bool failures;
-    bool all;
-  } rows[] = {
+  const std::tuple<const RunReport&, bool, bool> rows[] = {
       {good, false, true}, {bad, true, true}, {idle, false, false}, {broken, true, true}, {cutOff, false, false}};
   CorvaneConfiguration config;
-  for (const auto& row : rows) {
+  for (const auto& [report, failures, all] : rows) {
     const auto told = [&](WebhookFeature feature) {
       config.webhookFeature = feature;
-      return webhookMessage(row.report, config, "mac").has_value();
+      return webhookMessage(report, config, "mac").has_value();
     };
     EXPECT_FALSE(told(WebhookFeature::off));
-    EXPECT_EQ(told(WebhookFeature::failures), row.failures);
-    EXPECT_EQ(told(WebhookFeature::all), row.all);
+    EXPECT_EQ(told(WebhookFeature::failures), failures);
+    EXPECT_EQ(told(WebhookFeature::all), all);
   }
   config.webhookFeature = WebhookFeature::all;
   const auto message = webhookMessage(bad, config, "mac-7").value();

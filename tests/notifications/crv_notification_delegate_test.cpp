@@ -1,17 +1,12 @@
 #include "notifications/crv_notification_delegate.h"
 
-#include <gmock/gmock.h>
-
 #include "core/records/notifications.h"
 #include "notifications/notifications_fixture.h"
 
 namespace corvane {
 namespace {
 
-using ::testing::ElementsAre;
-
-class DelegateTest : public testing::NotificationsTest {
- protected:
+struct DelegateTest : testing::NotificationsTest {
   void show(const char* identifier, std::map<std::string, std::string> userInfo) {
     service.add({.identifier = identifier, .sound = true, .userInfo = std::move(userInfo)}, [](const Status&) {});
   }

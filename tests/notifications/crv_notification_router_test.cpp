@@ -1,19 +1,14 @@
 #include "notifications/crv_notification_router.h"
 
-#include <gmock/gmock.h>
-
 #include "notifications/notifications_fixture.h"
 
 namespace corvane {
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using Request = PersistentNotificationRequest;
 using Operation = PersistentNotificationRequest::Operation;
 
-class RouterTest : public testing::NotificationsTest {
- protected:
+struct RouterTest : testing::NotificationsTest {
   void post(NotificationContent content) {
     router.post(content, config(), [this](Status status) { outcome = std::move(status); });
     time().runUntilIdle();
@@ -27,7 +22,6 @@ class RouterTest : public testing::NotificationsTest {
             .showsDeferralPrompt = true,
             .fireDate = fireDate};
   }
-  // How long the caller waits; absent when it still does.
   std::optional<Duration> resumedAfter(Operation operation) {
     std::optional<Date> resumed;
     const auto start = time().now();

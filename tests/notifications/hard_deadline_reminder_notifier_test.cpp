@@ -1,18 +1,13 @@
 #include "notifications/hard_deadline_reminder_notifier.h"
 
-#include <gmock/gmock.h>
-
 #include "notifications/notifications_fixture.h"
 
 namespace corvane {
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using Reminder = HardDeadlineReminderNotifier::Reminder;
 
-class ReminderTest : public testing::NotificationsTest {
- protected:
+struct ReminderTest : testing::NotificationsTest {
   void scheduleFor(Date enforcement, std::int64_t pending) {
     notifier.schedule(HardDeadlineReminderNotifier::reminders(enforcement, time().now()), enforcement, pending,
                       Calendar::utc());

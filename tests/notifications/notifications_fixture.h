@@ -1,24 +1,17 @@
 // A router on virtual time, over a notification service and a notifier that do as they are told.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "notifications/crv_notification_router.h"
 #include "platform/scripted/scripted_child_processes.h"
 #include "platform/scripted/scripted_own_bundle.h"
 #include "platform/scripted/scripted_user_notifications.h"
 #include "support/scripted_preferences.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 namespace corvane::testing {
 
-class NotificationsTest : public ::testing::Test {
- protected:
+struct NotificationsTest : ::testing::Test {
   static constexpr const char* kNotifier =
       "Contents/Helpers/Corvane Notification.app/Contents/MacOS/Corvane Notification";
 

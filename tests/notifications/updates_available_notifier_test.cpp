@@ -1,7 +1,5 @@
 #include "notifications/updates_available_notifier.h"
 
-#include <gmock/gmock.h>
-
 #include "notifications/notifications_fixture.h"
 #include "platform/scripted/scripted_application.h"
 #include "platform/scripted/scripted_locale.h"
@@ -9,16 +7,11 @@
 namespace corvane {
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-
-class UpdatesAvailableTest : public testing::NotificationsTest {
- protected:
+struct UpdatesAvailableTest : testing::NotificationsTest {
   void notify(std::int64_t open, std::int64_t total, bool waitForACPower = false) {
     notifier.notify({.open = open, .total = total, .closedAppsWaitForACPower = waitForACPower});
     time().runUntilIdle();
   }
-  // Titles of what was shown since the last look.
   std::vector<std::string> shown() {
     std::vector<std::string> titles;
     for (auto& one : std::exchange(service.added, {})) titles.push_back(std::move(one.title));
@@ -27,24 +20,13 @@ class UpdatesAvailableTest : public testing::NotificationsTest {
 
   ScriptedApplication application;
   ScriptedLocale locale;
-  UpdatesAvailableNotifier notifier{{.router = router,
-                                     .preferences = world.preferences,
-                                     .application = application,
-                                     .clock = world.machine.clock(),
-                                     .locale = locale,
-                                     .log = world.log}};
+  UpdatesAvailableNotifier notifier{{router, world.preferences, application, world.machine.clock(), locale, world.log}};
 };
 
 TEST_F(UpdatesAvailableTest, theToastTellsOpenAndClosedApps) {
-  struct Case {
-    std::int64_t open, total;
-    bool elsewhere;
-    const char* title;
-    const char* body;
-  };
   constexpr auto kOne = "Corvane: 1 open app needs updating";
   constexpr auto kTwo = "Corvane: 2 open apps need updating";
-  const Case cases[] = {
+  const std::tuple<std::int64_t, std::int64_t, bool, const char*, const char*> cases[] = {
       {1, 1, false, kOne, "Quit the app or open Corvane to update now."},
       {1, 0, true, kOne, "Quit the app or open Corvane to update now."},
       {2, 2, true, kTwo, "Quit the apps or open Corvane to update now."},

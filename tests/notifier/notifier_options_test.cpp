@@ -1,14 +1,10 @@
 #include "notifier/notifier_options.h"
 
-#include <gmock/gmock.h>
-
 #include "notifications/base64.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 TEST(NotifierOptions, takeExactlyOneRequest) {
   const PersistentNotificationRequest request{.identifier = "a", .title = "Title"};

@@ -1,29 +1,18 @@
 #include "platform/dbus/bus_link.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <atomic>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "platform/dbus/bus_call.h"
 #include "platform/dbus/bus_name_watch.h"
-#include "platform/uv/uv_work_queue.h"
-#include "support/private_bus.h"
-#include "support/real_loop.h"
+#include "support/bus_test.h"
 
 namespace corvane::testing {
 
 namespace {
 
-using ::testing::ElementsAre;
-
 constexpr const char* kName = "org.example.Abacus";
 constexpr const char* kPath = "/org/example/Abacus";
 constexpr const char* kInterface = "org.example.Abacus1";
-constexpr BusHabits kBrisk{.firstRetry = 5ms, .lastRetry = 20ms};
 
 BusCall abacus(const char* method, const std::string& owner = kName) {
   return {.object = {.owner = owner, .path = kPath, .interface = kInterface}, .method = method};
@@ -31,16 +20,10 @@ BusCall abacus(const char* method, const std::string& owner = kName) {
 
 }  // namespace
 
-class BusLinkTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    if (!isInstalled(PrivateBus::kDaemon)) GTEST_SKIP() << "needs dbus-daemon";
-    ASSERT_TRUE(bus_.works());
-  }
+struct BusLinkTest : BusTest {
   [[nodiscard]] std::unique_ptr<BusLink> link(std::optional<std::string> address) {
     return std::make_unique<BusLink>(loop_.loop(), loop_.mainQueue(), work_, std::move(address), kBrisk);
   }
-  // A service that adds, refuses, and signals.
   std::unique_ptr<BusService> serve() {
     auto service = std::make_unique<BusService>(bus_, kName);
     auto& object = service->at(kPath);
@@ -67,10 +50,6 @@ class BusLinkTest : public ::testing::Test {
     EXPECT_TRUE(loop_.wait([&] { return sum.has_value(); }));
     return sum.value_or(0);
   }
-
-  PrivateBus bus_;
-  RealLoop loop_;
-  UvWorkQueue work_;
 };
 
 TEST_F(BusLinkTest, CallsAreAnsweredAndFailuresAreTold) {
@@ -139,7 +118,6 @@ TEST_F(BusLinkTest, SignalsAreHeardUntilTheLeaseEnds) {
   EXPECT_THAT(heard, ElementsAre("first", "last"));
   EXPECT_THAT(misread, ::testing::IsEmpty());
 
-  // And the other way round.
   auto listener = sdbus::createSessionBusConnectionWithAddress(bus_.address());
   std::atomic<int> strokes = 0;
   listener->addMatch(
@@ -175,7 +153,6 @@ TEST_F(BusLinkTest, ABusThatWasLostIsFoundAgainWithItsSignalsAndNames) {
   auto service = serve();
   ASSERT_TRUE(loop_.wait([&] { return name.owner().has_value(); }));
 
-  // A call that is out when the bus goes fails at once.
   auto silent = std::make_unique<BusService>(bus_, "org.example.Silent");
   std::optional<int> code;
   ask<int>(

@@ -1,32 +1,18 @@
 #include "platform/dbus/bus_sole_process.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <string>
 #include <thread>
-#include <vector>
 
-#include "support/private_bus.h"
-#include "support/real_loop.h"
+#include "support/bus_test.h"
 
 namespace corvane::testing {
 
 namespace {
 
-using ::testing::ElementsAre;
-
 constexpr const char* kName = "org.example.Sole";
 
 }  // namespace
 
-class BusSoleProcessTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    if (!isInstalled(PrivateBus::kDaemon)) GTEST_SKIP() << "needs dbus-daemon";
-    ASSERT_TRUE(bus_.works());
-  }
+struct BusSoleProcessTest : BusTest {
   // Another process would wait for our answer, so it is played on a thread while our loop turns.
   Status handOver(const std::string& message) {
     std::optional<Status> taken;
@@ -43,8 +29,6 @@ class BusSoleProcessTest : public ::testing::Test {
     return taken.value_or(failure("test", 0, "never answered"));
   }
 
-  PrivateBus bus_;
-  RealLoop loop_;
   BusSoleProcess sole_{loop_.loop(), bus_.address(), kName};
   std::vector<std::string> received_;
   bool lost_ = false;

@@ -1,6 +1,5 @@
 #include "platform/posix/child_helper_registration.h"
 
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -14,6 +13,7 @@
 #include "support/helper_registration_contract.h"
 #include "support/real_loop.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 namespace corvane::testing {
 
@@ -57,12 +57,10 @@ class ChildWorld {
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Child, HelperRegistrationContract, ChildWorld);
 
-class ChildHelperRegistrationTest : public ::testing::Test {
- protected:
+struct ChildHelperRegistrationTest : ::testing::Test {
   ~ChildHelperRegistrationTest() override {
     if (const auto pid = recordedPid(); pid > 1 && processStamp(pid)) ::kill(pid, SIGKILL);
   }
-  // Tells by a file that it is up, so that a test need not wait blindly.
   void writeHelper(const std::string& body) {
     folder_.writeExecutable("Helper", "#!/bin/sh\n" + body);
     std::filesystem::remove(folder_.path() / "up");

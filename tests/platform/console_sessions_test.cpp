@@ -1,31 +1,19 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <unistd.h>
 #include <utmpx.h>
 
-#include <algorithm>
 #include <atomic>
 #include <cstring>
-#include <memory>
 #include <mutex>
-#include <string>
-#include <vector>
 
 #include "platform/dbus/login_console_sessions.h"
 #include "platform/linux/utmp_console_sessions.h"
 #include "platform/scripted/scripted_surroundings.h"
-#include "platform/uv/uv_work_queue.h"
-#include "support/private_bus.h"
-#include "support/real_loop.h"
+#include "support/bus_test.h"
 #include "support/temporary_folder.h"
 
 namespace corvane::testing {
 
 namespace {
-
-using ::testing::IsEmpty;
-using ::testing::Optional;
-using ::testing::UnorderedElementsAre;
 
 constexpr const char* kName = "org.freedesktop.login1";
 constexpr const char* kManager = "org.freedesktop.login1.Manager";
@@ -40,7 +28,6 @@ struct Login {
   Date since = kMorning;
 };
 
-// A login manager at which a test logs people in and out.
 class LoginManager {
  public:
   explicit LoginManager(const PrivateBus& bus)
@@ -113,14 +100,9 @@ std::string record(short type, const char* line, const char* user, const char* h
 
 }  // namespace
 
-class LoginConsoleSessionsTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    if (!isInstalled(PrivateBus::kDaemon)) GTEST_SKIP() << "needs dbus-daemon";
-    ASSERT_TRUE(bus_.works());
-  }
+struct LoginConsoleSessionsTest : BusLinkedTest {
   bool become(const ConsoleSessions& sessions, std::vector<std::string> users) {
-    return loop_.wait([&] {
+    return wait([&] {
       const auto now = sessions.sessions();
       if (!now) return false;
       std::vector<std::string> names;
@@ -130,10 +112,6 @@ class LoginConsoleSessionsTest : public ::testing::Test {
     });
   }
 
-  PrivateBus bus_;
-  RealLoop loop_;
-  UvWorkQueue work_;
-  BusLink link_{loop_.loop(), loop_.mainQueue(), work_, bus_.address(), {.firstRetry = 5ms, .lastRetry = 20ms}};
   ScriptedConsoleSessions list_;
 };
 
@@ -174,16 +152,11 @@ TEST_F(LoginConsoleSessionsTest, ComingAndGoingIsHeard) {
   manager.reset();
   bus_.end();
   EXPECT_TRUE(become(sessions, {"listed"})) << "without a bus";
+  list_.known.reset();
+  EXPECT_EQ(sessions.sessions(), std::nullopt);
 }
 
-TEST_F(LoginConsoleSessionsTest, WithoutAManagerOrItsListTheOtherSourceTells) {
-  list_.known = std::vector{ConsoleSession{.user = "listed"}};
-  BusLink none(loop_.loop(), loop_.mainQueue(), work_, std::nullopt);
-  const LoginConsoleSessions lonely(none, list_);
-  EXPECT_TRUE(become(lonely, {"listed"}));
-  list_.known.reset();
-  EXPECT_EQ(lonely.sessions(), std::nullopt);
-
+TEST_F(LoginConsoleSessionsTest, WithoutTheManagersListTheOtherSourceTells) {
   LoginManager manager(bus_);
   manager.refuses = true;
   manager.answer();

@@ -1,18 +1,15 @@
 #include "platform/uv/uv_file_watch.h"
 
-#include <gtest/gtest.h>
-
 #include "support/real_loop.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 namespace corvane::testing {
 
-class UvFileWatchTest : public ::testing::Test {
- protected:
+struct UvFileWatchTest : ::testing::Test {
   [[nodiscard]] Lease watch(const std::filesystem::path& folder) {
     return watch_.watch(folder, [this] { ++heard_; });
   }
-  // How often the watch spoke since the last question.
   int heard() {
     loop_.look();
     return std::exchange(heard_, 0);

@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 
 #include <thread>
-#include <vector>
 
 #include "platform/posix/posix_files.h"
 #include "platform/scripted/scripted_files.h"
@@ -51,31 +50,11 @@ TEST(PosixFilesTest, NewFilesHaveTheirModeAndLinesOfThreadsStayWhole) {
         for (int i = 0; i < 50; ++i) EXPECT_TRUE(files.append(file, std::string(200, c) + "\n", 0600));
       });
   }
-  struct stat found {};
-  ASSERT_EQ(::stat(file.c_str(), &found), 0);
-  EXPECT_EQ(found.st_mode & 0777U, 0600U);
+  EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms(0600));
   std::istringstream lines(TemporaryFolder::read(file));
   int count = 0;
   for (std::string line; std::getline(lines, line); ++count) EXPECT_EQ(line, std::string(200, line.front()));
   EXPECT_EQ(count, 200);
-}
-
-TEST(ScriptedFilesTest, TheCountedCallFailsAndChangesNothing) {
-  VirtualMachine machine;
-  for (std::size_t k = 1; k <= 3; ++k) {
-    ScriptedFiles files(machine.clock());
-    files.put("/a/file", "old");
-    files.failCall(k, ENOSPC);
-    std::vector<int> codes;
-    for (const auto* text : {"1", "2", "3"}) {
-      const auto status = files.append("/a/file", text, 0644);
-      codes.push_back(status ? 0 : status.error().code);
-    }
-    std::vector<int> expected(3, 0);
-    expected[k - 1] = ENOSPC;
-    EXPECT_EQ(codes, expected);
-    EXPECT_EQ(files.content("/a/file")->size(), 5U);
-  }
 }
 
 }  // namespace corvane::testing

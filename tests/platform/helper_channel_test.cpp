@@ -1,7 +1,5 @@
 #include "platform/uv/uv_helper_channel.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -13,6 +11,7 @@
 #include "platform/uv/socket_address.h"
 #include "support/real_loop.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 #include "support/unix_socket.h"
 
 namespace corvane::testing {
@@ -67,8 +66,7 @@ class OneAnswerServer {
 
 }  // namespace
 
-class UvHelperChannelTest : public ::testing::Test {
- protected:
+struct UvHelperChannelTest : ::testing::Test {
   Result<std::string> ask(std::string body) {
     UvHelperChannel channel(loop_.loop(), loop_.mainQueue(), socket_);
     std::optional<Result<std::string>> answer;
@@ -124,31 +122,6 @@ TEST_F(UvHelperChannelTest, AChannelMayDieWithRequestsOpen) {
     loop_.turn();
   }
   loop_.turn();
-}
-
-TEST(ScriptedHelperChannelTest, AnswersHangsAndDies) {
-  VirtualMachine machine;
-  ScriptedHelperChannel channel(machine.main());
-  std::vector<std::string> heard;
-  const auto ask = [&](const std::string& body) {
-    channel.request(body,
-                    [&](Result<std::string> got) { heard.push_back(got ? *got : std::to_string(got.error().code)); });
-  };
-  ask("nobody");
-  machine.runUntilIdle();
-  EXPECT_THAT(heard, ::testing::ElementsAre("1"));
-  channel.setHandler([](const std::string& body) {
-    return body == "hang" ? ScriptedAnswer{.body = std::nullopt} : ScriptedAnswer{.body = body + "!", .takes = 2s};
-  });
-  ask("a");
-  ask("hang");
-  machine.advance(1s);
-  EXPECT_EQ(heard.size(), 1U);
-  machine.advance(1s);
-  EXPECT_THAT(heard, ::testing::ElementsAre("1", "a!"));
-  channel.hangUp();
-  machine.runUntilIdle();
-  EXPECT_THAT(heard, ::testing::ElementsAre("1", "a!", "2"));
 }
 
 }  // namespace corvane::testing

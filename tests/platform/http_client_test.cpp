@@ -1,31 +1,17 @@
 #include "platform/http_client.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-
-#include <filesystem>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "platform/net/curl_http_client.h"
 #include "support/environment_variable.h"
 #include "support/real_loop.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 #include "support/web_server.h"
 
 namespace corvane::testing {
 
-using ::testing::AllOf;
-using ::testing::Contains;
-using ::testing::HasSubstr;
-using ::testing::Key;
-using ::testing::Not;
-using ::testing::Pair;
-
-class HttpClientTest : public ::testing::Test {
- protected:
+struct HttpClientTest : ::testing::Test {
   using Answer = Result<HttpAnswer>;
 
   Answer send(HttpRequest request) {
@@ -192,9 +178,7 @@ TEST_F(HttpClientTest, ADownloadIsAFileForItsOwnerOnly) {
   EXPECT_EQ(answer->body, "");
   EXPECT_EQ(TemporaryFolder::read(file_), "#!/bin/zsh");
   EXPECT_EQ(TemporaryFolder::read(elsewhere), "mine");
-  struct stat found {};
-  ASSERT_EQ(::lstat(file_.c_str(), &found), 0);
-  EXPECT_EQ(found.st_mode & 07777U, 0600U);
+  EXPECT_EQ(std::filesystem::symlink_status(file_).permissions(), std::filesystem::perms(0600));
 }
 
 TEST_F(HttpClientTest, ADownloadThatFailedLeavesNoFile) {

@@ -1,23 +1,13 @@
 #include "platform/dbus/launcher_entry.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <map>
 #include <mutex>
-#include <string>
-#include <vector>
 
 #include "platform/posix/process_application.h"
-#include "platform/uv/uv_work_queue.h"
-#include "support/private_bus.h"
-#include "support/real_loop.h"
+#include "support/bus_test.h"
 
 namespace corvane::testing {
 
 namespace {
-
-using ::testing::ElementsAre;
 
 constexpr const char* kInterface = "com.canonical.Unity.LauncherEntry";
 
@@ -53,18 +43,7 @@ class Dock {
 
 }  // namespace
 
-class LauncherEntryTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    if (!isInstalled(PrivateBus::kDaemon)) GTEST_SKIP() << "needs dbus-daemon";
-    ASSERT_TRUE(bus_.works());
-  }
-
-  PrivateBus bus_;
-  RealLoop loop_;
-  UvWorkQueue work_;
-  BusLink link_{loop_.loop(), loop_.mainQueue(), work_, bus_.address(), {.firstRetry = 5ms, .lastRetry = 20ms}};
-};
+using LauncherEntryTest = BusLinkedTest;
 
 TEST_F(LauncherEntryTest, TheBadgeOfTheApplicationIsDrawnByTheDock) {
   Dock dock(bus_);

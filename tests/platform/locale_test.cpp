@@ -1,11 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <vector>
-
 #include "platform/linux/linux_locale.h"
 #include "platform/scripted/scripted_locale.h"
 #include "support/environment_variable.h"
+#include "support/test.h"
 
 namespace corvane::testing {
 

@@ -1,12 +1,8 @@
 // The small services of a POSIX machine: trust in folders, the session's lock, the own bundle, chance.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <memory>
-#include <set>
 #include <thread>
 
 #include "base/plist.h"
@@ -17,10 +13,9 @@
 #include "platform/posix/system_entropy.h"
 #include "platform/scripted/scripted_entropy.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 namespace corvane::testing {
-
-using ::testing::HasSubstr;
 
 TEST(FolderOwnershipTest, OnlyAFolderOfOursThatNobodyElseMayWriteToIsTrusted) {
   TemporaryFolder folder;

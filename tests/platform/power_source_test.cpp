@@ -1,15 +1,13 @@
-#include <gtest/gtest.h>
-
 #include <fstream>
 
 #include "platform/linux/sys_power_source.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 namespace corvane::testing {
 namespace {
 
-class PowerSourceTest : public ::testing::Test {
- protected:
+struct PowerSourceTest : ::testing::Test {
   void put(const char* supply, const char* file, const char* text) {
     std::filesystem::create_directories(folder_.path() / supply);
     std::ofstream(folder_.path() / supply / file) << text << '\n';

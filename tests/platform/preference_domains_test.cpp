@@ -1,12 +1,10 @@
 #include "support/preference_domains_contract.h"
 
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <thread>
-#include <vector>
 
 #include "base/atomic_file.h"
 #include "platform/posix/posix_preference_domains.h"
@@ -60,8 +58,7 @@ class ScriptedWorld {
 INSTANTIATE_TYPED_TEST_SUITE_P(Posix, PreferenceDomainsContract, RealWorld);
 INSTANTIATE_TYPED_TEST_SUITE_P(Scripted, PreferenceDomainsContract, ScriptedWorld);
 
-class PosixPreferenceDomainsTest : public ::testing::Test {
- protected:
+struct PosixPreferenceDomainsTest : ::testing::Test {
   std::vector<std::string> filesInFolder() {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(folder_.path()))
@@ -78,9 +75,7 @@ class PosixPreferenceDomainsTest : public ::testing::Test {
 
 TEST_F(PosixPreferenceDomainsTest, TheFormAndTheModeOfTheFileAreKept) {
   ASSERT_TRUE(domains_.changeUser([](PlistDict& values) { values["A"] = 1; }));
-  struct stat found {};
-  ASSERT_EQ(::stat(user_.c_str(), &found), 0);
-  EXPECT_EQ(found.st_mode & 0777U, 0600U);
+  EXPECT_EQ(std::filesystem::status(user_).permissions(), std::filesystem::perms(0600));
   EXPECT_EQ(parsePlist(TemporaryFolder::read(user_))->format, PlistFormat::binary);
 
   folder_.write("d.plist", writePlist(PlistValue(PlistDict{{"A", 2}}), PlistFormat::xml).value());
@@ -89,8 +84,7 @@ TEST_F(PosixPreferenceDomainsTest, TheFormAndTheModeOfTheFileAreKept) {
   const auto written = parsePlist(TemporaryFolder::read(user_));
   EXPECT_EQ(written->format, PlistFormat::xml);
   EXPECT_EQ(*written->root.dict(), (PlistDict{{"A", 2}, {"B", true}}));
-  ASSERT_EQ(::stat(user_.c_str(), &found), 0);
-  EXPECT_EQ(found.st_mode & 0777U, 0640U);
+  EXPECT_EQ(std::filesystem::status(user_).permissions(), std::filesystem::perms(0640));
 }
 
 TEST_F(PosixPreferenceDomainsTest, ADamagedFileIsEmptyToldOnceAndSetAside) {

@@ -3,8 +3,6 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <map>
-
 #include "base/plist.h"
 #include "platform/child_processes.h"
 #include "platform/linux/linux_running_applications.h"
@@ -21,7 +19,6 @@ namespace corvane::testing {
 
 namespace {
 
-// A bundle's executable is a copy of sleep: a real binary that does nothing.
 class RealWorld {
  public:
   RunningApplications& applications() { return applications_; }
@@ -65,8 +62,7 @@ class ScriptedWorld {
 };
 
 // A recorded process table, so that odd processes can be had without starting them.
-class RecordedTable : public ::testing::Test {
- protected:
+struct RecordedTable : ::testing::Test {
   void record(pid_t pid, const std::string& executable, const std::vector<std::string>& arguments) {
     const auto folder = std::filesystem::path("proc") / std::to_string(pid);
     std::string line;

@@ -1,15 +1,9 @@
 #include "platform/dbus/upower_source.h"
 
-#include <gtest/gtest.h>
-
 #include <atomic>
-#include <memory>
-#include <string>
 
 #include "platform/scripted/scripted_surroundings.h"
-#include "platform/uv/uv_work_queue.h"
-#include "support/private_bus.h"
-#include "support/real_loop.h"
+#include "support/bus_test.h"
 
 namespace corvane::testing {
 
@@ -17,7 +11,6 @@ namespace {
 
 constexpr const char* kName = "org.freedesktop.UPower";
 
-// A power service whose battery a test plugs and unplugs.
 class PowerService {
  public:
   PowerService(const PrivateBus& bus, bool onBattery)
@@ -38,20 +31,11 @@ class PowerService {
 
 }  // namespace
 
-class UPowerSourceTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    if (!isInstalled(PrivateBus::kDaemon)) GTEST_SKIP() << "needs dbus-daemon";
-    ASSERT_TRUE(bus_.works());
-  }
+struct UPowerSourceTest : BusLinkedTest {
   bool becomes(const PowerSource& source, bool onAC) {
-    return loop_.wait([&] { return source.isOnACPower() == onAC; });
+    return wait([&] { return source.isOnACPower() == onAC; });
   }
 
-  PrivateBus bus_;
-  RealLoop loop_;
-  UvWorkQueue work_;
-  BusLink link_{loop_.loop(), loop_.mainQueue(), work_, bus_.address(), {.firstRetry = 5ms, .lastRetry = 20ms}};
   ScriptedPowerSource kernel_;
 };
 
@@ -72,21 +56,6 @@ TEST_F(UPowerSourceTest, TheServicesWordCountsAndIsKeptCurrent) {
   service.reset();
   bus_.end();
   EXPECT_TRUE(becomes(source, true)) << "without a bus";
-}
-
-TEST_F(UPowerSourceTest, WithoutAServiceTheKernelTells) {
-  bus_.makeStartable(kName, "/bin/false");
-  BusLink none(loop_.loop(), loop_.mainQueue(), work_, std::nullopt);
-  const UPowerSource lonely(none, kernel_);
-  const UPowerSource waiting(link_, kernel_);
-  for (const bool onAC : {true, false}) {
-    kernel_.onACPower = onAC;
-    for (const auto* source : {&lonely, &waiting}) {
-      EXPECT_EQ(source->isOnACPower(), onAC);
-      loop_.look();
-      EXPECT_EQ(source->isOnACPower(), onAC);
-    }
-  }
 }
 
 TEST_F(UPowerSourceTest, AnAnswerThatIsNoneIsNotBelieved) {

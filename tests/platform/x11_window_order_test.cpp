@@ -1,19 +1,14 @@
 #include "platform/linux/x11_window_order.h"
 
-#include <gtest/gtest.h>
 #include <poll.h>
 #include <xcb/xcb.h>
 
-#include <chrono>
 #include <cstdlib>
-#include <functional>
-#include <string>
-#include <string_view>
-#include <vector>
 
 #include "support/environment_variable.h"
 #include "support/started_program.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 namespace corvane::testing {
 
@@ -94,9 +89,7 @@ class Client {
 
 }  // namespace
 
-// A screen of its own, on a display number that the server chooses.
-class X11WindowOrderTest : public ::testing::Test {
- protected:
+struct X11WindowOrderTest : ::testing::Test {
   void SetUp() override {
     if (!isInstalled(kServer) || !isInstalled(kManager)) GTEST_SKIP() << "needs Xvfb and openbox";
     const auto number = firstLineOf([&](int line) {

@@ -4,8 +4,7 @@
 namespace corvane {
 namespace {
 
-class PromptTest : public WorkflowTest {
- protected:
+struct PromptTest : WorkflowTest {
   void ask(DeferralPromptHost host = DeferralPromptHost::standalone) {
     buildWith({outdated("a"), outdated("b")});
     prompt = std::make_unique<DeferralPromptController>(*model, services);

@@ -5,8 +5,7 @@
 namespace corvane {
 namespace {
 
-class InstallConfirmationTest : public WorkflowTest {
- protected:
+struct InstallConfirmationTest : WorkflowTest {
   InstallConfirmationTest() {
     buildWith({outdated("a")});
     confirmation = std::make_unique<InstallConfirmationController>(*model, services);

@@ -1,9 +1,8 @@
 #include "presentation/keyed_diff.h"
 
-#include <gtest/gtest.h>
-
 #include <random>
-#include <string>
+
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -65,17 +64,6 @@ TEST(KeyedDiff, LeadsFromAnyListToAnyOther) {
     const auto to = list();
     ASSERT_EQ(replayed(from, to, keyedDiff(from, to)), to);
   }
-}
-
-TEST(KeyedDiff, TellsEachStepBeforeAndAfterItsChange) {
-  Rows rows{{"a"}, {"b"}};
-  const Rows target{{"b", 1}, {"c"}};
-  std::vector<std::size_t> sizes;
-  applyKeyedDiff(
-      rows, target, [&](const ListStep&) { sizes.push_back(rows.size()); },
-      [&](const ListStep&) { sizes.push_back(rows.size()); });
-  EXPECT_EQ(rows, target);
-  EXPECT_EQ(sizes, (std::vector<std::size_t>{2, 1, 1, 1, 1, 2}));  // remove a, update b, insert c
 }
 
 }  // namespace

@@ -2,14 +2,10 @@
 #include "sample/catalogue.h"
 
 #include <fmt/format.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <set>
-#include <string>
 
 #include "sample/label_writer.h"
 #include "sample/tar_writer.h"
+#include "support/test.h"
 
 namespace corvane::sample {
 namespace {
@@ -37,31 +33,6 @@ TEST(Catalogue, IsLargeEnoughAndHasNoNameTwice) {
 TEST(Catalogue, TeamsAreTenCharactersSoThatTheToolFindsThem) {
   for (const auto& app : installedApplications()) EXPECT_TRUE(app.team.empty() || isTeam(app.team)) << app.name;
   for (const auto& label : labelCatalogue()) EXPECT_TRUE(isTeam(label.team)) << label.label;
-}
-
-TEST(LabelFragment, HasHeadLiteralsAndEnd) {
-  const LabelSpec label{.label = "quill",
-                        .name = "Quill",
-                        .latest = "2.4",
-                        .team = "QU1LLHAVN0",
-                        .alias = "quillapp",
-                        .blockingProcesses = "Quill|Quill Agent"};
-  EXPECT_EQ(labelFragment(label, "http://127.0.0.1:5000"),
-            "quillapp|\\\nquill)\n"
-            "    name=\"Quill\"\n"
-            "    type=\"dmg\"\n"
-            "    downloadURL=\"http://127.0.0.1:5000/download/quill.dmg\"\n"
-            "    appNewVersion=$(curl -fsL \"http://127.0.0.1:5000/quill/version.txt\")\n"
-            "    expectedTeamID=\"QU1LLHAVN0\"\n"
-            "    blockingProcesses=( \"Quill\" \"Quill Agent\" )\n"
-            "    ;;\n");
-}
-
-TEST(TarWriter, RefusesPathsThatUstarCannotHold) {
-  TarWriter tar;
-  tar.file(std::string(150, 'd') + "/" + std::string(100, 'n'), "x", 0644);
-  EXPECT_EQ(tar.finish().size(), 4U * 512);
-  EXPECT_ANY_THROW(tar.file(std::string(150, 'd') + "/" + std::string(101, 'n'), "x", 0644));
 }
 
 }  // namespace

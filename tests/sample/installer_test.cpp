@@ -1,7 +1,7 @@
 // The installer tool, run as a program on a fresh sample with its vendors.
-#include <gmock/gmock.h>
 
 #include "sample/catalogue.h"
+#include "support/test.h"
 #include "tests/sample/sample_fixture.h"
 
 namespace corvane::sample {
@@ -9,14 +9,8 @@ namespace {
 
 using testing::HasSubstr;
 
-struct Expected {
-  std::string_view label;
-  int code;
-  std::string_view says;
-};
-
 TEST_F(SampleTest, RunsEndWithTheCodeAndLineOfTheirCase) {
-  const Expected runs[] = {
+  const std::tuple<std::string_view, int, std::string_view> runs[] = {
       {"larkspurnotes", 0, "No newer version."},
       {"nosuchlabel", 1, "unknown label"},
       {"zzdamaged", 1, "unknown label"},
@@ -32,10 +26,10 @@ TEST_F(SampleTest, RunsEndWithTheCodeAndLineOfTheirCase) {
       {"gorsecharts", 0, "Latest version of Gorse Charts is 2.1.7"},
       {"juniperbackup", 0, "could not determine location of Juniper Backup.app"},
   };
-  for (const auto& run : runs) {
-    const auto outcome = install(run.label);
-    EXPECT_EQ(outcome.code, run.code) << outcome.output;
-    EXPECT_THAT(outcome.output, HasSubstr(run.says)) << run.label;
+  for (const auto& [label, code, says] : runs) {
+    const auto outcome = install(label);
+    EXPECT_EQ(outcome.code, code) << outcome.output;
+    EXPECT_THAT(outcome.output, HasSubstr(says)) << label;
   }
   EXPECT_EQ(version("Rookery Server.app"), "9.0");
   EXPECT_EQ(version("Sedge Remote.app"), "2.6");
@@ -77,41 +71,10 @@ TEST_F(SampleTest, PackagesLeaveAReceipt) {
   EXPECT_EQ(plistText("var/db/receipts/org.ember.console.pkg.plist", "PackageVersion"), "5.2");
 }
 
-TEST_F(SampleTest, TheUpdateToolOfAnApplicationIsUsedUnlessSwitchedOff) {
-  const auto forced = install("kestrelmail", {"DEBUG=2", "INSTALL=force"});
-  EXPECT_THAT(forced.output, HasSubstr("Downloaded version of Kestrel Mail is 8.1.0"));
-  const auto outcome = install("kestrelmail");
-  EXPECT_THAT(outcome.output, HasSubstr("updateTool has run"));
-  EXPECT_EQ(version("Kestrel Mail.app"), "8.1.0");
-}
-
-TEST_F(SampleTest, TheDownloadTellsAVersionThatNoMetadataTells) {
-  const auto outcome = install("morainephotos", {"DEBUG=2", "BLOCKING_PROCESS_ACTION=ignore", "NOTIFY=silent"});
-  EXPECT_EQ(outcome.code, 0);
-  EXPECT_THAT(outcome.output, HasSubstr("Latest version not specified."));
-  EXPECT_THAT(outcome.output,
-              HasSubstr("Downloaded version of Moraine Photos is 6.5 on versionKey CFBundleShortVersionString"));
-  EXPECT_EQ(version("Moraine Photos.app"), "6.4");
-}
-
-TEST_F(SampleTest, FailuresToOrderAreObeyed) {
-  const auto order = support() / "sample/fail/quill";
-  put(order, "16\n");
-  EXPECT_EQ(install("quill").code, 16);
-  put(order, "137\n");
-  EXPECT_EQ(install("quill").code, 137);
-  put(order, "0\n");
-  const auto outcome = install("quill");
-  EXPECT_EQ(outcome.code, 0);
-  EXPECT_THAT(outcome.output, HasSubstr("Installed Quill, version 2.4"));
-  EXPECT_EQ(version("Quill.app"), "2.3.1");
-}
-
 TEST_F(SampleTest, ArgumentsAreEvaluatedBeforeAndAfterTheLabel) {
   EXPECT_EQ(install("version", {}).output, "10.9\n");
   const auto named = install("quill", {"RETURN_LABEL_NAME=1", "DEBUG=0", "name='Renamed App'"});
   EXPECT_THAT(named.output, testing::EndsWith("\nRenamed App\n"));
-  // An empty argument ends the scanning.
   EXPECT_EQ(install("quill", {"", "DEBUG=0"}).code, 0);
   EXPECT_EQ(version("Quill.app"), "2.3.1");
   put(root_ / "marked", "");
@@ -120,17 +83,8 @@ TEST_F(SampleTest, ArgumentsAreEvaluatedBeforeAndAfterTheLabel) {
   EXPECT_FALSE(std::filesystem::exists(root_ / "marked"));
 }
 
-struct Blocked {
-  std::string_view label;
-  std::string name;
-  std::string_view action;
-  std::string_view answer;
-  int code;
-  bool runsOn;
-};
-
 TEST_F(SampleTest, OpenApplicationsAreTreatedAsTheActionSays) {
-  const Blocked rows[] = {
+  const std::tuple<std::string_view, std::string, std::string_view, std::string_view, int, bool> rows[] = {
       {"quill", "Quill", "silent_fail", "", 12, true},
       {"quill", "Quill", "prompt_user", "later", 10, true},
       {"quill", "Quill", "prompt_user", "timeout", 25, true},
@@ -142,15 +96,14 @@ TEST_F(SampleTest, OpenApplicationsAreTreatedAsTheActionSays) {
       {"petrelmeetings", "Petrel Meetings", "silent_fail", "", 0, true},
       {"ueberseeradio", "Übersee Radio", "tell_user", "quit", 0, false},
   };
-  for (const auto& row : rows) {
-    const auto given = support() / "sample/answer" / row.label;
+  for (const auto& [label, name, action, answer, code, runsOn] : rows) {
+    const auto given = support() / "sample/answer" / label;
     std::filesystem::remove(given);
-    if (!row.answer.empty()) put(given, row.answer);
-    const auto pid = open(row.name);
-    const auto outcome =
-        install(row.label, {"DEBUG=0", "REOPEN=no", "BLOCKING_PROCESS_ACTION=" + std::string(row.action)});
-    EXPECT_EQ(outcome.code, row.code) << row.label << " " << row.action << "\n" << outcome.output;
-    EXPECT_EQ(stillRuns(pid), row.runsOn) << row.label << " " << row.action;
+    if (!answer.empty()) put(given, answer);
+    const auto pid = open(name);
+    const auto outcome = install(label, {"DEBUG=0", "REOPEN=no", "BLOCKING_PROCESS_ACTION=" + std::string(action)});
+    EXPECT_EQ(outcome.code, code) << label << " " << action << "\n" << outcome.output;
+    EXPECT_EQ(stillRuns(pid), runsOn) << label << " " << action;
   }
 }
 

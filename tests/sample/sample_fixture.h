@@ -1,29 +1,24 @@
 // A fresh sample Mac with its vendors' server, in a temporary folder.
 #pragma once
 
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <spawn.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/wait.h>
 
-#include <filesystem>
 #include <initializer_list>
-#include <memory>
-#include <string>
-#include <string_view>
 #include <thread>
 
 #include "base/plist.h"
 #include "sample/files.h"
 #include "sample/sample_mac.h"
 #include "sample/vendors/server.h"
+#include "support/test.h"
 
 namespace corvane::sample {
 
-class SampleTest : public testing::Test {
- protected:
+struct SampleTest : testing::Test {
   struct Outcome {
     int code = -1;
     std::string output;
@@ -57,7 +52,6 @@ class SampleTest : public testing::Test {
 
   static std::string quoted(std::string_view word) { return "'" + replaced(std::string(word), "'", "'\\''") + "'"; }
 
-  // Runs a command line with nothing in its environment but PATH.
   static Outcome shell(const std::string& line) {
     Outcome outcome;
     FILE* pipe = ::popen(("exec env -i PATH=/usr/bin:/bin " + line + " 2>&1").c_str(), "r");
@@ -97,7 +91,6 @@ class SampleTest : public testing::Test {
     return pid;
   }
 
-  // Ends it if it still runs, and gives whether it did.
   static bool stillRuns(pid_t pid) {
     int status = 0;
     if (::waitpid(pid, &status, WNOHANG) == pid) return false;

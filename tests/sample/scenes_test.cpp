@@ -1,11 +1,7 @@
 // What a scene writes, read back as the application reads it: the policies must find the state that its words say.
 #include "sample/scenes.h"
 
-#include <gtest/gtest.h>
-
 #include <array>
-#include <set>
-#include <string>
 
 #include "base/notification_center.h"
 #include "core/history/receipt_manager.h"
@@ -24,6 +20,7 @@
 #include "sample/sample_mac.h"
 #include "support/recording_log.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 namespace corvane::sample {
 namespace {
@@ -59,8 +56,7 @@ struct Start {
   CorvaneConfiguration config;
 };
 
-class ScenesTest : public ::testing::Test {
- protected:
+struct ScenesTest : ::testing::Test {
   ScenesTest() {
     folder_.write(std::string(kMarker), "port 1\n");
     std::filesystem::create_directories(places_.userSupportFolder());
@@ -72,7 +68,6 @@ class ScenesTest : public ::testing::Test {
     put(places_.userPreferencesPath(), writePlist(values, PlistFormat::binary).value());
   }
 
-  // Written a moment before the application starts.
   void write(std::string_view name, Date now = VirtualMachine::kStart, const Calendar& calendar = Calendar::utc()) {
     const auto* scene = sceneNamed(name);
     ASSERT_NE(scene, nullptr) << name;
@@ -95,7 +90,6 @@ class ScenesTest : public ::testing::Test {
     }
   }
 
-  // The watcher's first steps would change nothing, and go on to what is due.
   static void expectDueInASettledCycle(Start& start, Date now) {
     const auto cycle = start.preferences.readPatchingCadenceState();
     ASSERT_TRUE(cycle.currentPatchingStartDate);
@@ -126,15 +120,6 @@ TEST_F(ScenesTest, APromptIsDueAndTellsWhatIsLeftOfBothLimits) {
                           limit::Both{.count = 2, .deadline = *info.hardDeferralDate, .deadlineIsNear = false}));
     });
   }
-}
-
-TEST_F(ScenesTest, ThePromptThatLeadsToTheConfirmationWaitsForItsButton) {
-  write("confirmation");
-  const Start start(places_, VirtualMachine::kStart, Calendar::utc());
-  EXPECT_TRUE(start.preferences.isManaged("DeferralDialogPrimaryButton"));
-  EXPECT_EQ(start.preferences.readDeferralDialogPrimaryButton(), "continue");
-  EXPECT_EQ(start.config.dialogTimeoutDeferral, 600);
-  EXPECT_EQ(start.config.dialogTimeoutDeferralAction, DeferralAction::defer) << "unanswered, nothing is installed";
 }
 
 TEST_F(ScenesTest, TheHardDeadlineIsReachedByTheCountAlone) {

@@ -1,12 +1,10 @@
 // What the vendors' server takes and answers.
-#include <gtest/gtest.h>
-
-#include <filesystem>
 
 #include "sample/files.h"
 #include "sample/vendors/http_request.h"
 #include "sample/vendors/vendor_folder.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 namespace corvane::sample {
 namespace {
@@ -27,21 +25,10 @@ TEST(HttpRequest, TakesDecentPathsOnly) {
   EXPECT_TRUE(parseRequest("HEAD /a HTTP/1.1\r\n\r\n")->headOnly);
 }
 
-class VendorFolderTest : public ::testing::Test {
- protected:
+struct VendorFolderTest : ::testing::Test {
   corvane::testing::TemporaryFolder temporary_;
   fs::path folder_ = temporary_.path();
 };
-
-TEST_F(VendorFolderTest, AnswersPagesFoldersAndWhatIsNotThere) {
-  put(folder_ / "quill/index.html", "<p>");
-  put(folder_ / "quill/latest.json", "{}");
-  const VendorFolder vendors(folder_);
-  EXPECT_EQ(vendors.answer("quill").reply.body, "<p>");
-  EXPECT_EQ(vendors.answer("quill/latest.json").reply.contentType, "application/json");
-  EXPECT_EQ(vendors.answer("quill/gone").reply.status, 404);
-  EXPECT_EQ(vendors.answer("").reply.status, 404);
-}
 
 TEST_F(VendorFolderTest, ObeysTheNearestOrderAndLooksAnewEachTime) {
   put(folder_ / "big/a.txt", "1.0\n");
@@ -59,14 +46,6 @@ TEST_F(VendorFolderTest, ObeysTheNearestOrderAndLooksAnewEachTime) {
 
   put(folder_ / ".redirect/big/latest", "/big/a.txt\n");
   EXPECT_EQ(vendors.answer("big/latest").reply.location, "/big/a.txt");
-}
-
-TEST_F(VendorFolderTest, TakesAnOrderThatIsNoNumberForTheMildestOne) {
-  put(folder_ / "a", "1");
-  put(folder_ / ".delay/a", "-5");
-  EXPECT_EQ(VendorFolder(folder_).answer("a").delay.count(), 0);
-  put(folder_ / ".delay/a", "99999999999999");
-  EXPECT_EQ(VendorFolder(folder_).answer("a").delay.count(), 0);
 }
 
 }  // namespace

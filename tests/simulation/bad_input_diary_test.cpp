@@ -4,8 +4,7 @@
 namespace corvane {
 namespace {
 
-class BadInputDiaryTest : public SimulationTest {
- protected:
+struct BadInputDiaryTest : SimulationTest {
   BadInputDiaryTest() { plan.settings["DeadlineCountHard"] = PlistValue(1); }
 };
 
@@ -52,16 +51,6 @@ TEST_F(BadInputDiaryTest, storedValuesOfTheWrongTypeCountAsAbsent) {
 Mon 26 Oct 09:00 deferred for 1 hour
 )" + forcedAt("Mon 26 Oct 09:01", "Mon 26 Oct 10:00", "Mon 26 Oct 10:03"));
   EXPECT_EQ(mac->log().count("seeding cadence anchor at 2026-10-26T00:00:00+01:00"), 1U);
-}
-
-TEST_F(BadInputDiaryTest, anArmedMomentOfFarAwayHoldsNoHardDeadlineBack) {
-  plan.settings["DeadlineCountHard"] = PlistValue(0);
-  hours("08:00", "17:00");
-  plan.state["NextAutoLaunch"] = PlistValue(Date{} + std::chrono::days(400'000));
-  plan.checkedBefore = true;
-  start();
-  mac->runUntil("2026-10-26 18:00");
-  expectDiary(forcedAt("Mon 26 Oct 08:00", "Mon 26 Oct 17:00", "Mon 26 Oct 17:03"));
 }
 
 }  // namespace

@@ -4,47 +4,27 @@
 namespace corvane {
 namespace {
 
-class BusinessHoursDiaryTest : public SimulationTest {
- protected:
+struct BusinessHoursDiaryTest : SimulationTest {
   BusinessHoursDiaryTest() { plan.settings["DeadlineCountHard"] = PlistValue(0); }
 };
 
-TEST_F(BusinessHoursDiaryTest, insideTheWindowTheInstallWaitsForItsEnd) {
-  hours("09:00", "17:00");
-  start();
-  mac->runUntil("2026-10-27 08:00");
-  expectDiary(forcedAt("Mon 26 Oct 09:00", "Mon 26 Oct 17:00", "Mon 26 Oct 17:03"));
-}
-
 TEST_F(BusinessHoursDiaryTest, whatIsArmedIsKeptUpToTheEndAndBroughtForwardBehindIt) {
-  const struct {
-    std::chrono::hours armed;
-    const char* forced;
-    const char* installed;
-  } rows[] = {{16h, "Mon 26 Oct 16:00", "Mon 26 Oct 16:03"},
-              {17h, "Mon 26 Oct 17:00", "Mon 26 Oct 17:03"},
-              {19h, "Mon 26 Oct 17:00", "Mon 26 Oct 17:03"}};
+  const std::tuple<std::chrono::hours, const char*, const char*> rows[] = {
+      {16h, "Mon 26 Oct 16:00", "Mon 26 Oct 16:03"},
+      {17h, "Mon 26 Oct 17:00", "Mon 26 Oct 17:03"},
+      {19h, "Mon 26 Oct 17:00", "Mon 26 Oct 17:03"}};
   hours("09:00", "17:00");
   plan.checkedBefore = true;
   plan.start = "2026-10-26 12:00";
-  for (const auto& row : rows) {
-    plan.state["NextAutoLaunch"] =
-        PlistValue(Calendar::named(plan.zone)->at(std::chrono::year(2026) / 10 / 26, row.armed));
+  for (const auto& [armed, forced, installed] : rows) {
+    plan.state["NextAutoLaunch"] = PlistValue(Calendar::named(plan.zone)->at(std::chrono::year(2026) / 10 / 26, armed));
     start();
     mac->runUntil("2026-10-26 20:00");
-    expectDiary(forcedAt("Mon 26 Oct 12:00", row.forced, row.installed));
+    expectDiary(forcedAt("Mon 26 Oct 12:00", forced, installed));
     EXPECT_EQ(mac->brokenRules(), std::vector<std::string>());
   }
 }
 
-TEST_F(BusinessHoursDiaryTest, withoutAWindowTheShortCountdownHolds) {
-  plan.settings["DialogTimeoutDeferral"] = PlistValue(600);
-  start();
-  mac->runUntil("2026-10-26 12:00");
-  expectDiary(forcedAt("Mon 26 Oct 09:00", "Mon 26 Oct 09:10", "Mon 26 Oct 09:13"));
-}
-
-// Asked in the evening, forced where the window ends.
 TEST_F(BusinessHoursDiaryTest, aWindowOverMidnightEndsInTheMorningOnEveryKindOfNight) {
   const struct {
     const char* zone;
@@ -99,7 +79,6 @@ TEST_F(BusinessHoursDiaryTest, aLimitLoweredUnderAnOpenPromptRefusesTheDeferral)
   expectRefusal("Mon 26 Oct 17:00", "Mon 26 Oct 17:03");
 }
 
-// The deadline is at midnight, and the shortest length an hour.
 TEST_F(BusinessHoursDiaryTest, aDeferralWithNoLengthLeftBeforeTheDateWaitsForTheEnd) {
   plan.settings = {{"DeadlineDaysHard", PlistValue(1)}};
   hours("22:00", "06:00");
@@ -113,30 +92,24 @@ TEST_F(BusinessHoursDiaryTest, aDeferralWithNoLengthLeftBeforeTheDateWaitsForThe
 )" + forcedAt("Mon 26 Oct 23:30", "Tue 27 Oct 06:00", "Tue 27 Oct 06:03"));
 }
 
-TEST_F(BusinessHoursDiaryTest, anOpenHardPromptThatAMacSleptThroughCountsDownAnHour) {
-  hours("09:00", "17:00");
-  plan.dailyCheck = "20:00";
-  start();
-  mac->runUntil("2026-10-26 20:01");
-  mac->sleepUntil(mac->at("2026-10-27 09:30"));
-  mac->runUntil("2026-10-27 18:00");
-  expectDiary(R"(Mon 26 Oct 20:00 required: 3 applications by Mon 26 Oct 20:05
-)" + allInstalled("Tue 27 Oct 10:30", "Tue 27 Oct 10:33"));
-}
-
-TEST_F(BusinessHoursDiaryTest, aPromptClosedInTheEveningAndMissedAsleepCountsDownAnHour) {
+TEST_F(BusinessHoursDiaryTest, aHardPromptMissedAsleepCountsDownAnHourBeItOpenOrClosed) {
   hours("09:00", "17:00");
   plan.settings["HardDeadlineDialogAllowClose"] = PlistValue(true);
   plan.dailyCheck = "20:00";
-  plan.habits = {.answer = Habits::Answer::closes};
-  start();
-  mac->runUntil("2026-10-26 20:01");
-  mac->person().habits.answer = Habits::Answer::ignores;
-  mac->sleepUntil(mac->at("2026-10-27 09:30"));
-  mac->runUntil("2026-10-27 18:00");
-  expectDiary(R"(Mon 26 Oct 20:00 required: 3 applications by Mon 26 Oct 20:05
-Mon 26 Oct 20:00 closed the panel
-)" + forcedAt("Tue 27 Oct 09:30", "Tue 27 Oct 10:30", "Tue 27 Oct 10:33"));
+  const std::string asked = "Mon 26 Oct 20:00 required: 3 applications by Mon 26 Oct 20:05\n";
+  for (const bool closed : {false, true}) {
+    SCOPED_TRACE(closed ? "closed" : "open");
+    plan.habits.answer = closed ? Habits::Answer::closes : Habits::Answer::ignores;
+    start();
+    mac->runUntil("2026-10-26 20:01");
+    mac->person().habits.answer = Habits::Answer::ignores;
+    mac->sleepUntil(mac->at("2026-10-27 09:30"));
+    mac->runUntil("2026-10-27 18:00");
+    expectDiary(asked + (closed ? "Mon 26 Oct 20:00 closed the panel\n" +
+                                      forcedAt("Tue 27 Oct 09:30", "Tue 27 Oct 10:30", "Tue 27 Oct 10:33")
+                                : allInstalled("Tue 27 Oct 10:30", "Tue 27 Oct 10:33")));
+    EXPECT_EQ(mac->brokenRules(), std::vector<std::string>());
+  }
 }
 
 }  // namespace

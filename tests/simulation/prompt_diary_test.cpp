@@ -4,22 +4,9 @@
 namespace corvane {
 namespace {
 
-class PromptDiaryTest : public SimulationTest {
- protected:
+struct PromptDiaryTest : SimulationTest {
   PromptDiaryTest() { plan.settings["DeadlineCountHard"] = PlistValue(2); }
 };
-
-TEST_F(PromptDiaryTest, aReminderWhoseRecheckFailsForOneStillAsksForAll) {
-  plan.habits = {.answer = Habits::Answer::defers};
-  start();
-  mac->runUntil("2026-10-26 09:30");
-  mac->helper().behaviour.failingChecks = {"bellows"};
-  mac->runUntil("2026-10-26 10:01");
-  expectDiary(R"(Mon 26 Oct 09:00 asked: 3 applications
-Mon 26 Oct 09:00 deferred for 1 hour
-Mon 26 Oct 10:00 asked: 3 applications
-)");
-}
 
 // What cannot be looked up is an alert, not pending: it leaves the rounds that begin after its failure, and returns
 // with the check that answers again.
@@ -46,24 +33,6 @@ Mon 02 Nov 00:00 asked: 1 application
 )");
 }
 
-TEST_F(PromptDiaryTest, aPromptPresentedAgainUnderItsConfirmationAsksAnew) {
-  start();
-  mac->runUntil("2026-10-26 09:01");
-  mac->prompt().install();
-  ASSERT_TRUE(page().confirmation.visible);
-  mac->run(10s);
-  mac->model().presentDeferralPrompt();
-  mac->run(10s);
-  EXPECT_FALSE(page().confirmation.visible);
-  EXPECT_EQ(page().countdown, "Corvane will automatically defer in 0:04:50.");
-  mac->prompt().accept();
-  mac->runUntil("2026-10-26 09:30");
-  expectDiary(R"(Mon 26 Oct 09:00 asked: 3 applications
-Mon 26 Oct 09:01 asked: 3 applications
-Mon 26 Oct 09:06 nobody answered: deferred for 1 hour
-)");
-}
-
 TEST_F(PromptDiaryTest, installNowTwiceWhileACheckRunsInstallsOnce) {
   plan.settings["DeadlineCountHard"] = PlistValue(0);
   plan.settings["DialogTimeoutDeferral"] = PlistValue(3600);
@@ -83,17 +52,6 @@ TEST_F(PromptDiaryTest, installNowTwiceWhileACheckRunsInstallsOnce) {
   EXPECT_EQ(mac->log().count("Install Now will run when"), 2U);
 }
 
-TEST_F(PromptDiaryTest, aClockSetBackADayPutsTheForcedInstallOff) {
-  plan.settings["DeadlineCountHard"] = PlistValue(0);
-  plan.dailyCheck = std::nullopt;
-  plan.checkedBefore = true;
-  start();
-  mac->runUntil("2026-10-26 08:02");
-  mac->time().setWallClock(mac->now() - 24h);
-  mac->runUntil("2026-10-26 12:00");
-  expectDiary(forcedAt("Mon 26 Oct 08:00", "Mon 26 Oct 08:05", "Mon 26 Oct 08:08"));
-}
-
 TEST_F(PromptDiaryTest, aForcedInstallWaitsForAHelperThatAnswersLate) {
   plan.settings["DeadlineCountHard"] = PlistValue(0);
   plan.settings["DialogTimeoutDeferral"] = PlistValue(600);
@@ -103,20 +61,6 @@ TEST_F(PromptDiaryTest, aForcedInstallWaitsForAHelperThatAnswersLate) {
   mac->runUntil("2026-10-26 12:00");
   expectDiary(R"(Mon 26 Oct 09:00 required: 3 applications by Mon 26 Oct 09:10
 )" + allInstalled("Mon 26 Oct 09:30", "Mon 26 Oct 09:33"));
-}
-
-TEST_F(PromptDiaryTest, aBusyHelperIsTriedAgainAfterTheErrorWait) {
-  plan.settings["DeadlineCountHard"] = PlistValue(0);
-  hours("06:00", "08:00");
-  start();
-  mac->helper().behaviour.busy = true;
-  mac->runUntil("2026-10-26 09:30");
-  mac->helper().behaviour.busy = false;
-  mac->runUntil("2026-10-26 12:00");
-  expectDiary(R"(Mon 26 Oct 09:00 required: 3 applications by Mon 26 Oct 09:05
-Mon 26 Oct 09:05 forced: anvil, bellows, crucible
-Mon 26 Oct 09:05 failed: anvil, bellows, crucible
-)" + forcedAt("Mon 26 Oct 10:05", "Mon 26 Oct 10:10", "Mon 26 Oct 10:13"));
 }
 
 TEST_F(PromptDiaryTest, anInstallThatFailsForOneLeavesTheCycleOpenAndAsksAgain) {

@@ -2,24 +2,19 @@
 #pragma once
 
 #include <fmt/format.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
 
 #include "simulation/simulated_mac.h"
+#include "support/test.h"
 
 namespace corvane {
 
-class SimulationTest : public testing::Test {
- protected:
+struct SimulationTest : testing::Test {
   void start() { mac = std::make_unique<SimulatedMac>(plan); }
   void TearDown() override {
     if (mac) {
       EXPECT_EQ(mac->brokenRules(), std::vector<std::string>());
     }
   }
-  // A diary of lines that end with the line, from the first.
   void expectDiary(std::string_view expected) const { EXPECT_EQ(mac->diary().text(), expected); }
   // The lines of the three installs from `moment` on and of the complete cycle at their end.
   static std::string allInstalled(const char* moment, const char* done, const char* how = "forced") {
@@ -27,7 +22,6 @@ class SimulationTest : public testing::Test {
         "{0} {2}: anvil, bellows, crucible\n{1} installed anvil, bellows, crucible\n{1} the cycle is complete\n",
         moment, done, how);
   }
-  // The same behind a required prompt for that moment.
   static std::string forcedAt(const char* asked, const char* moment, const char* done) {
     return fmt::format("{} required: 3 applications by {}\n", asked, moment) + allInstalled(moment, done);
   }

@@ -3,20 +3,16 @@
 // `wait(done)`, which lets turns pass until `done` holds and gives whether it came to hold.
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "platform/child_processes.h"
+#include "support/test.h"
 
 namespace corvane::testing {
 
-// The scripts that a scripted world must know.
 constexpr const char* kSpeakScript = "echo one; echo two >&2; exit 3";
 constexpr const char* kHangScript = "exec sleep 1000";
 
 template <class World>
-class ChildProcessesContract : public ::testing::Test {
- protected:
+struct ChildProcessesContract : ::testing::Test {
   std::shared_ptr<ChildHandle> start(ChildSpec spec) {
     return world_.children().start(
         std::move(spec), [this](std::string_view line) { lines_.emplace_back(line); },

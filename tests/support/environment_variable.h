@@ -10,7 +10,6 @@ namespace corvane::testing {
 
 class EnvironmentVariable {
  public:
-  // Absent takes the variable away.
   EnvironmentVariable(const char* name, const std::optional<std::string>& value) : name_(name) {
     if (const char* old = ::getenv(name)) old_ = old;
     set(value);

@@ -2,18 +2,15 @@
 // existing empty folder.
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <cerrno>
 
 #include "platform/files.h"
+#include "support/test.h"
 
 namespace corvane::testing {
 
 template <class World>
-class FilesContract : public ::testing::Test {
- protected:
+struct FilesContract : ::testing::Test {
   World world_;
 };
 TYPED_TEST_SUITE_P(FilesContract);

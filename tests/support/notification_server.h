@@ -78,7 +78,6 @@ class NotificationServer {
   std::atomic<bool> refuses = false;
   std::atomic<bool> numbersAnew = false;  // heeds no replacement
 
-  // What is on the screen, oldest first.
   [[nodiscard]] std::vector<Shown> shown() const {
     const std::scoped_lock lock(mutex_);
     return shown_;
@@ -104,7 +103,6 @@ class NotificationServer {
     if (take(number)) signalClosed(number, 2);
   }
 
-  // Hangs in the midst of Notify, until told to go on.
   void holdBack(bool holds) {
     {
       const std::scoped_lock lock(mutex_);

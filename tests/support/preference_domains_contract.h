@@ -2,15 +2,13 @@
 // `writeUser(dict)` and `writeManaged(dict)` as another program would, and `settle()`, which lets watchers hear.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include "platform/preference_domains.h"
+#include "support/test.h"
 
 namespace corvane::testing {
 
 template <class World>
-class PreferenceDomainsContract : public ::testing::Test {
- protected:
+struct PreferenceDomainsContract : ::testing::Test {
   World world_;
 };
 TYPED_TEST_SUITE_P(PreferenceDomainsContract);

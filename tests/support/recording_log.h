@@ -33,7 +33,6 @@ class RecordingLog final : public LogSink {
     for (const auto& line : lines()) all.push_back(line.message);
     return all;
   }
-  // How many lines hold `text`.
   [[nodiscard]] std::size_t count(std::string_view text) const {
     const auto all = lines();
     return static_cast<std::size_t>(

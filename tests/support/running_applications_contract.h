@@ -3,18 +3,13 @@
 // `wait(done)`, which lets turns pass until `done` holds and gives whether it came to hold.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-
 #include "platform/running_applications.h"
+#include "support/test.h"
 
 namespace corvane::testing {
 
 template <class World>
-class RunningApplicationsContract : public ::testing::Test {
- protected:
+struct RunningApplicationsContract : ::testing::Test {
   std::optional<RunningProcess> find(pid_t pid) {
     const auto list = world_.applications().list();
     if (!list) return std::nullopt;

@@ -37,11 +37,9 @@ class ScriptedServiceClient final : public XPCServiceClient {
     for (auto& call : statuses) call.abandon();
   }
 
-  // Unanswered calls, the oldest first.
   std::list<Discovery> discoveries;
   std::list<Run> runs;
   std::list<Completion<Result<StatusInfo>>> statuses;
-  // How many calls were made so far.
   int discoveriesAsked = 0;
   int runsAsked = 0;
   int progressAsked = 0;
@@ -64,7 +62,6 @@ class ScriptedServiceClient final : public XPCServiceClient {
     main_.post([done = std::move(done), info = progress]() mutable { done(info); });
   }
 
-  // Answers the call at `index` among the unanswered ones.
   void answerDiscovery(Result<Apps> answer, std::size_t index = 0) { answerAt(discoveries, index, std::move(answer)); }
   void answerRun(Result<PatchRunAnswer> answer, std::size_t index = 0) { answerAt(runs, index, std::move(answer)); }
 

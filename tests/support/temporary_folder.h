@@ -28,7 +28,6 @@ class TemporaryFolder {
 
   [[nodiscard]] const std::filesystem::path& path() const { return path_; }
 
-  // Makes the folders above too. Gives the file's path.
   std::filesystem::path write(const std::filesystem::path& relative, std::string_view bytes) const {
     const auto file = path_ / relative;
     std::filesystem::create_directories(file.parent_path());

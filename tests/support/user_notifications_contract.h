@@ -3,25 +3,16 @@
 // `inFront(bool)`, and `wait(done)`, which lets turns pass until `done` holds and gives whether it came to hold.
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "platform/user_notifications.h"
+#include "support/test.h"
 
 namespace corvane::testing {
 
 template <class World>
-class UserNotificationsContract : public ::testing::Test, public UserNotificationDelegate {
- protected:
+struct UserNotificationsContract : ::testing::Test, UserNotificationDelegate {
   static UserNotification note(const std::string& identifier, const std::string& title) {
     return {.identifier = identifier, .title = title, .body = "Body", .userInfo = {{"intent", identifier}}};
   }
-  // Whether it was taken.
   bool adds(UserNotification notification) {
     std::optional<Status> status;
     world_.notifications().add(std::move(notification), [&](Status given) { status = std::move(given); });

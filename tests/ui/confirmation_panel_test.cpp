@@ -1,19 +1,17 @@
 #include "ui/floating_panel.h"
 
-#include <gtest/gtest.h>
-
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QTest>
 
+#include "support/test.h"
 #include "ui/confirmation_bridge.h"
 #include "ui/page_engine.h"
 
 namespace corvane::ui {
 namespace {
 
-class ConfirmationPanelTest : public ::testing::Test {
- protected:
+struct ConfirmationPanelTest : ::testing::Test {
   void ask() {
     bridge_.setPage(makeConfirmationPage(12, PageTexts{AppDisplayTitle("Corvane")}));
     ASSERT_TRUE(panel_.show());

@@ -1,8 +1,6 @@
 // The dashboard's window as a person uses it: clicked, typed at and listened to.
 #include "ui/dashboard_window.h"
 
-#include <gtest/gtest.h>
-
 #include <QAccessible>
 #include <QBuffer>
 #include <QImage>
@@ -13,10 +11,11 @@
 
 #include "base/atomic_file.h"
 #include "base/plist.h"
+#include "pictures/page_states.h"
+#include "pictures/prompt_states.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 #include "ui/heard_prompt.h"
-#include "ui/page_states.h"
-#include "ui/prompt_states.h"
 
 namespace corvane::ui {
 namespace {
@@ -33,8 +32,7 @@ void collectButtons(QQuickItem* item, QList<QQuickItem*>& found) {
   for (auto* child : item->childItems()) collectButtons(child, found);
 }
 
-class DashboardWindowTest : public ::testing::Test {
- protected:
+struct DashboardWindowTest : ::testing::Test {
   DashboardWindowTest() {
     window_.setAppearance({.reducedMotion = true});
     show(ordinaryState());
@@ -48,7 +46,6 @@ class DashboardWindowTest : public ::testing::Test {
     bridge_.setPage(state_.page());
     draw();
   }
-  // Layout happens when a frame is made.
   void draw() {
     QCoreApplication::processEvents();
     (void)window_.grab();
@@ -116,7 +113,6 @@ TEST_F(DashboardWindowTest, clicksReachTheActionsOfTheirRows) {
   EXPECT_EQ(heard(), "check discover ");
 }
 
-// A bundle whose icon file holds one PNG picture, as the last entry of an ".icns" container.
 void putIcon(const std::filesystem::path& bundle, const QImage& image) {
   QByteArray picture;
   QBuffer buffer(&picture);

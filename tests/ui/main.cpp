@@ -1,9 +1,9 @@
 // One application object for all tests, without a display and without a trace in the user's folders.
-#include <gtest/gtest.h>
 
 #include <QGuiApplication>
 #include <QTemporaryDir>
 
+#include "support/test.h"
 #include "ui/windows_application.h"
 
 int main(int argc, char** argv) {

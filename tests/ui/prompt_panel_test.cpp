@@ -1,20 +1,18 @@
 #include "ui/floating_panel.h"
 
-#include <gtest/gtest.h>
-
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QTest>
 
+#include "pictures/prompt_states.h"
+#include "support/test.h"
 #include "ui/heard_prompt.h"
 #include "ui/page_engine.h"
-#include "ui/prompt_states.h"
 
 namespace corvane::ui {
 namespace {
 
-class PromptPanelTest : public ::testing::Test {
- protected:
+struct PromptPanelTest : ::testing::Test {
   void show(const DeferralPromptPage& page) {
     bridge_.setPage(page);
     ASSERT_TRUE(panel_.show());

@@ -1,12 +1,11 @@
 #include "ui/row_list_model.h"
 
-#include <gtest/gtest.h>
-
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
 #include <random>
 
 #include "presentation/dashboard_page.h"
+#include "support/test.h"
 
 namespace corvane::ui {
 namespace {

@@ -1,12 +1,11 @@
 // Whoever changes a colour must keep it legible, in both themes.
-#include <gtest/gtest.h>
 
 #include <QColor>
 #include <QQmlComponent>
 #include <QQmlEngine>
-#include <algorithm>
 #include <cmath>
-#include <memory>
+
+#include "support/test.h"
 
 namespace corvane::ui {
 namespace {

@@ -16,7 +16,6 @@ AppFacts plainFacts() {
   return facts;
 }
 
-// Three failures put the label aside.
 void hold(AppFacts& facts, const Label& label) {
   facts.failures[label] = {.count = 3, .targetVersion = "2.0", .lastFailureAt = Date(5h), .holdingFailureAt = Date(4h)};
   facts.failureTargets[label] = "2.0";

@@ -9,8 +9,7 @@ namespace {
 
 constexpr std::string_view kNarrowSpace = "\u202F";  // before AM and PM
 
-class DeferralTest : public WorkflowTest {
- protected:
+struct DeferralTest : WorkflowTest {
   void set(const char* key, PlistValue value) { preferences.writePreference(key, std::move(value)); }
   void openPrompt(DeferralPromptHost host = DeferralPromptHost::standalone) {
     buildWith({outdated("a"), outdated("b")});
@@ -113,14 +112,6 @@ TEST_F(DeferralTest, aCountdownInstallsWhenSetTo) {
   EXPECT_TRUE(fields().updateAll.userRecheckInFlight);
 }
 
-TEST_F(DeferralTest, atHardACountdownInstallsWhateverItIsSetTo) {
-  set("DeadlineCountHard", PlistValue(0));
-  openPrompt();
-  model->dialogTimeoutElapsed();
-  EXPECT_TRUE(log.holds("StatusViewModel: Deferral dialog timeout elapsed — continuing with updates."));
-  EXPECT_EQ(preferences.readDeferralInfo().hardDeferralCount, 0);
-}
-
 TEST_F(DeferralTest, aHardPromptClosesOnlyWhereItMayAndWithSomethingArmed) {
   set("DeadlineCountHard", PlistValue(0));
   openPrompt();
@@ -143,14 +134,6 @@ TEST_F(DeferralTest, aHardPromptClosesOnlyWhereItMayAndWithSomethingArmed) {
   EXPECT_EQ(model->promptCountdownSeconds(), 300);
   model->presentDeferralPrompt();
   EXPECT_EQ(preferences.readHardDeadlineDialogDismissedUntil(), std::nullopt);
-}
-
-TEST_F(DeferralTest, aNormalPromptThatIsClosedLeavesEverythingAsItWas) {
-  openPrompt();
-  model->closeDeferralPrompt();
-  EXPECT_FALSE(prompt().showDeferralPrompt);
-  EXPECT_EQ(preferences.readDeferralInfo().hardDeferralCount, 0);
-  EXPECT_EQ(preferences.readNextAutoLaunch(), std::nullopt);
 }
 
 TEST_F(DeferralTest, focusDefersByItselfUntilALimitIsReached) {

@@ -4,10 +4,8 @@
 namespace corvane {
 namespace {
 
-class AutoResetTest : public WorkflowTest {
- protected:
+struct AutoResetTest : WorkflowTest {
   AutoResetTest() { stop(); }
-  // Registered, and it does not run.
   void stop() {
     registration.current = HelperStatus::enabled;
     (void)files.remove(places.helperHeartbeat());
@@ -18,9 +16,7 @@ class AutoResetTest : public WorkflowTest {
     advance(24s);
     settle();
   }
-  // The next launch of the program, past its grace.
   void launch() {
-    model.reset();
     log.clear();
     build();
     afterGrace();
@@ -167,6 +163,7 @@ TEST_F(AutoResetTest, anAutomaticResetThatFailedTellsSoAndLeavesTheNextLaunchIts
   registration.unregisterFailure = Error{.domain = "Manager", .code = 5, .text = "it would not stop"};
   launch();
   EXPECT_EQ(error(), "Reset Helper failed: it would not stop (domain: Manager, code: 5)");
+  EXPECT_TRUE(said(error()));
   model->refreshHelperState(true);
   settle();
   EXPECT_EQ(log.count("auto-resetting"), 1U);

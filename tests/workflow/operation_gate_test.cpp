@@ -1,10 +1,7 @@
 #include "workflow/operation_gate.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "platform/scripted/virtual_time.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {

@@ -11,8 +11,7 @@ using Lines = std::vector<std::string>;
 
 std::string pathOf(const char* name) { return std::string("/Applications/") + name + ".app"; }
 
-class SideEffectsTest : public WorkflowTest {
- protected:
+struct SideEffectsTest : WorkflowTest {
   SideEffectsTest() {
     manage({{"WorkflowStageUpdates", PlistValue(true)}, {"BackgroundPatchClosedAppsEnabled", PlistValue(true)}});
   }
@@ -22,28 +21,24 @@ class SideEffectsTest : public WorkflowTest {
     return app;
   }
   pid_t open(const char* name) { return processes.open(pathOf(name)); }
-  void set(const char* key, PlistValue value) { preferences.writePreference(key, std::move(value)); }
 
-  // The model in an application that patches closed applications itself.
-  void start(const Apps& apps) {
+  void start(
+      const Apps& apps, const std::function<void()>& before = [] {}) {
     preferences.writeDiscoveredApps(apps);
     preferences.writePreference("LastDiscoveryDate", time.now() - 24h);
     model = std::make_unique<StatusViewModel>(services);
     model->setClosedAppsPatcher(&patcher);
+    before();
     model->begin();
     settle();
   }
-  void startWithoutStaging(const Apps& apps) {
-    manage({{"BackgroundPatchClosedAppsEnabled", PlistValue(true)}});
+  void startWithoutStaging(const Apps& apps, bool onACOnly = false) {
+    manage({{"BackgroundPatchClosedAppsEnabled", PlistValue(true)},
+            {"BackgroundPatchClosedAppsRequireOnAC", PlistValue(onACOnly)}});
     start(apps);
   }
   void staged() { answerRun(PatchRunAnswer{.success = true}); }
   void stagingFails() { answerRun(failure(XPCError::domain, 2, "no room")); }
-  void checkFinds(const Apps& apps) {
-    model->checkForUpdates();
-    settle();
-    answer(apps);
-  }
   void passEnds(ClosedAppsOutcome outcome) {
     patcher.waiting(outcome);
     settle();
@@ -119,15 +114,6 @@ TEST_F(SideEffectsTest, whatIsDownloadedIsNotDownloadedAgainUntilAPassOfTheHelpe
   staged();
   EXPECT_EQ(state().labelsStagedBeforeDeferral, std::nullopt);
   EXPECT_EQ(notices.updates.size(), told) << "the answer of before the pass goes nowhere";
-}
-
-TEST_F(SideEffectsTest, withoutDownloadsTheSequenceBeginsWithTheClosedOnes) {
-  open("b");
-  startWithoutStaging({pending("a"), pending("b")});
-  EXPECT_EQ(patcher.asked, 1);
-  passEnds(ClosedAppsOutcome::notRun);
-  EXPECT_EQ(helper.runsAsked, 0) << "nor before the notification";
-  EXPECT_EQ(notices.updates, Lines{"1 of 2 open"});
 }
 
 TEST_F(SideEffectsTest, aFailedDownloadCostsTheDownloadAlone) {
@@ -228,18 +214,23 @@ TEST_F(SideEffectsTest, howAPassEndedDecidesWhatIsTold) {
     power.onACPower = true;
     processes.set({});
     open("b");
-    manage({{"BackgroundPatchClosedAppsEnabled", PlistValue(true)},
-            {"BackgroundPatchClosedAppsRequireOnAC", PlistValue(true)}});
     int requests = 0;
     const auto requested = notifications.observe<CorvaneClosedAppsPatchRequested>([&](const auto&) { ++requests; });
-    start({pending("a"), pending("b")});
+    startWithoutStaging({pending("a"), pending("b")}, true);
     EXPECT_EQ(state().openAppsNotificationGate, Gate::patchingClosedApps);
     power.onACPower = false;
     passEnds(one.outcome);
     EXPECT_EQ(notices.updates, Lines{one.told});
     EXPECT_EQ(state().openAppsNotificationGate, Gate::idle);
-    EXPECT_EQ(requests, 0) << "this process has a patcher";
+    EXPECT_EQ(requests + helper.runsAsked, 0) << "this process has a patcher, and nothing is staged";
   }
+  notices.updates.clear();
+  patcher.asked = 0;
+  model.reset();
+  processes.set({});
+  startWithoutStaging({pending("a")}, true);  // on battery
+  EXPECT_EQ(patcher.asked, 0);
+  EXPECT_EQ(notices.updates, Lines{"0 of 1 open, closed wait"});
 }
 
 TEST_F(SideEffectsTest, aPatcherThatRefusesWithinTheCallDoesNotCutIntoTheFlowThatCounted) {
@@ -265,15 +256,6 @@ TEST_F(SideEffectsTest, aRefreshThatFailsDeliversAllTheSame) {
   EXPECT_EQ(state().openAppsNotificationGate, Gate::idle);
 }
 
-TEST_F(SideEffectsTest, closedOnesOnBatteryAreLeftAndTheUserHearsWhatTheyWaitFor) {
-  manage({{"BackgroundPatchClosedAppsEnabled", PlistValue(true)},
-          {"BackgroundPatchClosedAppsRequireOnAC", PlistValue(true)}});
-  power.onACPower = false;
-  start({pending("a")});
-  EXPECT_EQ(patcher.asked, 0);
-  EXPECT_EQ(notices.updates, Lines{"0 of 1 open, closed wait"});
-}
-
 TEST_F(SideEffectsTest, withoutAPatcherAnotherProcessIsAskedOnceTheGateIsIdle) {
   int requests = 0;
   const auto requested = notifications.observe<CorvaneClosedAppsPatchRequested>([&](const auto&) { ++requests; });
@@ -287,23 +269,10 @@ TEST_F(SideEffectsTest, withoutAPatcherAnotherProcessIsAskedOnceTheGateIsIdle) {
   EXPECT_EQ(requests, 1);
 }
 
-TEST_F(SideEffectsTest, processesThatCannotBeListedCountAsOpen) {
-  processes.setReadable(false);
-  startWithoutStaging({pending("a"), pending("b")});
-  EXPECT_EQ(patcher.asked, 0);
-  EXPECT_EQ(notices.updates, Lines{"2 of 2 open"});
-}
-
 TEST_F(SideEffectsTest, aCompleteCycleSetsNothingOff) {
   open("b");
   completeCycle();
-  preferences.writeDiscoveredApps({pending("a"), pending("b")});
-  preferences.writePreference("LastDiscoveryDate", time.now() - 24h);
-  model = std::make_unique<StatusViewModel>(services);
-  model->setClosedAppsPatcher(&patcher);
-  model->refreshDeadlineDisplay();
-  model->begin();
-  settle();
+  start({pending("a"), pending("b")}, [this] { model->refreshDeadlineDisplay(); });
   EXPECT_EQ(helper.runsAsked + helper.discoveriesAsked + patcher.asked, 0);
   EXPECT_EQ(notices.updates, Lines{"0 of 0 open"});
 }

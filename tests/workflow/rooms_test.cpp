@@ -9,8 +9,7 @@ namespace {
 
 using Calls = std::vector<std::string>;
 
-class RoomTest : public WorkflowTest {
- protected:
+struct RoomTest : WorkflowTest {
   StatusFields state;
   RecordingCrossings crossings;
   OperationGate gate{time.main(), state.gate, [] {}};

@@ -4,19 +4,16 @@
 namespace corvane {
 namespace {
 
-using SelfUpdateTest = WorkflowTest;
-
-std::optional<Date> startedAt(const PreferenceManager& preferences) {
-  return preferences.readOptional<Date>("SelfUpdateStartedAt");
-}
+struct SelfUpdateTest : WorkflowTest {
+  [[nodiscard]] std::optional<Date> startedAt() const { return preferences.readOptional<Date>("SelfUpdateStartedAt"); }
+};
 
 TEST_F(SelfUpdateTest, itRunsAloneAndLeavesTheDateForTheLaunchThatFollows) {
   build();
   model->startSelfUpdate(label("ourselves"));
-  EXPECT_EQ(startedAt(preferences), time.now());
+  EXPECT_EQ(startedAt(), time.now());
   EXPECT_EQ(fields().gate.currentOperation, DiscoveryOperation::patchSingle);
-  ASSERT_EQ(helper.runs.size(), 1U);
-  EXPECT_EQ(helper.runs.front().labels, Labels{label("ourselves")});
+  EXPECT_THAT(running(), Labels{label("ourselves")});
   EXPECT_TRUE(helper.runs.front().alsoStageLabels.empty());
 }
 
@@ -28,7 +25,7 @@ TEST_F(SelfUpdateTest, askedForTwiceWhileSomethingRunsItStartsOnceAfterwards) {
   model->startSelfUpdate(label("ourselves"));
   EXPECT_EQ(log.count("StatusViewModel: Self-update will start when the current operation finishes."), 2U);
   EXPECT_TRUE(fields().selfUpdate.selfUpdateQueued);
-  EXPECT_EQ(startedAt(preferences), std::nullopt);
+  EXPECT_EQ(startedAt(), std::nullopt);
   answer(Apps{current("a")});
   EXPECT_FALSE(fields().selfUpdate.selfUpdateQueued);
   ASSERT_EQ(helper.runs.size(), 1U);

@@ -78,23 +78,19 @@ TEST(StatusTexts, lineAndSymbolFollowTheFirstConditionThatHolds) {
 }
 
 TEST(StatusTexts, backgroundPassesAreWordedByNameAndPlace) {
-  struct Row {
-    std::optional<std::string> name, label;
-    std::int64_t completed, total;
-    const char* text;
-  };
-  const Row rows[] = {
-      {"Quill", "quill", 0, 0, "Background patching Quill…"},
-      {"Quill", "quill", 0, 3, "Background patching Quill (1 of 3)…"},
-      {"", "quill", 2, 3, "Background patching quill (3 of 3)…"},
-      {std::nullopt, "quill", 9, 3, "Background patching quill (3 of 3)…"},
-      {std::nullopt, "quill", -2, 3, "Background patching quill (1 of 3)…"},
-      {std::nullopt, std::nullopt, 0, 1, "Background patching 1 app…"},
-      {std::nullopt, "", 0, 4, "Background patching 4 apps…"},
-      {std::nullopt, std::nullopt, 0, 0, "Background patching in progress…"},
-  };
-  for (const auto& row : rows)
-    EXPECT_EQ(backgroundPatchStatusText(row.name, row.label, row.completed, row.total), row.text);
+  const std::tuple<std::optional<std::string>, std::optional<std::string>, std::int64_t, std::int64_t, const char*>
+      rows[] = {
+          {"Quill", "quill", 0, 0, "Background patching Quill…"},
+          {"Quill", "quill", 0, 3, "Background patching Quill (1 of 3)…"},
+          {"", "quill", 2, 3, "Background patching quill (3 of 3)…"},
+          {std::nullopt, "quill", 9, 3, "Background patching quill (3 of 3)…"},
+          {std::nullopt, "quill", -2, 3, "Background patching quill (1 of 3)…"},
+          {std::nullopt, std::nullopt, 0, 1, "Background patching 1 app…"},
+          {std::nullopt, "", 0, 4, "Background patching 4 apps…"},
+          {std::nullopt, std::nullopt, 0, 0, "Background patching in progress…"},
+      };
+  for (const auto& [name, label, completed, total, text] : rows)
+    EXPECT_EQ(backgroundPatchStatusText(name, label, completed, total), text);
 }
 
 TEST(StatusTexts, passesAndChecksAreWorded) {

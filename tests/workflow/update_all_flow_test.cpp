@@ -6,20 +6,15 @@
 namespace corvane {
 namespace {
 
-class UpdateAllTest : public WorkflowTest {
- protected:
+struct UpdateAllTest : WorkflowTest {
   void set(const char* key, PlistValue value) { preferences.writePreference(key, std::move(value)); }
-  // The recheck finds `apps`.
   void ask(const Apps& apps, DeferralPromptHost host = DeferralPromptHost::standalone) {
     model->updateAll(host);
     answer(apps);
   }
   [[nodiscard]] const DeferralFields& prompt() const { return fields().deferral; }
   [[nodiscard]] Labels pending() const { return fields().updateAll.pendingPatchLabels; }
-  void expectInstalling(const Labels& labels) {
-    ASSERT_EQ(helper.runs.size(), 1U);
-    EXPECT_EQ(helper.runs.front().labels, labels);
-  }
+  void expectInstalling(const Labels& labels) { EXPECT_THAT(running(), labels); }
 };
 
 TEST_F(UpdateAllTest, aRequestWhileSomethingRunsIsDropped) {
@@ -55,13 +50,6 @@ TEST_F(UpdateAllTest, theQuestionComesAfterAFreshCheck) {
   EXPECT_EQ(prompt().selectedDeferralMinutes, 60);
   EXPECT_EQ(pending(), Labels{label("b")});
   EXPECT_EQ(prompts.shown, 1);
-}
-
-TEST_F(UpdateAllTest, onlyTheStandaloneHostOpensAWindowOfItsOwn) {
-  buildWith({outdated("a")});
-  ask({outdated("a")}, DeferralPromptHost::dashboard);
-  EXPECT_TRUE(prompt().showDeferralPrompt);
-  EXPECT_EQ(prompts.shown, 0);
 }
 
 TEST_F(UpdateAllTest, aRecheckThatFindsEverythingCurrentCompletesTheCycle) {
@@ -174,9 +162,7 @@ TEST_F(UpdateAllTest, aQueuedInstallBelongsToItsPrompt) {
   EXPECT_EQ(log.count("before installing"), 0U);
 }
 
-// The hard deadline has come by the count.
-class HardDeadlineTest : public UpdateAllTest {
- protected:
+struct HardDeadlineTest : UpdateAllTest {
   HardDeadlineTest() {
     set("DeadlineCountHard", PlistValue(1));
     set("HardDeferralCount", PlistValue(1));

@@ -3,14 +3,8 @@
 #pragma once
 
 #include <fmt/format.h>
-#include <gtest/gtest.h>
 
-#include <filesystem>
 #include <fstream>
-#include <map>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "core/client/helper_installation_service.h"
 #include "core/records/notifications.h"
@@ -27,6 +21,7 @@
 #include "support/recording_log.h"
 #include "support/scripted_service_client.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 #include "workflow/neutral_parts.h"
 #include "workflow/status_view_model.h"
 
@@ -102,7 +97,6 @@ struct RecordingNotices final : DeferralNotices {
   void cancelReminders() override { ++remindersCancelled; }
 };
 
-// Facts of labels, as a test sets them.
 struct ScriptedInstallFacts final : LabelInstallFactsSource {
   std::map<Label, LabelInstallFacts> known;
   [[nodiscard]] LabelInstallFacts installFacts(const Label& label) const override {
@@ -129,8 +123,7 @@ struct CountingDisplay final : SelfUpdateDisplay {
   void lookUp(const Apps&) override { ++lookedUp; }
 };
 
-class WorkflowTest : public ::testing::Test {
- protected:
+struct WorkflowTest : ::testing::Test {
   WorkflowTest() {
     helper.generation = [this] { return model ? model->fields().discovery.discoveryGeneration : 0; };
     std::filesystem::create_directories(places.root / "Applications");
@@ -147,8 +140,8 @@ class WorkflowTest : public ::testing::Test {
     domains.setManaged(std::move(settings));
   }
 
-  // The model as the application builds it, listening.
   void build() {
+    model.reset();
     model = std::make_unique<StatusViewModel>(services);
     model->begin();
     settle();
@@ -182,12 +175,10 @@ class WorkflowTest : public ::testing::Test {
         << R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0"><dict>)"
         << "<key>CFBundleShortVersionString</key><string>" << version << "</string></dict></plist>";
   }
-  // The state file of the stored fingerprint, as a discovery would have left it.
   void rememberInventory() {
     preferences.writeLastInventoryFingerprint(AppDiscoveryService::fingerprintInstalledApps(places, log));
   }
 
-  // The cycle is over for now: a run completed after its start.
   void completeCycle() {
     preferences.writePatchingCadenceState({.currentPatchingStartDate = time.now() - 48h,
                                            .lastPatchingCompletionDate = time.now() - 1h,
@@ -223,10 +214,20 @@ class WorkflowTest : public ::testing::Test {
   }
 
   void answer(Result<Apps> apps, std::size_t index = 0) {
+    settle();
     helper.answerDiscovery(std::move(apps), index);
     settle();
   }
+  void checkFinds(const Apps& apps) {
+    model->checkForUpdates();
+    answer(apps);
+  }
+  [[nodiscard]] Labels running() const {
+    EXPECT_EQ(helper.runs.size(), 1U);
+    return helper.runs.empty() ? Labels() : helper.runs.front().labels;
+  }
   void answerRun(Result<PatchRunAnswer> result, std::size_t index = 0) {
+    settle();
     helper.answerRun(std::move(result), index);
     settle();
   }
@@ -270,34 +271,11 @@ class WorkflowTest : public ::testing::Test {
   ScriptedInstallFacts installFacts;
   RecordingSignals signals;
   CountingDisplay display;
-  WorkflowServices services{.main = time.main(),
-                            .work = time.work(),
-                            .clock = time.clock(),
-                            .locale = locale,
-                            .entropy = entropy,
-                            .notifications = notifications,
-                            .log = log,
-                            .files = files,
-                            .processes = processes,
-                            .application = application,
-                            .focus = focus,
-                            .power = power,
-                            .places = places,
-                            .preferences = preferences,
-                            .helper = helper,
-                            .installation = installation,
-                            .helperState = helperState,
-                            .scheduledApps = scheduledApps,
-                            .receipts = receipts,
-                            .deferralEvents = deferralEvents,
-                            .failures = failures,
-                            .installs = installs,
-                            .latestReceipts = latestReceipts,
-                            .installFacts = installFacts,
-                            .prompts = prompts,
-                            .notices = notices,
-                            .signals = signals,
-                            .selfUpdateDisplay = display};
+  WorkflowServices services{time.main(), time.work(),    time.clock(), locale,       entropy,        notifications,
+                            log,         files,          processes,    application,  focus,          power,
+                            places,      preferences,    helper,       installation, helperState,    scheduledApps,
+                            receipts,    deferralEvents, failures,     installs,     latestReceipts, installFacts,
+                            prompts,     notices,        signals,      display};
   std::unique_ptr<StatusViewModel> model;
 };
 

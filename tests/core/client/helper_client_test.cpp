@@ -1,10 +1,10 @@
 #include <fmt/format.h>
-#include <gtest/gtest.h>
 
 #include "core/client/helper_service_client.h"
 #include "platform/scripted/scripted_entropy.h"
 #include "platform/scripted/scripted_helper_channel.h"
 #include "platform/scripted/virtual_time.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {

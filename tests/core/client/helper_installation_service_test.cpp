@@ -1,8 +1,7 @@
 #include "core/client/helper_installation_service.h"
 
-#include <gtest/gtest.h>
-
 #include "support/scripted_installation.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {

@@ -1,7 +1,5 @@
 #include "core/discovery/app_discovery_service.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -10,16 +8,14 @@
 #include "core/discovery/bundle_reader.h"
 #include "core/discovery/mac_folder.h"
 #include "support/recording_log.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using testing::MacFolder;
 
-class Discovery : public ::testing::Test {
- protected:
+struct Discovery : ::testing::Test {
   Apps scan(std::optional<std::set<Label>> filter = std::nullopt, Apps saved = {}) {
     AppDiscoveryService service(config, true, std::move(filter), mac.constants, log, std::move(saved));
     auto apps = service.discoverApps();
@@ -81,12 +77,7 @@ TEST_F(Discovery, comparesOnlyRealTeamIdentifiers) {
 }
 
 TEST_F(Discovery, looksWhereTheToolWouldLook) {
-  struct Row {
-    std::vector<std::string> bundles;
-    std::string body;
-    std::string found;  // empty: not offered
-  };
-  const Row rows[] = {
+  const std::tuple<std::vector<std::string>, std::string, std::string> rows[] = {
       {{"/Users/sam/Applications/Quill.app"}, "type=dmg", ""},
       {{"/Users/sam/Applications/Quill.app"}, "type=pkg", ""},
       {{"/Users/sam/Applications/Quill.app", "/Applications/Quill.app"}, "type=pkg", "/Applications/Quill.app"},
@@ -104,14 +95,14 @@ TEST_F(Discovery, looksWhereTheToolWouldLook) {
       {{"/Applications/quill.APP"}, "type=dmg", "/Applications/quill.APP"},
       {{"/Applications/Outer.app/Contents/Quill.app"}, "type=dmg", ""},
   };
-  for (const auto& row : rows) {
+  for (const auto& [bundles, body, found] : rows) {
     MacFolder own;
-    own.label("quill", "name=Quill\n" + row.body);
-    for (const auto& bundle : row.bundles) own.bundle(bundle);
+    own.label("quill", "name=Quill\n" + body);
+    for (const auto& bundle : bundles) own.bundle(bundle);
     const auto apps = AppDiscoveryService(config, false, {}, own.constants, log).discoverApps();
     ASSERT_TRUE(apps);
-    EXPECT_EQ(apps->empty() ? "" : apps->front().appPath->substr(own.root.string().size()), row.found)
-        << row.bundles[0] << " " << row.body;
+    EXPECT_EQ(apps->empty() ? "" : apps->front().appPath->substr(own.root.string().size()), found)
+        << bundles[0] << " " << body;
   }
 }
 

@@ -2,22 +2,18 @@
 #include "core/discovery/bundle_reader.h"
 
 #include <fcntl.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <cerrno>
 
 #include "core/discovery/folder_reader.h"
 #include "core/discovery/mac_folder.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
 
-using ::testing::HasSubstr;
-
-class BundleReader : public ::testing::Test {
- protected:
+struct BundleReader : ::testing::Test {
   // Moves what lies at `path` in the bundle to `place` and leaves a link in its stead.
   void replaceByLink(const std::string& path, const std::filesystem::path& place, const std::string& link) const {
     std::filesystem::create_directories(place.parent_path());
@@ -70,20 +66,17 @@ TEST_P(FolderReader, keepsNamesBelowTheirFolder) {
   std::filesystem::create_symlink("nowhere", bundle / "dangling");
   std::filesystem::create_symlink("circle", bundle / "circle");
   ASSERT_EQ(::mkfifo((bundle / "pipe").c_str(), 0600), 0);
-  const struct {
-    const char* name;
-    int problem;
-    bool exists;
-  } rows[] = {{"plain", 0, true},          {"inner", 0, true},       {"outer", EXDEV, false},
-              {"neighbour", EXDEV, false}, {"device", EXDEV, false}, {"../../outside", EXDEV, false},
-              {"dangling", ENOENT, false}, {"circle", ELOOP, false}, {"pipe", ENOTSUP, true},
-              {"Contents", EISDIR, true}};
+  const std::tuple<const char*, int, bool> rows[] = {{"plain", 0, true},          {"inner", 0, true},
+                                                     {"outer", EXDEV, false},     {"neighbour", EXDEV, false},
+                                                     {"device", EXDEV, false},    {"../../outside", EXDEV, false},
+                                                     {"dangling", ENOENT, false}, {"circle", ELOOP, false},
+                                                     {"pipe", ENOTSUP, true},     {"Contents", EISDIR, true}};
   const auto folder = Descriptor::openFolder(bundle);
   ASSERT_TRUE(folder);
-  for (const auto& row : rows) {
-    const auto file = Descriptor::openFileBeneath(folder->get(), row.name, GetParam());
-    EXPECT_EQ(file ? 0 : file.error(), row.problem) << row.name;
-    EXPECT_EQ(existsBeneath(folder->get(), row.name, GetParam()), row.exists) << row.name;
+  for (const auto& [name, problem, exists] : rows) {
+    const auto file = Descriptor::openFileBeneath(folder->get(), name, GetParam());
+    EXPECT_EQ(file ? 0 : file.error(), problem) << name;
+    EXPECT_EQ(existsBeneath(folder->get(), name, GetParam()), exists) << name;
   }
 }
 INSTANTIATE_TEST_SUITE_P(ByTheKernelAndWithoutIt, FolderReader,

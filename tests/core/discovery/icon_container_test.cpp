@@ -1,9 +1,6 @@
 #include "core/discovery/icon_container.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -43,12 +40,10 @@ TEST(IconContainer, WhatIsTornGivesWhatCameBeforeAndNothingBeyondItsEnd) {
   const auto small = png(32, 32);
   const auto file = container({small, png(64, 64)});
   for (std::size_t length = 0; length < file.size(); ++length) {
-    // A copy of exactly this length, so that reading on would be seen.
     const std::string torn = file.substr(0, length);
     const auto found = bestIconPicture(torn, 64);
     EXPECT_EQ(found.value_or(""), length >= 16 + small.size() ? small : "") << length;
   }
-  // Lengths that lie: of the file, of an entry, of none at all.
   for (const std::size_t length : {0U, 7U, 8U, 0xFFFFFFFFU}) {
     EXPECT_EQ(bestIconPicture("icns" + number(4096) + "ic07" + number(length) + small, 32), std::nullopt) << length;
     (void)bestIconPicture("icns" + number(length) + entry("ic07", small), 32);

@@ -1,15 +1,10 @@
 #include "core/discovery/label_fragment.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "core/discovery/label_patterns.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 
 LabelFragment parsed(std::string_view text) {
   auto fragment = parseLabelFragment("file", text);
@@ -170,11 +165,7 @@ TEST(LabelFragment, damagedOnesAreRefusedWithAReason) {
     for (int i = 0; i <= 1000; ++i) text += "v" + std::to_string(i) + "=1\n";
     return text + ";;\n";
   }();
-  struct Row {
-    std::string text;
-    std::string_view reason;
-  };
-  const Row rows[] = {
+  const std::pair<std::string, std::string_view> rows[] = {
       {"", "head is never closed"},
       {"quill\nname=Quill\n;;", "head is never closed"},
       {"*)\nname=Quill\n;;", "names no label"},
@@ -193,10 +184,10 @@ TEST(LabelFragment, damagedOnesAreRefusedWithAReason) {
       {deep, "nests too deeply"},
       {many, "too many variables"},
   };
-  for (const auto& row : rows) {
-    const auto fragment = parseLabelFragment("file", row.text);
-    ASSERT_FALSE(fragment) << row.text.substr(0, 80);
-    EXPECT_THAT(fragment.error().text, HasSubstr(std::string(row.reason)));
+  for (const auto& [text, reason] : rows) {
+    const auto fragment = parseLabelFragment("file", text);
+    ASSERT_FALSE(fragment) << text.substr(0, 80);
+    EXPECT_THAT(fragment.error().text, HasSubstr(std::string(reason)));
     EXPECT_EQ(fragment.error().domain, "CRVLabels");
   }
   EXPECT_TRUE(parsed(doubling).isComputed(LabelVariable::appName));

@@ -1,18 +1,15 @@
 #include "core/discovery/label_install_facts.h"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
 #include <fstream>
 
 #include "support/recording_log.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 namespace corvane::testing {
 namespace {
 
-class InstallFactsTest : public ::testing::Test {
- protected:
+struct InstallFactsTest : ::testing::Test {
   InstallFactsTest() {
     std::filesystem::create_directories(labels());
     std::filesystem::create_directories(folder_.path() / "opt");

@@ -28,7 +28,6 @@ class MacFolder {
     std::filesystem::create_directories(constants.home / "Applications");
   }
 
-  // `path` as the Mac sees it; returns it under the root.
   std::filesystem::path write(std::string_view path, std::string_view bytes) const {
     return folder_.write(path.substr(1), bytes);
   }
@@ -48,7 +47,6 @@ class MacFolder {
     return root / path.substr(1);
   }
 
-  // The label's file bears the name of its first pattern.
   void label(std::string_view head, std::string_view body) const {
     const auto file = std::string(head.substr(0, head.find('|')));
     write("/Library/Application Support/Corvane/fragments/labels/" + file + ".sh",

@@ -1,8 +1,7 @@
 #include "core/discovery/mach_o_signature.h"
 
-#include <gtest/gtest.h>
-
 #include "core/discovery/mac_folder.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -14,8 +13,7 @@ using mach_o::HashType;
 const mach_o::Signing kQuill{.identifier = "org.example.quill", .team = "ABCDE12345"};
 const mach_o::Signing kOther{.identifier = "org.example.other", .team = "ZZZZZ99999"};
 
-class MachOSignature : public ::testing::Test {
- protected:
+struct MachOSignature : ::testing::Test {
   Result<CodeSignature> read(std::string_view bytes, SignatureDetail detail = SignatureDetail::namesAndHash) {
     return readMachOSignature(mac_.write("/program", bytes), detail);
   }
@@ -92,12 +90,6 @@ TEST_F(MachOSignature, tellsWhyThereIsNone) {
   ASSERT_FALSE(missing);
   EXPECT_EQ(missing.error().domain, "CRVFiles");
   EXPECT_FALSE(readMachOSignature(mac_.root));
-}
-
-TEST_F(MachOSignature, noCutOfAFileGivesAnAnswer) {
-  const auto single = mach_o::universal({{Architecture::arm64, mach_o::thin({kQuill})}});
-  for (std::size_t cut = 0; cut < single.size(); cut += cut < 64 || cut > 4000 ? 3 : 512)
-    EXPECT_FALSE(read(single.substr(0, cut))) << cut;
 }
 
 }  // namespace

@@ -1,6 +1,3 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <unistd.h>
 
 #include <cerrno>
@@ -14,14 +11,12 @@
 #include "platform/scripted/virtual_time.h"
 #include "support/recording_log.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
 
-using ::testing::ElementsAre;
-
-class HistoryTest : public ::testing::Test {
- protected:
+struct HistoryTest : ::testing::Test {
   VirtualMachine machine;
   ScriptedFiles files{machine.clock()};
   RecordingLog log;
@@ -66,7 +61,6 @@ TEST_F(HistoryTest, DamagedLinesCostThemselvesOnlyAndAreToldOnce) {
                       "1: "),
             1U);
   EXPECT_EQ(log.lines().size(), 1U);
-  // Only what is new is worth another line.
   files.put(receiptsFile, "\n" + text + "torn");
   EXPECT_EQ(receipts.readAllReceipts().size(), damaged.size());
   EXPECT_EQ(log.count("Left out 11 damaged line(s) of /support/receipts.jsonl, the first of them line 2: "), 1U);
@@ -147,7 +141,6 @@ TEST_F(HistoryTest, AFileTooLargeIsCutDownToItsNewestLinesBeforeTheNext) {
   EXPECT_EQ(files.content(receiptsFile), kept + line("kept"));
   EXPECT_EQ(receipts.readReceipts(Label("kept")).size(), kKeptLines + 1);
 
-  // Of long lines half the size is kept; a torn one at the end spoils only itself.
   const auto half = std::string(kLineFileLimit / 2, 'x') + "\n";
   files.put(receiptsFile, half + half + line("kept") + R"({"torn)");
   ReceiptManager restarted(receiptsFile, files, log);

@@ -1,6 +1,3 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <cerrno>
 #include <thread>
 
@@ -8,6 +5,7 @@
 #include "core/logging/logging_service.h"
 #include "platform/scripted/scripted_files.h"
 #include "platform/scripted/virtual_time.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -15,8 +13,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-class LoggingServiceTest : public testing::Test {
- protected:
+struct LoggingServiceTest : testing::Test {
   const std::filesystem::path system = "/logs/crv.log";
   const std::filesystem::path archive = "/archive";
   const std::filesystem::path fallback = "/home/logs/crv.log";

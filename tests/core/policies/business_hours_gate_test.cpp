@@ -1,8 +1,7 @@
 #include "core/policies/business_hours_gate.h"
 
-#include <gtest/gtest.h>
-
 #include "core/policies/calendar_days.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -15,21 +14,12 @@ BusinessHoursGate gate(const std::optional<std::string>& start, const std::optio
   return {start, end, kBerlin};
 }
 
-struct WindowCase {
-  const char* start;
-  const char* end;
-  const char* now;
-  bool within;
-  const char* nextEnd;
-};
-
 TEST(BusinessHoursGate, HoldsMomentsFromStartUpToTheEnd) {
-  const WindowCase cases[] = {
+  const std::tuple<const char*, const char*, const char*, bool, const char*> cases[] = {
       {"09:00", "17:00", "2026-11-18 08:59", false, "2026-11-18 17:00"},
       {"09:00", "17:00", "2026-11-18 09:00", true, "2026-11-18 17:00"},
       {"09:00", "17:00", "2026-11-18 16:59", true, "2026-11-18 17:00"},
       {"09:00", "17:00", "2026-11-18 17:00", false, "2026-11-19 17:00"},
-      // Over midnight.
       {"22:00", "06:00", "2026-11-18 23:30", true, "2026-11-19 06:00"},
       {"22:00", "06:00", "2026-11-19 05:59", true, "2026-11-19 06:00"},
       {"22:00", "06:00", "2026-11-19 06:00", false, "2026-11-20 06:00"},

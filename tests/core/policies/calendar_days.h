@@ -9,7 +9,6 @@
 
 namespace corvane {
 
-// The zone, which the machine must know.
 inline Calendar zone(const std::string& name) { return Calendar::named(name).value(); }
 
 // "2026-03-29 02:30" on the local clock, by the rules of Calendar::at for times that are none or two.

@@ -1,19 +1,14 @@
 #include "core/policies/deferral_manager.h"
 
-#include <gtest/gtest.h>
-
-#include <vector>
-
 #include "core/policies/calendar_days.h"
 #include "core/policies/deferral_limit_summary.h"
 #include "support/scripted_preferences.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
 
-class DeferralManagerTest : public ::testing::Test, protected testing::ScriptedPreferences {
- protected:
-  // Callers make a fresh one whenever they need it, and so do the tests.
+struct DeferralManagerTest : ::testing::Test, protected testing::ScriptedPreferences {
   DeferralManager manager() { return {config_, preferences, machine.clock(), zone("Europe/Berlin")}; }
   Date now() { return machine.now(); }
   void storeDate(const char* key, Date date) { preferences.writePreference(key, PlistValue(date)); }

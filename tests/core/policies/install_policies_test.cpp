@@ -1,7 +1,4 @@
 // What an installation will do, what it meant, and what follows.
-#include <gtest/gtest.h>
-
-#include <set>
 
 #include "core/policies/deferral_install_behavior_resolver.h"
 #include "core/policies/installomator_exit_code.h"
@@ -9,6 +6,7 @@
 #include "core/policies/patch_error_follow_up.h"
 #include "platform/scripted/scripted_files.h"
 #include "platform/scripted/virtual_time.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {

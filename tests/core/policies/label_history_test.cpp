@@ -1,10 +1,7 @@
 #include "core/policies/label_history.h"
 
-#include <gtest/gtest.h>
-
-#include <vector>
-
 #include "core/preferences/configuration.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -74,7 +71,6 @@ TEST(LabelFailureHistory, HoldsAtOnceWhereAnotherTryCannotHelp) {
     EXPECT_FALSE(held({{failure, code}}, "2.1")) << "a new version is tried";
     EXPECT_FALSE(held({{failure, code}}, "2.0", kStart + 1s)) << "a new cycle is tried";
     EXPECT_FALSE(held({{failure, code}, {success, 0}})) << code;
-    // Older failures do not take the hold back into the cycle before.
     EXPECT_TRUE(held({{failure, 2}, {failure, 2}, {failure, code}}, "2.0", kStart + 2h)) << code;
   }
 }

@@ -1,11 +1,8 @@
 #include "core/policies/patching_cadence_manager.h"
 
-#include <gtest/gtest.h>
-
-#include <vector>
-
 #include "core/policies/calendar_days.h"
 #include "core/preferences/configuration.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -80,17 +77,10 @@ TEST(PatchingCadenceManager, HoldsEveryHourOfTwoYears) {
   }
 }
 
-struct ArmedCase {
-  PatchingCadenceSettings settings;
-  const char* now;
-  const char* start;
-  const char* next;
-};
-
 TEST(PatchingCadenceManager, ArmsTheMostRecentConfiguredStart) {
   using enum OrdinalValue;
   using enum WeekdayIndex;
-  const ArmedCase cases[] = {
+  const std::tuple<PatchingCadenceSettings, const char*, const char*, const char*> cases[] = {
       {weekly(2, 7), "2026-11-22 21:00", "2026-11-16", "2026-11-23"},
       {weekly(1, 7), "2026-11-22 00:00", "2026-11-22", "2026-11-29"},
       {weekly(2, 14), "2026-11-22 21:00", "2026-11-16", "2026-11-30"},
@@ -118,39 +108,35 @@ TEST(PatchingCadenceManager, GivesTheFirstCycleOfAMachineTheAnchorOfItsFleet) {
   EXPECT_EQ(daily.manager.freshInstallCycle(daily.at("2026-11-20 15:00")), daily.cycle("2026-11-20", "2026-11-21"));
 }
 
-struct RollCase {
-  const char* what;
-  PatchingCadenceSettings settings;
-  const char* start;
-  const char* end;
-  const char* now;
-  const char* newStart;
-  const char* newEnd;
-};
-
 TEST(PatchingCadenceManager, RollsForwardInWholeSteps) {
   using enum OrdinalValue;
   using enum WeekdayIndex;
-  const RollCase cases[] = {
-      {"in time", weekly(2, 7), "2026-11-16", "2026-11-23", "2026-11-23 00:00", "2026-11-23", "2026-11-30"},
-      {"slept for 24 days", weekly(2, 14), "2026-11-02", "2026-11-16", "2026-12-10 09:00", "2026-11-30", "2026-12-14"},
-      {"over a clock change", weekly(1, 7), "2026-10-18", "2026-10-25", "2026-10-25 23:00", "2026-10-25", "2026-11-01"},
-      {"not due yet", weekly(2, 7), "2026-11-16", "2026-11-23", "2026-11-20 00:00", "2026-11-16", "2026-11-23"},
-      {"weekday changed", weekly(4, 7), "2026-11-16", "2026-11-23", "2026-11-23 08:00", "2026-11-23", "2026-11-25"},
-      {"weekday changed, slept", weekly(4, 7), "2026-11-16", "2026-11-23", "2026-11-27 08:00", "2026-11-25",
-       "2026-12-02"},
-      {"length that drifts", weekly(2, 10), "2026-11-16", "2026-11-26", "2026-11-26 08:00", "2026-11-26", "2026-12-06"},
-      {"monthly", monthly(second, tuesday), "2026-10-13", "2026-11-10", "2026-11-22 08:00", "2026-11-10", "2026-12-08"},
-      {"now monthly", monthly(second, tuesday), "2026-11-09", "2026-11-16", "2026-11-16 08:00", "2026-11-16",
-       "2026-12-08"},
-  };
-  for (const auto& c : cases) {
-    const Fixture f(c.settings);
-    auto state = f.cycle(c.start, c.end);
+  const std::tuple<const char*, PatchingCadenceSettings, const char*, const char*, const char*, const char*,
+                   const char*>
+      cases[] = {
+          {"in time", weekly(2, 7), "2026-11-16", "2026-11-23", "2026-11-23 00:00", "2026-11-23", "2026-11-30"},
+          {"slept for 24 days", weekly(2, 14), "2026-11-02", "2026-11-16", "2026-12-10 09:00", "2026-11-30",
+           "2026-12-14"},
+          {"over a clock change", weekly(1, 7), "2026-10-18", "2026-10-25", "2026-10-25 23:00", "2026-10-25",
+           "2026-11-01"},
+          {"not due yet", weekly(2, 7), "2026-11-16", "2026-11-23", "2026-11-20 00:00", "2026-11-16", "2026-11-23"},
+          {"weekday changed", weekly(4, 7), "2026-11-16", "2026-11-23", "2026-11-23 08:00", "2026-11-23", "2026-11-25"},
+          {"weekday changed, slept", weekly(4, 7), "2026-11-16", "2026-11-23", "2026-11-27 08:00", "2026-11-25",
+           "2026-12-02"},
+          {"length that drifts", weekly(2, 10), "2026-11-16", "2026-11-26", "2026-11-26 08:00", "2026-11-26",
+           "2026-12-06"},
+          {"monthly", monthly(second, tuesday), "2026-10-13", "2026-11-10", "2026-11-22 08:00", "2026-11-10",
+           "2026-12-08"},
+          {"now monthly", monthly(second, tuesday), "2026-11-09", "2026-11-16", "2026-11-16 08:00", "2026-11-16",
+           "2026-12-08"},
+      };
+  for (const auto& [what, settings, start, end, now, newStart, newEnd] : cases) {
+    const Fixture f(settings);
+    auto state = f.cycle(start, end);
     state.lastPatchingCompletionDate = f.at("2026-11-17 10:00");
-    auto expected = f.cycle(c.newStart, c.newEnd);
+    auto expected = f.cycle(newStart, newEnd);
     expected.lastPatchingCompletionDate = state.lastPatchingCompletionDate;
-    EXPECT_EQ(f.manager.rolledForwardCycle(state, f.at(c.now)), expected) << c.what;
+    EXPECT_EQ(f.manager.rolledForwardCycle(state, f.at(now)), expected) << what;
   }
 }
 

@@ -1,5 +1,4 @@
 // The policies of one question each.
-#include <gtest/gtest.h>
 
 #include "core/policies/at_login_pass_policy.h"
 #include "core/policies/error_retry_watch.h"
@@ -20,6 +19,7 @@
 #include "platform/scripted/scripted_running_applications.h"
 #include "platform/scripted/scripted_surroundings.h"
 #include "support/scripted_preferences.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -99,12 +99,7 @@ TEST(FocusModeDetector, WeighsDoNotDisturbAndWhoKeepsTheDisplayAwake) {
   const Holders none(std::in_place);
   const Holders zoom({"zoom.us"});
   const Holders unreadable;
-  const struct {
-    std::optional<bool> disturbed;
-    Holders holders;
-    bool active;
-    const char* diagnostic;
-  } rows[] = {
+  const std::tuple<std::optional<bool>, Holders, bool, const char*> rows[] = {
       {false, none, false, "Do Not Disturb off, no display assertion"},
       {true, none, true, "Do Not Disturb on, no display assertion"},
       {false,
@@ -116,15 +111,15 @@ TEST(FocusModeDetector, WeighsDoNotDisturbAndWhoKeepsTheDisplayAwake) {
       {true, unreadable, true, "Do Not Disturb on, display assertions unreadable"},
       {std::nullopt, unreadable, false, "Do Not Disturb unreadable, display assertions unreadable"},
   };
-  for (const auto& row : rows) {
+  for (const auto& [disturbed, holders, active, diagnostic] : rows) {
     ScriptedFocusState state;
-    state.disturbed = row.disturbed;
-    state.holders = row.holders;
+    state.disturbed = disturbed;
+    state.holders = holders;
     EXPECT_EQ(FocusModeDetector::evaluate(state, ignored),
-              (FocusModeDetector::Evaluation{.isActive = row.active,
-                                             .doNotDisturbUnreadable = !row.disturbed,
-                                             .displayCheckInconclusive = !row.holders,
-                                             .diagnostic = row.diagnostic}));
+              (FocusModeDetector::Evaluation{.isActive = active,
+                                             .doNotDisturbUnreadable = !disturbed,
+                                             .displayCheckInconclusive = !holders,
+                                             .diagnostic = diagnostic}));
   }
 }
 

@@ -1,9 +1,6 @@
 #include "core/policies/version_comparator.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -86,53 +83,44 @@ TEST(VersionComparator, AtLeastLooksAtABuildOnlyWhenBothSidesNameOne) {
   EXPECT_TRUE(VersionComparator::isAtLeast("1.0+abc", "1.0+def")) << "a hash is no order";
 }
 
-struct UpdateCase {
-  std::optional<std::string> installed;
-  std::optional<std::string> build;
-  std::optional<std::string> available;
-  bool atLeast;
-  bool equalTo;
-};
-
 TEST(VersionComparator, FindsUpdatesByEitherFormOfTheInstalledVersion) {
-  const UpdateCase cases[] = {
-      // Nothing known to be available is no update.
-      {"1.0", "1", std::nullopt, false, false},
-      {"1.0", "1", " ", false, false},
-      {"1.0", std::nullopt, "unknown", false, true},
-      // Nothing known to be installed is one.
-      {std::nullopt, std::nullopt, "2.0", true, true},
-      {"", "", "2.0", true, true},
-      // One form.
-      {"1.9", std::nullopt, "1.10", true, true},
-      {"1.10", std::nullopt, "1.10.0", false, true},
-      {"2.0", std::nullopt, "1.10", false, true},
-      {" 2.0\n", std::nullopt, "2.0", false, false},
-      {std::nullopt, "4700", "4711", true, true},
-      {"v3-beta2", std::nullopt, "3", true, true},
-      // The label tells build numbers.
-      {"3.2", "4700", "4711", true, true},
-      {"3.2", "4711", "4711", false, false},
-      {"3.2", "4712", "4711", false, true},
-      {"3.2", "100", "99", false, true},
-      {"2024.1", "1490", "1500", true, true},
-      {"17.2017", "17.0.1", "17.0.2", false, true},
-      // A build number says nothing against a version of the other kind.
-      {"5.0", "2847", "6.0.1", true, true},
-      {"1.2", "3", "2.0", true, true},
-      {"139.0.7258.139", "7258.139", "139.0.7258.155", true, true},
-      {"5.0", "1234", "6", true, true},
-      {"2023.1", "5512", "2024", true, true},
-      // A form that names the very release, however the other is written.
-      {"5", "1.0", "5.0", false, true},
-      {"16", "1.0.0", "16.0", false, true},
-      {"1.2.3", "5", "5.0.0", false, true},
-      {"4", "1.0", "5.0", true, true},
-      // Two forms of one kind: either will do.
-      {"2.9", "2.10.0", "2.10", false, true},
-      {"2.10", "2.9.7", "2.10", false, false},
-      {"1.0", "2.0", "2.0", false, false},
-  };
+  const std::tuple<std::optional<std::string>, std::optional<std::string>, std::optional<std::string>, bool, bool>
+      cases[] = {
+          // Nothing known to be available is no update.
+          {"1.0", "1", std::nullopt, false, false},
+          {"1.0", "1", " ", false, false},
+          {"1.0", std::nullopt, "unknown", false, true},
+          // Nothing known to be installed is one.
+          {std::nullopt, std::nullopt, "2.0", true, true},
+          {"", "", "2.0", true, true},
+          {"1.9", std::nullopt, "1.10", true, true},
+          {"1.10", std::nullopt, "1.10.0", false, true},
+          {"2.0", std::nullopt, "1.10", false, true},
+          {" 2.0\n", std::nullopt, "2.0", false, false},
+          {std::nullopt, "4700", "4711", true, true},
+          {"v3-beta2", std::nullopt, "3", true, true},
+          {"3.2", "4700", "4711", true, true},
+          {"3.2", "4711", "4711", false, false},
+          {"3.2", "4712", "4711", false, true},
+          {"3.2", "100", "99", false, true},
+          {"2024.1", "1490", "1500", true, true},
+          {"17.2017", "17.0.1", "17.0.2", false, true},
+          // A build number says nothing against a version of the other kind.
+          {"5.0", "2847", "6.0.1", true, true},
+          {"1.2", "3", "2.0", true, true},
+          {"139.0.7258.139", "7258.139", "139.0.7258.155", true, true},
+          {"5.0", "1234", "6", true, true},
+          {"2023.1", "5512", "2024", true, true},
+          // A form that names the very release, however the other is written.
+          {"5", "1.0", "5.0", false, true},
+          {"16", "1.0.0", "16.0", false, true},
+          {"1.2.3", "5", "5.0.0", false, true},
+          {"4", "1.0", "5.0", true, true},
+          // Two forms of one kind: either will do.
+          {"2.9", "2.10.0", "2.10", false, true},
+          {"2.10", "2.9.7", "2.10", false, false},
+          {"1.0", "2.0", "2.0", false, false},
+      };
   for (const auto& [installed, build, available, atLeast, equalTo] : cases) {
     const auto name = installed.value_or("-") + " (" + build.value_or("-") + ") / " + available.value_or("-");
     EXPECT_EQ(VersionComparator::hasUpdate(installed, build, available, isAtLeast), atLeast) << name;

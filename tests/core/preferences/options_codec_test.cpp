@@ -1,19 +1,14 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
-#include <filesystem>
 
 #include "core/preferences/options_codec.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 constexpr auto kDefaults =
     "BLOCKING_PROCESS_ACTION=tell_user IGNORE_APP_STORE_APPS=no INTERRUPT_DND=yes LOGO=appstore NOTIFY=success "

@@ -1,20 +1,15 @@
 #include "core/preferences/preference_manager.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <thread>
 
 #include "core/preferences/display_title.h"
 #include "support/scripted_preferences.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
 
-using ::testing::ElementsAre;
-
-class PreferenceManagerTest : public ::testing::Test, protected testing::ScriptedPreferences {
- protected:
+struct PreferenceManagerTest : ::testing::Test, protected testing::ScriptedPreferences {
   const Date date = *parseIso8601("2026-11-22T21:04:42Z");
 
   bool userHas(std::string_view key) const { return domains.user().values->contains(key); }
@@ -204,14 +199,7 @@ TEST_F(PreferenceManagerTest, StateComesBack) {
   preferences.clearUpdateAllErrorClearedLabels();
   EXPECT_TRUE(preferences.readUpdateAllErrorClearedLabels().empty());
 
-  preferences.writeLastObservedHelperPatchRunID("r1");
-  preferences.writeFirstRunSetupCompleted(true);
-  preferences.writeLastNotifiedPendingUpdatesCount(4);
   preferences.writePreference("HardDeferralCount", 2);
-  EXPECT_EQ(preferences.readLastObservedHelperPatchRunID(), "r1");
-  EXPECT_EQ(preferences.readLastObservedScheduledDiscoveryRunID(), std::nullopt);
-  EXPECT_TRUE(preferences.readFirstRunSetupCompleted());
-  EXPECT_EQ(preferences.readLastNotifiedPendingUpdatesCount(), 4);
   EXPECT_EQ(preferences.readDeferralInfo(), (DeferralInfo{.hardDeferralCount = 2}));
   EXPECT_EQ(preferences.readDeferralDialogPrimaryButton(), "continue");
   domains.setManaged({{"DeferralDialogPrimaryButton", "Defer"}, {"MenuBarHideQuit", true}});

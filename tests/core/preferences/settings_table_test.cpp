@@ -1,13 +1,10 @@
-#include <gtest/gtest.h>
-
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <set>
 #include <sstream>
 
 #include "core/preferences/setting_values.h"
 #include "core/preferences/settings_table.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {
@@ -56,15 +53,6 @@ TEST(SettingsTable, SecretsAreMarked) {
   }
   EXPECT_EQ(neverLogged, (std::set<std::string_view>{"GitHubAPIToken", "WebhookURLSlack", "WebhookURLTeams"}));
   EXPECT_EQ(redacted, (std::set<std::string_view>{"WebhookURLSlack", "WebhookURLTeams"}));
-}
-
-TEST(SettingsTable, GroupsHoldTheirKeys) {
-  EXPECT_EQ(keysOf<ManagedGroup::installomator>().size(), 2U);
-  EXPECT_EQ(keysOf<ManagedGroup::deferralSettings>().size(), 14U);
-  EXPECT_EQ(keysOf<ManagedGroup::labels>().size(), 4U);
-  EXPECT_EQ(keysOf<ManagedGroup::backgroundPatch>().size(), 10U);
-  EXPECT_EQ(keysOf<ManagedGroup::selfUpdate>().size(), 5U);
-  EXPECT_EQ(keysOf<ManagedGroup::supportInfo>().size(), 4U);
 }
 
 TEST(SettingsTable, NumbersAtTheirLimitsPassAndOnePastDoesNot) {

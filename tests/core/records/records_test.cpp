@@ -1,9 +1,7 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "core/records/deferral_records.h"
 #include "core/records/helper_records.h"
 #include "core/records/history_records.h"
+#include "support/test.h"
 
 namespace corvane {
 namespace {

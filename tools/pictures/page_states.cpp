@@ -1,4 +1,4 @@
-#include "ui/page_states.h"
+#include "pictures/page_states.h"
 
 #include <fmt/format.h>
 
@@ -110,7 +110,6 @@ PageState completed() {
       "Patching is complete for this cycle. The next cycle starts November 9, 2026.";
   state.facts.cycleComplete = true;
   count(state);
-  // What is outdated waits, and nothing counts as pending.
   state.fields.inventory.updatesAwaitingNextCycle = std::exchange(state.fields.inventory.pendingUpdates, 0);
   state.statusLine = statusLine(state.fields, kNow);
   state.statusSymbol = std::string(statusSymbolName(state.fields, kNow));

@@ -37,7 +37,6 @@ struct PageState {
 // A Mac in use: current, outdated, failed, held, foreign, store-managed, unanswered, missing and long names.
 [[nodiscard]] PageState ordinaryState();
 
-// One application with `name`, outdated.
 [[nodiscard]] AppInfo outdatedApp(std::string label, std::string name);
 
 // All that is drawn into pictures, light and dark.

@@ -8,13 +8,13 @@
 #include <string>
 #include <vector>
 
+#include "pictures/page_states.h"
+#include "pictures/prompt_states.h"
 #include "ui/confirmation_bridge.h"
 #include "ui/dashboard_window.h"
 #include "ui/floating_panel.h"
 #include "ui/page_engine.h"
-#include "ui/page_states.h"
 #include "ui/prompt_bridge.h"
-#include "ui/prompt_states.h"
 #include "ui/windows_application.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "ui/prompt_states.h"
+#include "pictures/prompt_states.h"
 
 #include "platform/scripted/scripted_locale.h"
 #include "platform/scripted/virtual_time.h"
