@@ -80,10 +80,13 @@ TEST_F(PosixPreferenceDomainsTest, TheFormAndTheModeOfTheFileAreKept) {
 
   folder_.write("d.plist", writePlist(PlistValue(PlistDict{{"A", 2}}), PlistFormat::xml).value());
   ASSERT_EQ(::chmod(user_.c_str(), 0640), 0);
+  const auto before = domains_.user().version;
   ASSERT_TRUE(domains_.changeUser([](PlistDict& values) { values["B"] = true; }));
+  ASSERT_TRUE(domains_.changeUser([](PlistDict& values) { values["C"] = Date(1'500ms); }));
+  EXPECT_EQ(domains_.user().version, before + 2) << "the half second that text rounds is no other program's change";
   const auto written = parsePlist(TemporaryFolder::read(user_));
   EXPECT_EQ(written->format, PlistFormat::xml);
-  EXPECT_EQ(*written->root.dict(), (PlistDict{{"A", 2}, {"B", true}}));
+  EXPECT_EQ(*written->root.dict(), (PlistDict{{"A", 2}, {"B", true}, {"C", Date(2s)}}));
   EXPECT_EQ(std::filesystem::status(user_).permissions(), std::filesystem::perms(0640));
 }
 

@@ -151,6 +151,9 @@ Status PosixPreferenceDomains::replaceUser(const Loaded& old, PlistDict values) 
     if (auto aside = setAside(user_.path); !aside) return aside;
   if (auto written = writeFileAtomically(user_.path, *bytes, mode); !written) return written;
 
+  // As it will be read: text has whole seconds of a date, and the rest would look like another's change.
+  if (old.format == PlistFormat::xml)
+    if (const auto reread = parsePlist(*bytes); reread && reread->root.dict()) values = *reread->root.dict();
   const std::lock_guard guard(mutex_);
   user_.snapshot = {std::make_shared<const PlistDict>(std::move(values)), nextVersion_++};
   user_.identity = FileIdentity::of(user_.path);
