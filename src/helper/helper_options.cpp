@@ -16,11 +16,12 @@ namespace {
 constexpr std::array<std::string_view, 5> kNames = {"--root", "--user", "--user-home", "--own-work-after",
                                                     "--installomator-source"};
 
+constexpr std::string_view kUsage =
+    "usage: CorvaneRootHelper [--root PATH] [--user NAME] [--user-home PATH] [--own-work-after SECONDS] "
+    "[--installomator-source URL]";
+
 std::unexpected<Error> usage(std::string_view trouble) {
-  return failure("CRVHelperOptions", 1,
-                 fmt::format("{}\nusage: CorvaneRootHelper [--root PATH] [--user NAME] [--user-home PATH] "
-                             "[--own-work-after SECONDS] [--installomator-source URL]",
-                             trouble));
+  return failure("CRVHelperOptions", 1, fmt::format("{}\n{}", trouble, kUsage));
 }
 
 Status takeSeconds(std::chrono::seconds& seconds, std::string_view name, std::string_view value) {
@@ -54,6 +55,19 @@ Status take(HelperOptions& options, std::string_view name, const std::string& va
 }
 
 }  // namespace
+
+std::string helperHelp() {
+  return fmt::format(
+      "{}\n\n"
+      "The root helper of Corvane. The service manager starts it, or Corvane for a user of its own.\n\n"
+      "  --root PATH                   the system root it serves; the machine's own without it\n"
+      "  --user NAME                   whose preferences count, instead of who sits at the machine\n"
+      "  --user-home PATH              the home of that user\n"
+      "  --own-work-after SECONDS      how long after its start it begins work of its own, 0 to 86400\n"
+      "  --installomator-source URL    where Installomator is fetched from\n"
+      "  --help                        this text\n",
+      kUsage);
+}
 
 Result<HelperOptions> HelperOptions::parse(std::span<const char* const> arguments) {
   HelperOptions options;

@@ -25,4 +25,7 @@ struct HelperOptions {
   [[nodiscard]] static Result<HelperOptions> parse(std::span<const char* const> arguments);
 };
 
+// The text for --help.
+[[nodiscard]] std::string helperHelp();
+
 }  // namespace corvane

@@ -12,8 +12,10 @@ namespace {
 constexpr mode_t kMode = 0644;
 constexpr std::string_view kVersion = "version";
 constexpr std::string_view kLastPass = "lastPassConcludedAt";
-constexpr std::array<std::string_view, 5> kOwnFields = {kVersion, kLastPass, "lastBackgroundPatchSummary", "currentRun",
-                                                        "lastScheduledDiscoverySummary"};
+constexpr std::string_view kCutOff = "passesCutOff";
+constexpr int kCutOffBeforeWait = 2;
+constexpr std::array<std::string_view, 6> kOwnFields = {
+    kVersion, kLastPass, kCutOff, "lastBackgroundPatchSummary", "currentRun", "lastScheduledDiscoverySummary"};
 
 JsonObject withoutOwnFields(const JsonObject& object) {
   std::vector<JsonObject::Entry> kept;
@@ -34,7 +36,11 @@ void HelperStateFile::settle() {
   if (!left) return;
   log_.warning(fmt::format("A background pass of an earlier helper did not come to its end: {} of {} label(s) done.",
                            left->completedCount, left->totalLabels));
-  store();
+  if (++cutOff_ >= kCutOffBeforeWait) {
+    log_.warning(fmt::format("{} passes in a row were cut off; the next waits for its interval.", cutOff_));
+    lastPass_ = clock_.now();
+  }
+  (void)store();
 }
 
 void HelperStateFile::read() {
@@ -46,14 +52,16 @@ void HelperStateFile::read() {
   const auto json = parseJson(*text);
   auto state = json ? helperPatchStateFromJson(*json) : Result<HelperPatchState>(std::unexpected(json.error()));
   const auto* version = json ? json->find(kVersion) : nullptr;
-  if (version && version->integer().value_or(0) > kHelperStateVersion)
-    bad_ = fmt::format("a later version of Corvane wrote it ({})", version->integer().value_or(0));
+  if (version && version->integer().value_or(kHelperStateVersion + 1) > kHelperStateVersion)
+    bad_ = fmt::format("a later version of Corvane wrote it ({})", writeJson(*version));
   else if (!state)
     bad_ = state.error().text;
   if (bad_) return;
   state_ = std::move(*state);
   others_ = withoutOwnFields(*json->object());
   const auto* lastPass = json->find(kLastPass);
+  const auto* cutOff = json->find(kCutOff);
+  if (cutOff) cutOff_ = std::max<std::int64_t>(0, cutOff->integer().value_or(0));
   if (lastPass && lastPass->number()) lastPass_ = dateFromSecondsSince2001(*lastPass->number());
 }
 
@@ -76,43 +84,46 @@ Status HelperStateFile::write() {
   JsonObject object = others_;
   object.set(std::string(kVersion), kHelperStateVersion);
   if (lastPass_) object.set(std::string(kLastPass), secondsSince2001(*lastPass_));
+  if (cutOff_ > 0) object.set(std::string(kCutOff), cutOff_);
   for (const auto& [key, value] : state.object()->entries()) object.set(key, value);
   return files_.replace(file_, writeJson(object) + "\n", kMode);
 }
 
-void HelperStateFile::store() {
-  const auto written = write();
+Status HelperStateFile::store() {
+  auto written = write();
   if (!written && !failing_) log_.error(fmt::format("The helper's state cannot be written: {}", written.error().text));
   failing_ = !written;
+  return written;
 }
 
 void HelperStateFile::passGoesOn(HelperBackgroundCurrentRun run) {
   if (state_.currentRun == run) return;
   state_.currentRun = std::move(run);
-  store();
+  (void)store();
 }
 
 void HelperStateFile::passEnded(BackgroundPatchSummary summary) {
   state_.currentRun.reset();
   lastPass_ = summary.completedAt;
+  cutOff_ = 0;
   state_.lastBackgroundPatchSummary = std::move(summary);
-  store();
+  (void)store();
 }
 
 void HelperStateFile::passCutOff() {
-  if (std::exchange(state_.currentRun, std::nullopt)) store();
+  if (std::exchange(state_.currentRun, std::nullopt)) (void)store();
 }
 
 void HelperStateFile::passConcluded(Date when) {
   lastPass_ = when;
-  store();
+  cutOff_ = 0;
+  (void)store();
 }
 
 Status HelperStateFile::discoveryEnded(const ScheduledDiscoverySummary& summary, const Apps& apps) {
   if (auto written = files_.replace(apps_, writeJson(toJson(apps)) + "\n", kMode); !written) return written;
   state_.lastScheduledDiscoverySummary = summary;
-  store();
-  return {};
+  return store();
 }
 
 }  // namespace corvane

@@ -28,7 +28,8 @@ class HelperStateFile {
                   LogSink& log);
 
   // At start, once this helper is the only one, and before all else: reads what is there. A pass that a killed helper
-  // left is told to the log and taken out.
+  // left is told to the log and taken out. One may try again at once, and whatever ends a helper may do so again: from
+  // the second in a row on the next pass waits for its interval.
   void settle();
 
   // The background pass: it began or went on; it ended with its summary, in the write that takes out the current run;
@@ -50,7 +51,7 @@ class HelperStateFile {
   void read();
   [[nodiscard]] Status setAside(std::string_view reason);
   [[nodiscard]] Status write();
-  void store();
+  Status store();  // a failure is told once, until it works again
 
   std::filesystem::path file_;
   std::filesystem::path apps_;
@@ -58,6 +59,7 @@ class HelperStateFile {
   const Clock& clock_;
   Logger log_;
   HelperPatchState state_;
+  std::int64_t cutOff_ = 0;  // passes in a row that were left by helpers that ended in them
   std::optional<Date> lastPass_;
   JsonObject others_;               // fields of the file that are none of ours
   std::optional<std::string> bad_;  // why the file that is there must be set aside

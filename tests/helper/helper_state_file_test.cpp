@@ -74,6 +74,18 @@ TEST_F(StateFile, ThePassOfAKilledHelperIsTakenOutAndToldOnce) {
   EXPECT_TRUE(log.lines().empty());
 }
 
+TEST_F(StateFile, WhatEndsOneHelperAfterTheOtherWaitsForTheInterval) {
+  open().passGoesOn(run);
+  EXPECT_EQ(open().lastPassConcludedAt(), std::nullopt) << "one may try again at once";
+  open().passGoesOn(run);
+  EXPECT_EQ(open().lastPassConcludedAt(), machine.now());
+  auto third = open();
+  third.passGoesOn(run);
+  third.passEnded(summary);
+  third.passGoesOn(run);
+  EXPECT_EQ(open().lastPassConcludedAt(), summary.completedAt) << "counted anew";
+}
+
 TEST_F(StateFile, FieldsThatItDoesNotKnowStay) {
   files.put(kState, R"({"colour":"blue","lastPassConcludedAt":7})");
   auto file = open();

@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <string_view>
 
 #include "base/localized.h"
 #include "base/notification_center.h"
@@ -61,6 +62,8 @@ constexpr Duration kStopLimit = kToolStopGrace + 5s;
 // How often what work has left free goes back to the system. A check of many labels takes megabytes for a minute, the
 // helper lives for months.
 constexpr Duration kTidying = 1min;
+// How often old staged installers are looked for where nothing new is staged.
+constexpr Duration kClearing = 24h;
 constexpr const char* kNobodysHome = "/var/empty";
 
 // Where the tool is fetched from: on a tree that somebody made only when told so.
@@ -252,11 +255,14 @@ class Daemon {
     record_.settle();
     stagingRecord_.settle();
     if (auto ready = staged_.settle(); !ready) log.error(fmt::format("Nothing can be staged: {}", ready.error().text));
+    clearStaged();
     state_.settle();
     log.info(fmt::format("Version {} serves {} as user {}.", CORVANE_VERSION, options_.root.string(), geteuid()));
     auto heartbeat = std::make_unique<Heartbeat>(places_.helperHeartbeat(), files_, clock_, main_, log_);
     toolKeeper_.start();
     ownWork_.start();
+    const auto clearing = main_.every(
+        kClearing, [this] { clearStaged(); }, kClearing / 2);
     const auto tidying = main_.every(
         kTidying, [] { malloc_trim(0); }, kTidying / 2);
     Lease limit;
@@ -285,6 +291,11 @@ class Daemon {
   }
 
  private:
+  // Those that grew old; who stages looks besides for those that a newer version has replaced.
+  void clearStaged() {
+    staged_.sweep([](const StagedInstaller&) { return true; });
+  }
+
   [[nodiscard]] CorvaneConstants constantsForHome(const std::filesystem::path& home) const {
     return {.root = options_.root, .home = home};
   }
@@ -368,6 +379,10 @@ Status checkRoot(const std::filesystem::path& root) {
 }
 
 int serve(int count, char** arguments) {
+  if (count == 2 && std::string_view(arguments[1]) == "--help") {
+    fmt::print("{}", helperHelp());
+    return 0;
+  }
   const auto options = HelperOptions::parse(std::span(arguments + 1, static_cast<std::size_t>(count - 1)));
   umask(022);
   auto root = options ? checkRoot(options->root) : Status(std::unexpected(options.error()));
