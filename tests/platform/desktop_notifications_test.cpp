@@ -39,6 +39,7 @@ class Session {
     link = std::make_unique<BusLink>(loop.loop(), loop.mainQueue(), work, bus.address(), kBrisk);
     return std::make_unique<DesktopNotifications>(DesktopNotifications::Surroundings{.session = *link,
                                                                                      .main = loop.mainQueue(),
+                                                                                     .clock = loop.clock(),
                                                                                      .application = application,
                                                                                      .folder = runtime.path(),
                                                                                      .limit = limit});
@@ -275,6 +276,7 @@ TEST_F(DesktopNotificationsTest, WhatStaysIsCriticalAndHasNoEnd) {
   BusLink link(session_.loop.loop(), session_.loop.mainQueue(), session_.work, session_.bus.address(), kBrisk);
   DesktopNotifications notifications({.session = link,
                                       .main = session_.loop.mainQueue(),
+                                      .clock = session_.loop.clock(),
                                       .application = session_.application,
                                       .folder = session_.runtime.path(),
                                       .stay = true});
@@ -313,6 +315,7 @@ TEST_F(DesktopNotificationsTest, WithoutAServiceTheErrorSaysWhatIsMissing) {
   BusLink none(session_.loop.loop(), session_.loop.mainQueue(), session_.work, std::nullopt);
   DesktopNotifications lonely({.session = none,
                                .main = session_.loop.mainQueue(),
+                               .clock = session_.loop.clock(),
                                .application = session_.application,
                                .folder = session_.runtime.path() / "not there"});
   EXPECT_EQ(add(lonely, note("a"))->text, "There is no desktop session to show notifications in.");

@@ -12,12 +12,14 @@ namespace corvane::testing {
 constexpr Duration kPatience = 30s;  // a failing test's, never a passing one's
 
 struct RealClock {
-  SystemClock clock;
+  SystemClock real;
 };
 
 class RealLoop : RealClock, public UvMainLoop {
  public:
-  RealLoop() : UvMainLoop(clock) {}
+  RealLoop() : UvMainLoop(real) {}
+
+  [[nodiscard]] const Clock& clock() const { return real; }
 
   // Looks again every few milliseconds: nothing in the loop tells of other processes.
   bool wait(const std::function<bool()>& done) {

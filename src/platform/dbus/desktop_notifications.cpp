@@ -112,6 +112,7 @@ class DesktopNotifications::Impl {
   explicit Impl(const Surroundings& surroundings)
       : session_(surroundings.session),
         main_(surroundings.main),
+        clock_(surroundings.clock),
         application_(surroundings.application),
         limit_(surroundings.limit),
         stay_(surroundings.stay),
@@ -144,7 +145,7 @@ class DesktopNotifications::Impl {
     if (!notification.delay) return order(Show{.notification = std::move(notification), .done = std::move(done)});
     const auto identifier = notification.identifier;
     const auto delay = *notification.delay;
-    pending_[identifier] = main_.after(delay, [this, waiting = std::move(notification)]() mutable {
+    pending_[identifier] = main_.at(clock_.now() + delay, [this, waiting = std::move(notification)]() mutable {
       const auto due = pending_.extract(waiting.identifier);
       order(Show{.notification = std::move(waiting)});
     });
@@ -361,6 +362,7 @@ class DesktopNotifications::Impl {
 
   BusLink& session_;
   MainQueue& main_;
+  const Clock& clock_;
   const Application& application_;
   Duration limit_;
   bool stay_;

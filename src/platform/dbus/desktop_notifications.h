@@ -6,6 +6,7 @@
 
 #include "base/main_queue.h"
 #include "platform/application.h"
+#include "platform/clock.h"
 #include "platform/dbus/bus_link.h"
 #include "platform/user_notifications.h"
 
@@ -18,13 +19,15 @@ struct DesktopNotificationError {
 
 // What is asked is carried out in the order asked, one after the other, so an answer also tells that all of before has
 // gone out. When the service does not answer one, those that waited behind it fail with it; a service that comes back
-// to life later takes away what was told to have failed. A notification with a delay waits in this process and dies
-// with it. A notification that was chosen goes away, also where the service would keep it.
+// to life later takes away what was told to have failed. A notification with a delay waits in this process, by wall
+// time, so that a machine that slept is not told of it later than was meant, and dies with it. A notification that was
+// chosen goes away, also where the service would keep it.
 class DesktopNotifications final : public UserNotifications {
  public:
   struct Surroundings {
     BusLink& session;
     MainQueue& main;
+    const Clock& clock;
     const Application& application;  // asked whether it is in front
     std::filesystem::path folder;    // of this session's runtime: remembers here what is shown, for later processes
     Duration limit = 5s;             // how long the service may take to show one

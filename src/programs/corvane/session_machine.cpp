@@ -32,6 +32,7 @@ SessionMachine::SessionMachine(UserMachine& machine)
       console(system, utmp),
       notifications({.session = session,
                      .main = machine.loop.mainQueue(),
+                     .clock = machine.clock,
                      .application = machine.application,
                      .folder = memoryFolder(machine.places)}),
       children(machine.loop.loop(), machine.loop.mainQueue()),

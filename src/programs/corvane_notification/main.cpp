@@ -121,6 +121,7 @@ class Program {
   BusLink link_{loop_.loop(), loop_.mainQueue(), work_, bus_};
   DesktopNotifications service_{{.session = link_,
                                  .main = loop_.mainQueue(),
+                                 .clock = clock_,
                                  .application = application_,
                                  .folder = memoryFolder(),
                                  .stay = true}};
