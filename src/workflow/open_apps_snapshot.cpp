@@ -6,8 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "base/ascii.h"
-#include "core/policies/running_apps_detector.h"
+#include "core/policies/running_bundles.h"
 
 namespace corvane {
 
@@ -15,17 +14,13 @@ namespace {
 
 // Asked of `count` applications.
 std::function<bool(const AppInfo&)> openness(std::size_t count, const WorkflowServices& services, const Logger& log) {
-  const RunningAppsDetector detector(services.processes);
-  auto paths = detector.runningAppBundlePathsIfEnumerable();
-  if (!paths)
+  auto running = RunningBundles::of(services.processes);
+  if (!running)
     log.error(
         fmt::format("Could not enumerate running processes; treating all {} pending update(s) as open apps the user "
                     "has to act on.",
                     count));
-  return [paths = std::move(paths), identifiers = detector.runningBundleIdentifiers()](const AppInfo& app) {
-    return !paths || (app.appPath && !app.appPath->empty() && paths->contains(*app.appPath)) ||
-           (app.packageID && !app.packageID->empty() && identifiers.contains(lowercased(*app.packageID)));
-  };
+  return [running = std::move(running)](const AppInfo& app) { return !running || running->holds(app); };
 }
 
 }  // namespace

@@ -16,6 +16,12 @@ std::optional<RunningBundles> RunningBundles::of(const RunningApplications& appl
   return RunningBundles{.paths = std::move(*paths), .identifiers = detector.runningBundleIdentifiers()};
 }
 
+bool RunningBundles::holds(const AppInfo& app) const {
+  const auto path = app.appPath.value_or("");
+  const auto identifier = lowercased(app.packageID.value_or(""));
+  return (!path.empty() && paths.contains(path)) || (!identifier.empty() && identifiers.contains(identifier));
+}
+
 std::optional<RunningBundles::Objection> RunningBundles::objection(const AppInfo& app) const {
   if (!app.isInstalled()) return std::nullopt;
   const auto path = app.appPath.value_or("");
@@ -23,10 +29,9 @@ std::optional<RunningBundles::Objection> RunningBundles::objection(const AppInfo
   if (path.empty() && identifier.empty())
     return Objection{.text = "no appPath or packageID on file, cannot certify the app is closed",
                      .nothingOnFile = true};
-  if (!path.empty() && paths.contains(path)) return Objection{.text = path + " is currently running"};
-  if (!identifier.empty() && identifiers.contains(identifier))
-    return Objection{.text = "bundle ID " + identifier + " is currently running"};
-  return std::nullopt;
+  if (!holds(app)) return std::nullopt;
+  const bool byPath = !path.empty() && paths.contains(path);
+  return Objection{.text = (byPath ? path : "bundle ID " + identifier) + " is currently running"};
 }
 
 bool backgroundListsAllow(const Label& label, const CorvaneConfiguration& config) {

@@ -19,6 +19,9 @@ struct RunningBundles {
   // Absent when the processes cannot be listed. Main thread, as the port.
   [[nodiscard]] static std::optional<RunningBundles> of(const RunningApplications& applications);
 
+  // One of its processes runs from its bundle, or somebody runs one with its identifier.
+  [[nodiscard]] bool holds(const AppInfo& app) const;
+
   // Why the application cannot be certified closed, for a log line; absent when it can. A required one that is not
   // installed has nothing to close.
   struct Objection {
