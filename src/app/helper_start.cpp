@@ -18,6 +18,10 @@ void HelperStart::ensureRunning(Completion<Status> done) {
   const auto answer = [this](Status status) {
     main_.post(lifeline_.guard([this, status = std::move(status)] { done_(status); }));
   };
+  if (installation_.isResetInFlight()) {
+    staleHeartbeat_ = installation_.helperHeartbeatDate();
+    return look(kLooks);
+  }
   const bool knownToHaveEnded = installation_.launchctlPrintExitCode().value_or(0) != 0;
   if (installation_.isOperational() && !knownToHaveEnded) return answer({});
 

@@ -25,7 +25,8 @@ class HelperStart {
 
   // `done` runs once in a later turn: with success when the helper is operational, else with a text that says
   // what is in the way. Never called again while one is under way. The heartbeat of a helper that was killed stays
-  // fresh for a while: where the service manager knows that it ended, only a new heartbeat counts.
+  // fresh for a while: where the service manager knows that it ended, only a new heartbeat counts. So it does for one
+  // that is just being reset, which starts by itself.
   void ensureRunning(Completion<Status> done);
 
  private:

@@ -29,6 +29,8 @@ struct WindowsHost {
   PromptWindows& promptWindows;
   InstallConfirmationController& confirmation;
   WindowActions actions{};
+  // Told when a window comes to the front, and when none of ours is there any more.
+  std::function<void(bool)> activeChanged = [](bool) {};
 };
 
 // Opens the dashboard, runs until the main loop is told to quit or the last window was closed, and gives the

@@ -29,6 +29,8 @@ int runWindows(WindowsHost& host) {
   Arguments arguments;
   QGuiApplication application(arguments.count, arguments.list);
   prepareApplication();
+  QObject::connect(&application, &QGuiApplication::applicationStateChanged, &application,
+                   [&host](Qt::ApplicationState state) { host.activeChanged(state == Qt::ApplicationActive); });
   QtMainLoop loop(host.loop);
   PromptSurface prompt(host.prompt, host.services);
   ConfirmationSurface confirmation(host.confirmation, host.services);

@@ -134,7 +134,7 @@ void HelperLifecycle::lookForLateHelper() {
   fields_.postLoginHelperGraceDeadline.reset();
   c_.crossings.fieldsChanged();
   if (!fields_.helperOperational) return kickstart();
-  c_.log.info("Helper heartbeat appeared during the post-login wait.");
+  if (!isOver) c_.log.info("Helper heartbeat appeared during the post-login wait.");
   postLoginHelperReconcile_.release();
 }
 

@@ -78,7 +78,7 @@ struct StatusViewModel::Rooms final : Crossings {
 
   void refreshHelperState(bool runAutoReset) override { lifecycle.refreshHelperState(runAutoReset); }
   void evaluateAutoReset() override {
-    if (begun) lifecycle.evaluateAutoReset();
+    if (keepsHelper) lifecycle.evaluateAutoReset();
   }
 
   void pendingUpdatesCounted() override {
@@ -109,6 +109,7 @@ struct StatusViewModel::Rooms final : Crossings {
   WorkflowServices services;
   StatusFields fields;
   Logger log{services.log, "StatusViewModel"};
+  bool keepsHelper = false;
   bool begun = false;
   bool changeTold = false;
   Observers observers;
@@ -134,8 +135,6 @@ struct StatusViewModel::Rooms final : Crossings {
 
 void StatusViewModel::Rooms::subscribe() {
   on<CorvaneDidBecomeActive>([this](const auto&) { inventory.updateDockBadge(); });
-  lifecycle.refreshHelperState(false);
-  lifecycle.reconcileHelperAfterLogin();
   on<CorvaneScheduledDiscoveryCompleted>([this](const CorvaneScheduledDiscoveryCompleted& discovery) {
     log.info(fmt::format("Received .corvaneScheduledDiscoveryCompleted (runID {}); applying inventory-only refresh.",
                          discovery.runID.empty() ? "<unknown>" : discovery.runID));
@@ -163,7 +162,14 @@ StatusViewModel::StatusViewModel(const WorkflowServices& services) : rooms_(std:
 
 StatusViewModel::~StatusViewModel() = default;
 
+void StatusViewModel::keepHelper() {
+  if (std::exchange(rooms_->keepsHelper, true)) return;
+  rooms_->lifecycle.refreshHelperState(false);
+  rooms_->lifecycle.reconcileHelperAfterLogin();
+}
+
 void StatusViewModel::begin() {
+  keepHelper();
   rooms_->begun = true;
   if (!rooms_->fields.inventory.apps.empty()) rooms_->inventory.recomputeCounts(SideEffects::run);
   rooms_->subscribe();

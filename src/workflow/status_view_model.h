@@ -29,8 +29,12 @@ class StatusViewModel {
   explicit StatusViewModel(const WorkflowServices& services);
   ~StatusViewModel();
 
-  // From here on the model acts: the badge and what the loaded counts set off, then the broadcasts, the state
-  // of the helper and the wait for a late one. Call it once, after this process has claimed the instance, with the
+  // From here on the model sees to the helper: its state, the wait for a late one, and a new binding of one whose
+  // binary has changed since it was registered. So it comes before the launch registers what it finds.
+  void keepHelper();
+
+  // From here on the model acts: the badge and what the loaded counts set off, then the broadcasts; before these it
+  // keeps the helper, if it did not yet. Call it once, after this process has claimed the instance, with the
   // deadline display refreshed: in a complete cycle nothing is set off. A model that never begins does what it is
   // asked, and nothing by itself: counts set nothing off, and the helper is reset by request alone.
   void begin();

@@ -83,6 +83,19 @@ TEST_F(HelperStarting, TheFreshHeartbeatOfAKilledOneIsNoProofOfLife) {
   EXPECT_EQ(registration.kickstarts, 1);
 }
 
+TEST_F(HelperStarting, OneThatIsBeingResetIsLeftToIt) {
+  beat();
+  const auto token = service.tryBeginReset();
+  ask();
+  machine.advance(5s);
+  EXPECT_EQ(answers, 0) << "the old one still beats";
+  EXPECT_EQ(registration.registered + registration.kickstarts, 0);
+  beat();
+  machine.advance(kHelperStartPoll);
+  expectRunning();
+  service.endReset(*token);
+}
+
 TEST_F(HelperStarting, WhatAPersonMustDoFirstIsSaidAtOnce) {
   registration.current = HelperStatus::requiresApproval;
   ask();

@@ -1,5 +1,6 @@
 // The real machine under a user's program: where it works, and that its services stand on it without touching it.
 #include "programs/user/user_machine.h"
+#include "programs/user/user_places.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,9 +1,11 @@
 """The application on a desktop of a test's own: a display, a session bus, a notification service, a system bus."""
 
+import ctypes
 import json
 import os
 import struct
 import subprocess
+import threading
 import unittest
 from datetime import datetime, timezone
 
@@ -55,6 +57,29 @@ class Bus:
         return self.busctl("status", name).returncode == 0
 
 
+class AnotherWindow:
+    """Somebody works in another program: whatever comes to the front does not stay there."""
+
+    def __init__(self, test, display):
+        self.x = ctypes.CDLL("libX11.so.6")
+        self.x.XOpenDisplay.restype = ctypes.c_void_p
+        self.display = ctypes.c_void_p(self.x.XOpenDisplay(display.encode()))
+        self.ended = threading.Event()
+        self.thread = threading.Thread(target=self.hold)
+        test.addCleanup(self.leave)
+        self.thread.start()
+
+    def hold(self):
+        while not self.ended.wait(0.05):
+            self.x.XSetInputFocus(self.display, ctypes.c_ulong(0), 0, ctypes.c_ulong(0))
+            self.x.XSync(self.display, 0)
+
+    def leave(self):
+        self.ended.set()
+        self.thread.join()
+        self.x.XCloseDisplay(self.display)
+
+
 @unittest.skipUnless(WINDOWS, "built without windows")
 class DesktopTest(sample_mac.SampleMacTest):
     def setUp(self):
@@ -64,6 +89,7 @@ class DesktopTest(sample_mac.SampleMacTest):
         self.ahead = self.root / "steady-ahead"
         self.ahead.write_bytes(struct.pack("=q", 0))
         self.display = self.start_display()
+        AnotherWindow(self, self.display)
         self.session = Bus(self, "session")
         self.system = Bus(self, "system")
         self.start_notification_service(self.session)

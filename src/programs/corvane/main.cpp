@@ -124,7 +124,6 @@ int launch(UserMachine& machine, const LaunchArguments& arguments) {
     const auto fresh = services.preferences.loadConfiguration();
     machine.log.refreshVerbosityFromPreferences(fresh->verboseMode, fresh->debugMode);
   });
-  registerHelperAtLaunch(services.installation, log);
 
   CRVNotificationRouter router({.service = session.notifications,
                                 .children = session.children,
@@ -145,6 +144,8 @@ int launch(UserMachine& machine, const LaunchArguments& arguments) {
   StatusViewModel model(workflow);
   // The model begins once the helper is there; a cycle that is complete is shown as such before.
   model.refreshDeadlineDisplay();
+  model.keepHelper();
+  registerHelperAtLaunch(services.installation, log);
 
   CRVNotificationDelegate delegate(session.notifications, services.notifications, machine.loop.mainQueue(), config);
   listen(session.sole, services.notifications, log);
@@ -165,10 +166,15 @@ int launch(UserMachine& machine, const LaunchArguments& arguments) {
                    .prompt = prompt,
                    .promptWindows = services.promptWindows,
                    .confirmation = confirmation,
-                   .actions = {.updateItself = [&] {
-                     if (const auto& own = model.fields().selfUpdate.selfUpdateAvailable)
-                       model.startSelfUpdate(own->label);
-                   }}};
+                   .actions = {.updateItself =
+                                   [&] {
+                                     if (const auto& own = model.fields().selfUpdate.selfUpdateAvailable)
+                                       model.startSelfUpdate(own->label);
+                                   }},
+                   .activeChanged = [&](bool active) {
+                     machine.application.setActive(active);
+                     if (active) services.notifications.post(CorvaneDidBecomeActive());
+                   }};
   auto* runWindows = windowsFunction<int(WindowsHost&)>(machine.bundle.path(), kRunWindowsSymbol);
   if (runWindows == nullptr) return 1;
 
@@ -176,8 +182,8 @@ int launch(UserMachine& machine, const LaunchArguments& arguments) {
   HelperStart helperStart(services.installation, machine.loop.mainQueue());
   helperStart.ensureRunning([&](const Status& started) {
     if (!started) log.warning("The root helper is not running: " + started.error().text);
-    work.start();
     model.begin();
+    work.start();
     model.loadStatus();
     if (arguments.promptLink) services.notifications.post(ShowDeferralPromptFromNotification());
   });
