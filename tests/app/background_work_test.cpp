@@ -58,5 +58,16 @@ TEST_F(BackgroundWorkTest, aLaunchRegistersAHelperThatIsNotKnown) {
   installation.endReset(*token);
 }
 
+TEST_F(BackgroundWorkTest, aHelperThatWasReplacedIsBoundAnewBeforeTheLaunchRecordsIt) {
+  const Logger corvane(log, "Corvane");
+  registerHelperAtLaunch(installation, corvane);
+  bundle.digest = "of the next version";
+  StatusViewModel launched(services);
+  launched.keepHelper();
+  registerHelperAtLaunch(installation, corvane);
+  EXPECT_TRUE(log.holds("Helper binary cdhash changed since last registration — auto-resetting"));
+  EXPECT_TRUE(log.holds("Skipping launch registration because a helper reset is already in progress."));
+}
+
 }  // namespace
 }  // namespace corvane
