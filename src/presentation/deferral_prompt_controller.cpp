@@ -40,25 +40,8 @@ void DeferralPromptController::modelChanged() {
 }
 
 void DeferralPromptController::rebuild() {
-  const auto config = services_.preferences.loadConfiguration();
-  texts_ = PageTexts(AppDisplayTitle(config));
-  timeoutAction_ = config->dialogTimeoutDeferralAction;
-  if (shown_) {
-    const auto apps = model_.deferralPromptApps();
-    page_ = makeDeferralPromptPage(
-        {.fields = model_.fields().deferral,
-         .apps = apps,
-         .inventory = model_.fields().inventory.apps,
-         .options = model_.availableDeferralOptions(),
-         .explanation = model_.hardDeadlineExplanation(),
-         .remaining = model_.deferralsRemainingSummary(),
-         .deferButtonIsPrimary = services_.preferences.readDeferralDialogPrimaryButton() == "defer",
-         .hardMayClose = config->hardDeadlineDialogAllowClose,
-         .isInstalling = isInstalling()},
-        services_.clock.now(), services_.locale, texts_);
-  } else {
-    page_.visible = false;
-  }
+  timeoutAction_ = services_.preferences.loadConfiguration()->dialogTimeoutDeferralAction;
+  isBuilt_ = false;
   tell();
 }
 
@@ -76,8 +59,30 @@ void DeferralPromptController::tell() {
   observers_.tell();
 }
 
-// The clock goes on each second whether or not a window shows the page.
+void DeferralPromptController::build() const {
+  const auto config = services_.preferences.loadConfiguration();
+  texts_ = PageTexts(AppDisplayTitle(config));
+  if (!shown_) {
+    page_.visible = false;
+    return;
+  }
+  const auto apps = model_.deferralPromptApps();
+  page_ = makeDeferralPromptPage(
+      {.fields = model_.fields().deferral,
+       .apps = apps,
+       .inventory = model_.fields().inventory.apps,
+       .options = model_.availableDeferralOptions(),
+       .explanation = model_.hardDeadlineExplanation(),
+       .remaining = model_.deferralsRemainingSummary(),
+       .deferButtonIsPrimary = services_.preferences.readDeferralDialogPrimaryButton() == "defer",
+       .hardMayClose = config->hardDeadlineDialogAllowClose,
+       .isInstalling = isInstalling()},
+      services_.clock.now(), services_.locale, texts_);
+}
+
+// The clock goes on and the model changes whether or not a window shows the page.
 const DeferralPromptPage& DeferralPromptController::page() const {
+  if (!std::exchange(isBuilt_, true)) build();
   const auto moment = std::exchange(unworded_, std::nullopt);
   if (!moment) return page_;
   if (moment->prompt) tellTime(page_, *moment->prompt, moment->now, services_.locale, texts_);

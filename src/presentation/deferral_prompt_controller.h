@@ -52,6 +52,7 @@ class DeferralPromptController {
 
   void modelChanged();
   void rebuild();
+  void build() const;
   void tell();
   void timedOut();
   void endConfirmation();
@@ -63,8 +64,9 @@ class DeferralPromptController {
 
   StatusViewModel& model_;
   WorkflowServices services_;
-  PageTexts texts_;
+  mutable PageTexts texts_;
   mutable DeferralPromptPage page_;
+  mutable bool isBuilt_ = false;  // of the model as it stands
   mutable std::optional<Moment> unworded_;
   DeferralAction timeoutAction_ = DeferralAction::defer;
   std::optional<Presentation> shown_;       // absent while no prompt stands
