@@ -69,7 +69,7 @@ class LostBus(desktop.DesktopTest):
                      "show notifications in.")
         # Elsewhere it is not tried; what is to stay has its own program, which finds no session either.
         self.look_for_its_update("persistent")
-        self.assertTrue(sample_mac.eventually(lambda: self.notifier() is None))
+        self.reaches("CorvaneNotification: ", count=2)
         self.assertIsNone(process.poll())
 
         self.session = Bus(self, "session")
