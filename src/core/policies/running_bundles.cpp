@@ -16,22 +16,20 @@ std::optional<RunningBundles> RunningBundles::of(const RunningApplications& appl
   return RunningBundles{.paths = std::move(*paths), .identifiers = detector.runningBundleIdentifiers()};
 }
 
-bool RunningBundles::holds(const AppInfo& app) const {
-  const auto path = app.appPath.value_or("");
-  const auto identifier = lowercased(app.packageID.value_or(""));
-  return (!path.empty() && paths.contains(path)) || (!identifier.empty() && identifiers.contains(identifier));
+bool RunningBundles::runsFrom(const AppInfo& app) const { return app.appPath && paths.contains(*app.appPath); }
+
+bool RunningBundles::runsAs(const AppInfo& app) const {
+  return app.packageID && identifiers.contains(lowercased(*app.packageID));
 }
 
 std::optional<RunningBundles::Objection> RunningBundles::objection(const AppInfo& app) const {
   if (!app.isInstalled()) return std::nullopt;
-  const auto path = app.appPath.value_or("");
-  const auto identifier = lowercased(app.packageID.value_or(""));
-  if (path.empty() && identifier.empty())
+  if (app.appPath.value_or("").empty() && app.packageID.value_or("").empty())
     return Objection{.text = "no appPath or packageID on file, cannot certify the app is closed",
                      .nothingOnFile = true};
-  if (!holds(app)) return std::nullopt;
-  const bool byPath = !path.empty() && paths.contains(path);
-  return Objection{.text = (byPath ? path : "bundle ID " + identifier) + " is currently running"};
+  if (runsFrom(app)) return Objection{.text = *app.appPath + " is currently running"};
+  if (runsAs(app)) return Objection{.text = "bundle ID " + lowercased(*app.packageID) + " is currently running"};
+  return std::nullopt;
 }
 
 bool backgroundListsAllow(const Label& label, const CorvaneConfiguration& config) {

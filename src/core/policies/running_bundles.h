@@ -20,7 +20,7 @@ struct RunningBundles {
   [[nodiscard]] static std::optional<RunningBundles> of(const RunningApplications& applications);
 
   // One of its processes runs from its bundle, or somebody runs one with its identifier.
-  [[nodiscard]] bool holds(const AppInfo& app) const;
+  [[nodiscard]] bool holds(const AppInfo& app) const { return runsFrom(app) || runsAs(app); }
 
   // Why the application cannot be certified closed, for a log line; absent when it can. A required one that is not
   // installed has nothing to close.
@@ -29,6 +29,10 @@ struct RunningBundles {
     bool nothingOnFile = false;  // neither a path nor an identifier to look for
   };
   [[nodiscard]] std::optional<Objection> objection(const AppInfo& app) const;
+
+ private:
+  [[nodiscard]] bool runsFrom(const AppInfo& app) const;
+  [[nodiscard]] bool runsAs(const AppInfo& app) const;
 };
 
 // Whether the lists of the background pass let the label. The block list wins; an empty allow list allows all.
