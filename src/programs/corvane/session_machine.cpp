@@ -1,25 +1,9 @@
 #include "programs/corvane/session_machine.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <system_error>
-
 #include "platform/linux/network_interfaces.h"
+#include "programs/user/user_places.h"
 
 namespace corvane {
-namespace {
-
-// Of this session where there is such a folder, so that nothing is remembered of an earlier one.
-std::filesystem::path memoryFolder(const CorvaneConstants& places) {
-  const char* runtime = std::getenv("XDG_RUNTIME_DIR");
-  const auto folder = runtime != nullptr && *runtime != '\0' ? std::filesystem::path(runtime) / "org.corvane.Corvane"
-                                                             : places.userSupportFolder();
-  std::error_code ignored;
-  std::filesystem::create_directories(folder, ignored);
-  return folder;
-}
-
-}  // namespace
 
 SessionMachine::SessionMachine(UserMachine& machine)
     : user(machine),
@@ -34,7 +18,7 @@ SessionMachine::SessionMachine(UserMachine& machine)
                      .main = machine.loop.mainQueue(),
                      .clock = machine.clock,
                      .application = machine.application,
-                     .folder = memoryFolder(machine.places)}),
+                     .folder = sessionMemoryFolder(kApplicationName)}),
       children(machine.loop.loop(), machine.loop.mainQueue()),
       http(machine.loop.loop(), machine.loop.mainQueue()),
       network({.system = system,

@@ -2,15 +2,12 @@
 #include <fmt/format.h>
 
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 
 #include "core/logging/logging_service.h"
-#include "core/places.h"
 #include "notifier/notifier.h"
 #include "notifier/notifier_options.h"
 #include "notifier/notifier_part.h"
@@ -33,6 +30,7 @@
 namespace corvane {
 namespace {
 
+// Of its own on the bus, and of its memory of what stands on the screen.
 constexpr const char* kName = "org.corvane.Corvane.Notification";
 
 // On a desktop nobody reads what a program prints, so the log has it as well.
@@ -47,23 +45,6 @@ void complain(std::string_view text) {
       {.system = places->logFile(), .archive = places->logArchiveFolder(), .fallback = places->userLogFile()},
       LogRole::user, files, clock, [&locale] { return locale.calendar(); });
   Logger(log, "CorvaneNotification").error(text);
-}
-
-std::string variable(const char* name) {
-  const char* value = std::getenv(name);
-  return value == nullptr ? "" : value;
-}
-
-// What stands on the screen, for the processes after this one; the application has a memory of its own. Of the session
-// where there is such a folder. Without any folder there is no memory.
-std::filesystem::path memoryFolder() {
-  std::filesystem::path base = variable("XDG_RUNTIME_DIR");
-  if (base.empty() && !variable("HOME").empty()) base = CorvaneConstants{.home = variable("HOME")}.userSupportFolder();
-  if (base.empty()) return "/nonexistent";
-  const auto folder = base / kName;
-  std::error_code ignored;
-  std::filesystem::create_directories(folder, ignored);
-  return folder;
 }
 
 // The one way by which a click reaches the application: a start of its program, which finds the instance that runs.
@@ -123,7 +104,7 @@ class Program {
                                  .main = loop_.mainQueue(),
                                  .clock = clock_,
                                  .application = application_,
-                                 .folder = memoryFolder(),
+                                 .folder = sessionMemoryFolder(kName),
                                  .stay = true}};
   int code_ = 0;
   Notifier notifier_{{.service = service_, .main = loop_.mainQueue(), .clock = clock_},

@@ -34,6 +34,16 @@ std::string userShortName() {
   return name == nullptr ? std::to_string(getuid()) : name;
 }
 
+std::filesystem::path sessionMemoryFolder(std::string_view name) {
+  const auto runtime = environmentValue("XDG_RUNTIME_DIR");
+  const auto folder =
+      (runtime.empty() ? CorvaneConstants{.home = homeFolder()}.userSupportFolder() : std::filesystem::path(runtime)) /
+      name;
+  std::error_code ignored;
+  std::filesystem::create_directories(folder, ignored);
+  return folder;
+}
+
 Result<CorvaneConstants> placesFromEnvironment() {
   CorvaneConstants places{.home = homeFolder()};
   const auto root = environmentValue("CORVANE_ROOT");
