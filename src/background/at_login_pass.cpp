@@ -5,6 +5,7 @@
 #include <chrono>
 #include <utility>
 
+#include "background/closed_apps.h"
 #include "core/policies/at_login_pass_policy.h"
 #include "core/policies/login_session.h"
 #include "core/policies/network_readiness_checker.h"
@@ -21,8 +22,7 @@ AtLoginPass::AtLoginPass(StatusViewModel& model, const BackgroundServices& servi
     : model_(model), services_(services), log_(std::move(log)), patchClosedApps_(std::move(patchClosedApps)) {}
 
 bool AtLoginPass::wanted(const CorvaneConfiguration& config) {
-  return config.backgroundPatchAtLogin && config.backgroundPatchClosedAppsEnabled &&
-         config.backgroundPatchClosedAppsScheduler == BackgroundPatchSchedulerMode::inApp;
+  return config.backgroundPatchAtLogin && patchesClosedAppsInApp(config);
 }
 
 void AtLoginPass::schedule(const CorvaneConfiguration& config) {

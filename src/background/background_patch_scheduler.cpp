@@ -68,8 +68,7 @@ std::chrono::seconds BackgroundPatchScheduler::firstFire(const CorvaneConfigurat
 void BackgroundPatchScheduler::tick() {
   auto& world = services_.workflow;
   const auto config = world.preferences.loadConfiguration();
-  if (!config->backgroundPatchClosedAppsEnabled ||
-      config->backgroundPatchClosedAppsScheduler != BackgroundPatchSchedulerMode::inApp) {
+  if (!patchesClosedAppsInApp(*config)) {
     log_.info("Tick skipped — feature disabled or mode changed.");
     return timer_.stop();
   }

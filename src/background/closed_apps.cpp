@@ -27,4 +27,9 @@ ClosedApps certifyClosedApps(const Apps& apps, const AppFacts& facts, const Runn
   return closed;
 }
 
+bool patchesClosedAppsInApp(const CorvaneConfiguration& config) {
+  return config.backgroundPatchClosedAppsEnabled &&
+         config.backgroundPatchClosedAppsScheduler == BackgroundPatchSchedulerMode::inApp;
+}
+
 }  // namespace corvane

@@ -27,4 +27,7 @@ struct ClosedApps {
 // close. The block list wins over the allow list; an empty allow list allows all.
 [[nodiscard]] ClosedApps certifyClosedApps(const Apps& apps, const AppFacts& facts, const RunningBundles& running);
 
+// The pass over closed applications is this process's own, by the settings.
+[[nodiscard]] bool patchesClosedAppsInApp(const CorvaneConfiguration& config);
+
 }  // namespace corvane
