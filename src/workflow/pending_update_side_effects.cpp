@@ -141,20 +141,14 @@ void PendingUpdateSideEffects::startClosedAppsPass() {
 
 void PendingUpdateSideEffects::closedAppsPassEnded(ClosedAppsOutcome outcome) {
   const auto next = decideAfterPass(outcome, c_.fields.gate.isLoading);
-  setGate(next == AfterPass::waitForRefresh ? OpenAppsNotificationGate::refreshThenNotify
-                                            : OpenAppsNotificationGate::idle);
-  if (next == AfterPass::waitForRefresh) return;
+  if (next == AfterPass::waitForRefresh) return setGate(OpenAppsNotificationGate::refreshThenNotify);
+  if (next == AfterPass::deliver)
+    return deliverNow("Closed-app pass did not refresh the list; delivering the deferral.");
+  setGate(OpenAppsNotificationGate::idle);
   const auto pending = snapshot();
-  switch (next) {
-    case AfterPass::deliverHandledElsewhere:
-      return deliverDeferral(pending, {.closedAppsHandledElsewhere = true});
-    case AfterPass::deliverAfreshLook:
-      return deliverDeferral(pending, {.closedAppsWaitForACPower = pending.closedAppsWaitForACPower});
-    case AfterPass::waitForRefresh:
-    case AfterPass::deliver:
-      c_.log.info("Closed-app pass did not refresh the list; delivering the deferral.");
-      return deliverDeferral(pending, {});
-  }
+  const bool isElsewhere = next == AfterPass::deliverHandledElsewhere;
+  deliverDeferral(pending, {.closedAppsHandledElsewhere = isElsewhere,
+                            .closedAppsWaitForACPower = !isElsewhere && pending.closedAppsWaitForACPower});
 }
 
 void PendingUpdateSideEffects::deliverNow(std::string_view reason) {
