@@ -1,12 +1,8 @@
 // What programs that run cost while nothing happens: how often they wake, their processor time, their memory.
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <thread>
 
