@@ -33,10 +33,10 @@ VersionQuestion questionFor(const Label& label, const LabelCatalog& catalog) {
           .fragment = catalog.file(label).value_or(std::filesystem::path())};
 }
 
-std::optional<std::set<Label>> knownLabels(const std::optional<std::set<Label>>& asked, const LabelCatalog& catalog,
-                                           const Logger& log) {
+std::optional<LabelSet> knownLabels(const std::optional<LabelSet>& asked, const LabelCatalog& catalog,
+                                    const Logger& log) {
   if (!asked) return std::nullopt;
-  std::set<Label> known;
+  LabelSet known;
   Labels unknown;
   for (const auto& label : *asked) {
     if (catalog.contains(label))

@@ -62,7 +62,7 @@ class AppDiscoverer {
   enum class Latest { no, remembered, fresh };
   enum class Asker { run, client, helper };
   struct Order {
-    std::optional<std::set<Label>> labels;  // absent: all that the settings include
+    std::optional<LabelSet> labels;  // absent: all that the settings include
     Latest latest = Latest::no;
     Asker asker = Asker::run;
     friend bool operator==(const Order&, const Order&) = default;

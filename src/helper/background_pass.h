@@ -31,7 +31,7 @@ struct PassFacts {
   std::optional<Date> cycleStart;
   LabelFailureHistory::Records failures;
   LabelInstallHistory::History installs;
-  std::set<Label> storeCopies;  // whose bundle holds a receipt of the App Store
+  LabelSet storeCopies;  // whose bundle holds a receipt of the App Store
   RunningBundles running;
 };
 

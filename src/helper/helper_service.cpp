@@ -54,7 +54,7 @@ void HelperService::handle(HelperRequest request, Completion<std::string> given)
                  [&](ask::DiscoverForLabels& scoped) {
                    const auto latest =
                        scoped.includeLatestVersions ? AppDiscoverer::Latest::fresh : AppDiscoverer::Latest::no;
-                   discover({.labels = std::set<Label>(scoped.labels.begin(), scoped.labels.end()), .latest = latest},
+                   discover({.labels = LabelSet(scoped.labels.begin(), scoped.labels.end()), .latest = latest},
                             std::move(id), std::move(answer));
                  },
                  [&](ask::StartPatching& run) { queueRun(std::move(run), std::move(id), std::move(answer)); },

@@ -40,7 +40,7 @@ void HelperStateFile::settle() {
     log_.warning(fmt::format("{} passes in a row were cut off; the next waits for its interval.", cutOff_));
     lastPass_ = clock_.now();
   }
-  (void)store();
+  store();
 }
 
 void HelperStateFile::read() {
@@ -99,7 +99,7 @@ Status HelperStateFile::store() {
 void HelperStateFile::passGoesOn(HelperBackgroundCurrentRun run) {
   if (state_.currentRun == run) return;
   state_.currentRun = std::move(run);
-  (void)store();
+  store();
 }
 
 void HelperStateFile::passEnded(BackgroundPatchSummary summary) {
@@ -107,17 +107,17 @@ void HelperStateFile::passEnded(BackgroundPatchSummary summary) {
   lastPass_ = summary.completedAt;
   cutOff_ = 0;
   state_.lastBackgroundPatchSummary = std::move(summary);
-  (void)store();
+  store();
 }
 
 void HelperStateFile::passCutOff() {
-  if (std::exchange(state_.currentRun, std::nullopt)) (void)store();
+  if (std::exchange(state_.currentRun, std::nullopt)) store();
 }
 
 void HelperStateFile::passConcluded(Date when) {
   lastPass_ = when;
   cutOff_ = 0;
-  (void)store();
+  store();
 }
 
 Status HelperStateFile::discoveryEnded(const ScheduledDiscoverySummary& summary, const Apps& apps) {

@@ -106,7 +106,7 @@ void PatchRunner::run(PatchOrder order, Completion<RunReport> done) {
                               fmt::format("The helper cannot write its state: {}", written.error().text)));
   }
   s_.discoverer.discover(
-      {.labels = std::set<Label>(labels.begin(), labels.end()), .latest = AppDiscoverer::Latest::remembered},
+      {.labels = LabelSet(labels.begin(), labels.end()), .latest = AppDiscoverer::Latest::remembered},
       lifeline_.guard([this](Result<Apps> apps) { begin(std::move(apps)); }));
 }
 

@@ -53,7 +53,7 @@ void Stager::stage(Labels labels, Task done) {
   staging_ = std::make_unique<Staging>();
   staging_->labels = std::move(labels);
   staging_->done = std::move(done);
-  s_.discoverer.discover({.labels = std::set<Label>(staging_->labels.begin(), staging_->labels.end()),
+  s_.discoverer.discover({.labels = LabelSet(staging_->labels.begin(), staging_->labels.end()),
                           .latest = AppDiscoverer::Latest::remembered},
                          lifeline_.guard([this](const Result<Apps>& apps) { begin(apps); }));
 }

@@ -30,7 +30,7 @@ ChildSpec toolQuestionChild(const std::filesystem::path& tool, const Label& labe
 
 struct VersionChecker::Check {
   VersionAnswers answers;
-  std::set<Label> open;
+  LabelSet open;
   CheckSetting setting;
   std::optional<ScratchFolder> scratch;
   EvaluationSetting evaluation;

@@ -37,7 +37,7 @@ class DashboardController {
   WorkflowServices services_;
   WindowActions host_;
   DashboardBridge bridge_;
-  std::set<Label> expandedReceiptLabels_;
+  LabelSet expandedReceiptLabels_;
   std::optional<SelfUpdateAvailability> dismissedSelfUpdate_;
   Lease changes_;
   Lease nextMinute_;

@@ -24,11 +24,12 @@ struct AppFacts {
   bool reinstallsCurrentRequiredApps = false;  // by the configured options
   std::optional<Date> cycleStart;
   bool cycleComplete = false;  // the published message, or a freshly computed one
-  std::set<Label> clearedLabels;
+  LabelSet clearedLabels;
   LabelFailureHistory::Records failures;
   LabelInstallHistory::History installs;
   // For each label with failures, the latest version known of its first application.
-  std::unordered_map<Label, std::optional<std::string>> failureTargets;
+  using FailureTargets = std::unordered_map<Label, std::optional<std::string>>;
+  FailureTargets failureTargets;
   std::shared_ptr<const LatestReceipts> latestReceipts;
   // Whether the application's bundle holds a receipt of the App Store.
   std::function<bool(const AppInfo&)> hasAppStoreReceipt;

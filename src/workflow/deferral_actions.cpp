@@ -261,7 +261,7 @@ std::optional<std::string> DeferralActions::deferralsRemainingSummary() const {
 std::vector<DeferralPromptApp> DeferralActions::deferralPromptApps() const {
   const auto facts = c_.crossings.facts();
   const auto& labels = c_.fields.updateAll.pendingPatchLabels;
-  const std::set<Label> wanted(labels.begin(), labels.end());
+  const LabelSet wanted(labels.begin(), labels.end());
   Apps shown;
   std::ranges::copy_if(c_.fields.inventory.apps, std::back_inserter(shown), [&](const AppInfo& app) {
     return (wanted.empty() || wanted.contains(app.label)) && !app.teamIDMismatch &&

@@ -27,7 +27,7 @@ Labels labelsOf(const Apps& apps) {
 }
 
 Labels labelsMissingFrom(const Apps& kept, const Apps& records) {
-  std::set<Label> held;
+  LabelSet held;
   for (const auto& app : kept) held.insert(app.label);
   Labels missing;
   for (const auto& app : records)

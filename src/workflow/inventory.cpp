@@ -34,9 +34,8 @@ std::vector<T> prefix(const std::vector<T>& all, std::size_t limit) {
   return {all.begin(), all.begin() + static_cast<std::ptrdiff_t>(std::min(limit, all.size()))};
 }
 
-std::unordered_map<Label, std::optional<std::string>> targetsOfFailures(const Apps& apps,
-                                                                        const LabelFailureHistory::Records& failures) {
-  std::unordered_map<Label, std::optional<std::string>> targets;
+AppFacts::FailureTargets targetsOfFailures(const Apps& apps, const LabelFailureHistory::Records& failures) {
+  AppFacts::FailureTargets targets;
   if (failures.empty()) return targets;
   for (const auto& app : apps)
     if (failures.contains(app.label)) targets.emplace(app.label, app.newVersion);

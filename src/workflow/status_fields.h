@@ -178,9 +178,9 @@ struct SideEffectFields {
   OpenAppsNotificationGate openAppsNotificationGate = OpenAppsNotificationGate::idle;
   std::int64_t openAppsNotificationGeneration = 0;
   std::int64_t openAppsNotifyStageGeneration = 0;
-  std::optional<std::set<Label>> openAppsNotifyStageLabels;  // staging is in flight while set
-  std::optional<std::set<Label>> labelsStagedBeforeDeferral;
-  std::optional<std::set<Label>> closedAppsAttemptedBeforeDeferral;
+  std::optional<LabelSet> openAppsNotifyStageLabels;  // staging is in flight while set
+  std::optional<LabelSet> labelsStagedBeforeDeferral;
+  std::optional<LabelSet> closedAppsAttemptedBeforeDeferral;
 };
 
 struct StatusFields {

@@ -152,7 +152,7 @@ TEST_F(ScenesTest, ACycleIsCompleteWithItsReceiptsInIt) {
     EXPECT_TRUE(InstallomatorExitCode::countsAsInstallFailure(receipts[0].installomatorExitCode));
     EXPECT_EQ(receipts[1].label, Label("larkspurnotes"));
     EXPECT_EQ(receipts[1].version, "4.2");
-    EXPECT_EQ(start.preferences.readUpdateAllErrorClearedLabels(), std::set<Label>{Label("rookeryserver")});
+    EXPECT_EQ(start.preferences.readUpdateAllErrorClearedLabels(), LabelSet{Label("rookeryserver")});
   });
 }
 

@@ -184,7 +184,7 @@ TEST_F(PatchRunTest, failuresFollowTheirTable) {
     const char* error;
     bool retryArmed;
     bool cycleComplete;
-    std::set<Label> cleared;
+    LabelSet cleared;
   };
   const Result<PatchRunAnswer> failed =
       PatchRunAnswer{.success = false, .message = "Updated 1 of 2. Failed: quill", .installedCount = 1};

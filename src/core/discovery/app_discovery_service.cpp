@@ -96,8 +96,8 @@ Apps sortedByName(Apps apps) {
 }  // namespace
 
 AppDiscoveryService::AppDiscoveryService(CorvaneConfiguration config, bool includeLatestVersions,
-                                         std::optional<std::set<Label>> labelFilter, CorvaneConstants constants,
-                                         LogSink& log, Apps savedApps)
+                                         std::optional<LabelSet> labelFilter, CorvaneConstants constants, LogSink& log,
+                                         Apps savedApps)
     : config_(std::move(config)),
       includeLatestVersions_(includeLatestVersions),
       labelFilter_(std::move(labelFilter)),

@@ -32,9 +32,8 @@ class AppDiscoveryService {
   // for the helper to find. A label filter limits the scan to these labels: each one in the catalogue is answered, also
   // when its application is not there (then with no version), so that a removed application is noticed. `savedApps` is
   // the inventory so far: of several labels for one bundle, the one bound before is kept.
-  AppDiscoveryService(CorvaneConfiguration config, bool includeLatestVersions,
-                      std::optional<std::set<Label>> labelFilter, CorvaneConstants constants, LogSink& log,
-                      Apps savedApps = {});
+  AppDiscoveryService(CorvaneConfiguration config, bool includeLatestVersions, std::optional<LabelSet> labelFilter,
+                      CorvaneConstants constants, LogSink& log, Apps savedApps = {});
 
   // The scan, sorted by display name. Listed is a label whose application is installed, and a required one that is not.
   // One label a bundle, see chooseLabel(). An application counts as installed where the label's tool would find it and
@@ -106,7 +105,7 @@ class AppDiscoveryService {
  private:
   CorvaneConfiguration config_;
   bool includeLatestVersions_;
-  std::optional<std::set<Label>> labelFilter_;
+  std::optional<LabelSet> labelFilter_;
   CorvaneConstants constants_;
   LogSink& log_;
   Apps savedApps_;

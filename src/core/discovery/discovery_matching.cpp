@@ -134,7 +134,7 @@ std::vector<DiscoveryMatch> matchAllLabels(const DiscoveryQuestion& question, Bu
 }
 
 std::vector<DiscoveryMatch> matchTheseLabels(const DiscoveryQuestion& question, BundleLocator& locator,
-                                             const std::set<Label>& labels) {
+                                             const LabelSet& labels) {
   std::vector<DiscoveryMatch> matches;
   for (const auto& label : labels) {
     const auto* fragment = question.catalog.find(label);

@@ -42,6 +42,6 @@ struct DiscoveryQuestion {
 // One match for each of these labels that the catalogue has and the settings do not ignore; the program's own label is
 // never ignored when it is asked for.
 [[nodiscard]] std::vector<DiscoveryMatch> matchTheseLabels(const DiscoveryQuestion& question, BundleLocator& locator,
-                                                           const std::set<Label>& labels);
+                                                           const LabelSet& labels);
 
 }  // namespace corvane

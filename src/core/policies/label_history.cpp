@@ -30,7 +30,7 @@ void lengthen(LabelFailureHistory::Record& record, const PatchingReceipt& receip
 
 LabelFailureHistory::Records LabelFailureHistory::failureRecords(std::span<const PatchingReceipt> receipts) {
   Records records;
-  std::set<Label> ended;
+  LabelSet ended;
   for (const auto& receipt : receipts) {
     if (ended.contains(receipt.label)) continue;
     if (receipt.status == PatchingStatus::success) {

@@ -263,8 +263,8 @@ void PreferenceManager::writePatchingCadenceState(const CadenceState& state) {
   });
 }
 
-std::set<Label> PreferenceManager::readUpdateAllErrorClearedLabels() const {
-  std::set<Label> labels;
+LabelSet PreferenceManager::readUpdateAllErrorClearedLabels() const {
+  LabelSet labels;
   for (auto& text : readPreference<std::vector<std::string>>("UpdateAllErrorClearedLabels", {}))
     labels.emplace(std::move(text));
   return labels;

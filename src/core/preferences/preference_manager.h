@@ -132,7 +132,7 @@ class PreferenceManager {
   void clearLastHardDeadlineFiredAt();
 
   // Labels set aside by a failed Update All.
-  [[nodiscard]] std::set<Label> readUpdateAllErrorClearedLabels() const;
+  [[nodiscard]] LabelSet readUpdateAllErrorClearedLabels() const;
   void addUpdateAllErrorClearedLabels(const Labels& labels);
   void clearUpdateAllErrorClearedLabels();
 

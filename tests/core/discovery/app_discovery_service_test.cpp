@@ -16,7 +16,7 @@ namespace {
 using testing::MacFolder;
 
 struct Discovery : ::testing::Test {
-  Apps scan(std::optional<std::set<Label>> filter = std::nullopt, Apps saved = {}) {
+  Apps scan(std::optional<LabelSet> filter = std::nullopt, Apps saved = {}) {
     AppDiscoveryService service(config, true, std::move(filter), mac.constants, log, std::move(saved));
     auto apps = service.discoverApps();
     EXPECT_TRUE(apps) << (apps ? "" : apps.error().text);
