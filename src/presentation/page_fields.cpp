@@ -26,4 +26,36 @@ std::string_view colorRoleName(ColorRole role) {
   return "clear";
 }
 
+std::string_view controlKindName(ControlKind kind) {
+  switch (kind) {
+    case ControlKind::toggle:
+      return "toggle";
+    case ControlKind::picker:
+      return "picker";
+    case ControlKind::stepper:
+      return "stepper";
+    case ControlKind::text:
+      return "text";
+    case ControlKind::secret:
+      return "secret";
+    case ControlKind::multiline:
+      return "multiline";
+    case ControlKind::timeOfDay:
+      return "timeOfDay";
+    case ControlKind::date:
+      return "date";
+    case ControlKind::button:
+      return "button";
+    case ControlKind::disclosure:
+      return "disclosure";
+    case ControlKind::fact:
+      return "fact";
+    case ControlKind::link:
+      return "link";
+    case ControlKind::note:
+      return "note";
+  }
+  return "note";
+}
+
 }  // namespace corvane

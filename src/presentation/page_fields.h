@@ -44,4 +44,22 @@ constexpr std::size_t fieldCount() {
 enum class ColorRole { primary, secondary, green, orange, red, yellow, blue, accent, clear };
 [[nodiscard]] std::string_view colorRoleName(ColorRole role);
 
+// What a control of a form is.
+enum class ControlKind {
+  toggle,      // value "true" or "false"
+  picker,      // value: the chosen one's, which may be none of the choices
+  stepper,     // value: the text between its buttons; hasOffState adds a switch in front
+  text,        // value: the text as edited
+  secret,      // the same, hidden until it is revealed
+  multiline,   // the same, with line breaks
+  timeOfDay,   // value "HH:mm"
+  date,        // value: "yyyy-MM-dd HH:mm", local
+  button,      // label on it
+  disclosure,  // value "true" while what it holds is shown; the page leaves the rest out
+  fact,        // label and value, to be read and copied
+  link,        // value: the address
+  note,        // help alone
+};
+[[nodiscard]] std::string_view controlKindName(ControlKind kind);
+
 }  // namespace corvane

@@ -12,6 +12,7 @@ namespace corvane {
 [[nodiscard]] inline JsonValue pageJson(const std::string& text) { return text; }
 [[nodiscard]] inline JsonValue pageJson(bool value) { return value; }
 [[nodiscard]] inline JsonValue pageJson(ColorRole role) { return colorRoleName(role); }
+[[nodiscard]] inline JsonValue pageJson(ControlKind kind) { return controlKindName(kind); }
 
 template <PageStruct T>
 [[nodiscard]] JsonValue pageJson(const T& page);

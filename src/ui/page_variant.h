@@ -18,6 +18,7 @@ inline QVariant toVariant(const std::string& text) { return toQString(text); }
 inline QVariant toVariant(bool value) { return value; }
 inline QVariant toVariant(std::int64_t value) { return QVariant::fromValue<qlonglong>(value); }
 inline QVariant toVariant(ColorRole role) { return toQString(colorRoleName(role)); }
+inline QVariant toVariant(ControlKind kind) { return toQString(controlKindName(kind)); }
 
 template <PageStruct T>
 QVariant toVariant(const T& page) {

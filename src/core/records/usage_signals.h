@@ -26,6 +26,15 @@ class UsageSignals {
   virtual void send(const UsageSignal& signal) = 0;
 };
 
+// The client behind the sink. Main thread; starting a started one and stopping a stopped one do nothing.
+class TelemetrySwitch {
+ public:
+  virtual ~TelemetrySwitch() = default;
+  [[nodiscard]] virtual bool started() const = 0;
+  virtual void start() = 0;
+  virtual void stop() = 0;
+};
+
 // "0" below 1, "1", "2-5", "6-20" or "21+".
 [[nodiscard]] constexpr std::string_view usageCountBucket(std::int64_t count) {
   if (count < 1) return "0";
