@@ -13,11 +13,6 @@ namespace {
 
 constexpr std::size_t kNamesShown = 3;
 
-template <class... Args>
-std::string text(std::string_view literal, const Args&... args) {
-  return fmt::format(fmt::runtime(localized(literal)), args...);
-}
-
 std::string startedTitle() { return localized("Corvane is updating closed apps"); }
 
 NotificationContent updated(std::string identifier, std::int64_t count) {
@@ -25,7 +20,7 @@ NotificationContent updated(std::string identifier, std::int64_t count) {
           .identifier = std::move(identifier),
           .title = localized("Corvane updated apps"),
           .body = count == 1 ? localized("Updated 1 app in the background.")
-                             : text("Updated {} apps in the background.", count)};
+                             : localized("Updated {} apps in the background.", count)};
 }
 
 NotificationContent failedWith(std::string identifier, std::string body) {
@@ -45,8 +40,8 @@ NotificationContent passStartedNotice(const std::vector<std::string>& names, con
           .identifier = "background-patch-start-" + id,
           .title = startedTitle(),
           .body = names.size() <= kNamesShown
-                      ? text("Updating {} in the background…", shown)
-                      : text("Updating {} and {} more in the background…", shown, names.size() - kNamesShown)};
+                      ? localized("Updating {} in the background…", shown)
+                      : localized("Updating {} and {} more in the background…", shown, names.size() - kNamesShown)};
 }
 
 std::optional<NotificationContent> passEndedNotice(bool success, const std::string& problem, std::int64_t installed,
@@ -60,12 +55,12 @@ std::optional<NotificationContent> passEndedNotice(bool success, const std::stri
 std::optional<NotificationContent> helperPassStartedNotice(const HelperBackgroundCurrentRun& run) {
   const auto& name = run.currentLabelDisplayName ? run.currentLabelDisplayName : run.currentLabel;
   if (run.totalLabels < 1 || !name) return std::nullopt;
-  return NotificationContent{
-      .type = CRVNotificationType::backgroundPatchStarted,
-      .identifier = "helper-background-patch-start-" + run.runID,
-      .title = startedTitle(),
-      .body = run.totalLabels == 1 ? text("Updating {} in the background…", *name)
-                                   : text("Updating {} and {} more in the background…", *name, run.totalLabels - 1)};
+  return NotificationContent{.type = CRVNotificationType::backgroundPatchStarted,
+                             .identifier = "helper-background-patch-start-" + run.runID,
+                             .title = startedTitle(),
+                             .body = run.totalLabels == 1 ? localized("Updating {} in the background…", *name)
+                                                          : localized("Updating {} and {} more in the background…",
+                                                                      *name, run.totalLabels - 1)};
 }
 
 std::optional<NotificationContent> helperPassEndedNotice(const BackgroundPatchSummary& summary) {
@@ -74,8 +69,8 @@ std::optional<NotificationContent> helperPassEndedNotice(const BackgroundPatchSu
     if (summary.totalLabels <= 0) return failedWith(identifier, noDetails());
     const auto examples = std::span(summary.labels).first(std::min(summary.labels.size(), kNamesShown));
     return failedWith(identifier,
-                      text("{} of {} updates failed (e.g. {}). Open Corvane for details.", summary.failureCount,
-                           summary.totalLabels, joined({examples.begin(), examples.end()})));
+                      localized("{} of {} updates failed (e.g. {}). Open Corvane for details.", summary.failureCount,
+                                summary.totalLabels, joined({examples.begin(), examples.end()})));
   }
   if (summary.patchedCount < 1) return std::nullopt;
   return updated(identifier, summary.patchedCount);
@@ -86,9 +81,9 @@ NotificationContent selfUpdateNotice(const SelfUpdateAvailability& update, const
           .identifier = "self-update-" + version,
           .title = localized("Corvane update available"),
           .body = update.runningVersion
-                      ? text("Version {} is available (you have {}). Open Corvane to install.", update.availableVersion,
-                             *update.runningVersion)
-                      : text("Version {} is available. Open Corvane to install.", update.availableVersion)};
+                      ? localized("Version {} is available (you have {}). Open Corvane to install.",
+                                  update.availableVersion, *update.runningVersion)
+                      : localized("Version {} is available. Open Corvane to install.", update.availableVersion)};
 }
 
 }  // namespace corvane

@@ -1,7 +1,5 @@
 #include "background/deferral_notifications.h"
 
-#include <fmt/format.h>
-
 #include <utility>
 
 #include "base/localized.h"
@@ -13,8 +11,7 @@ namespace {
 std::string deferralEndedBody(std::int64_t pending) {
   if (pending == 1) return localized("1 update is waiting. Open Corvane to install now or defer again.");
   if (pending < 1) return localized("Open Corvane to install now or defer again.");
-  return fmt::format(fmt::runtime(localized("{} updates are waiting. Open Corvane to install now or defer again.")),
-                     pending);
+  return localized("{} updates are waiting. Open Corvane to install now or defer again.", pending);
 }
 
 }  // namespace

@@ -137,9 +137,8 @@ void AppDiscoverer::scanNext(Lane& lane) {
 
 void AppDiscoverer::giveUp(Lane& lane, const std::shared_ptr<Discovery>& discovery) {
   std::erase(lane.waiting, discovery);
-  const auto text =
-      fmt::format(fmt::runtime(localized("The folders of labels and applications did not answer in {} minutes")),
-                  std::chrono::duration_cast<std::chrono::minutes>(kDiscoveryTimeLimit).count());
+  const auto text = localized("The folders of labels and applications did not answer in {} minutes",
+                              std::chrono::duration_cast<std::chrono::minutes>(kDiscoveryTimeLimit).count());
   log_.error(text + "; a discovery was given up.");
   failLater(*discovery, XPCError::discovery(text));
 }

@@ -50,11 +50,10 @@ Status checkTool(const std::filesystem::path& script, const std::filesystem::pat
   if (lstat(script.c_str(), &state) != 0)
     return notReady(localized("Installomator not found — update detection and patching will not work."));
   if (!S_ISREG(state.st_mode) || (state.st_mode & 0111) == 0)
-    return notReady(fmt::format(fmt::runtime(localized("Installomator at {} cannot be executed")), script.string()));
+    return notReady(localized("Installomator at {} cannot be executed", script.string()));
   if (auto trusted = checkTrustedPath(script, root, ownUid); !trusted)
-    return notReady(
-        fmt::format(fmt::runtime(localized("Installomator at {} can be changed by others and is not run: {}")),
-                    script.string(), trusted.error().text));
+    return notReady(localized("Installomator at {} can be changed by others and is not run: {}", script.string(),
+                              trusted.error().text));
   return {};
 }
 

@@ -92,8 +92,7 @@ void VersionChecker::check(std::vector<VersionQuestion> questions, const CheckSe
   if (forChildren.empty()) return finish(check, "");
   if (auto ready = prepareScratch(*check, setting.functions); !ready) {
     log_.error(fmt::format("No label can be evaluated: {}", ready.error().text));
-    return finish(check,
-                  fmt::format(fmt::runtime(localized("The helper cannot evaluate labels: {}")), ready.error().text));
+    return finish(check, localized("The helper cannot evaluate labels: {}", ready.error().text));
   }
   check->limit = s_.main.after(
       kCheckTimeLimit, [this, check] { finish(check, localized("All labels together took longer than 80 seconds")); });
@@ -142,9 +141,7 @@ void VersionChecker::startToolQuestion(const Job& job) {
                           job.check->evaluation.runAs),
         std::move(onLine), [found](const Result<ChildExit>& exit) -> VersionAnswer {
           if (*found) return {.version = *found};
-          if (!exit)
-            return versionFailure(
-                fmt::format(fmt::runtime(localized("Installomator could not be asked: {}")), exit.error().text));
+          if (!exit) return versionFailure(localized("Installomator could not be asked: {}", exit.error().text));
           return versionFailure(localized("Installomator told no version"));
         });
 }

@@ -19,9 +19,8 @@ std::string bodyOf(std::int64_t pendingCount) {
   if (pendingCount == 1)
     return localized(
         "1 required update will install automatically when the countdown ends. Open Corvane to install now.");
-  return fmt::format(
-      fmt::runtime(localized(
-          "{} required updates will install automatically when the countdown ends. Open Corvane to install now.")),
+  return localized(
+      "{} required updates will install automatically when the countdown ends. Open Corvane to install now.",
       pendingCount);
 }
 
@@ -43,7 +42,7 @@ void HardDeadlineReminderNotifier::schedule(const std::vector<Reminder>& reminde
     router_.post(
         {.type = CRVNotificationType::hardDeadlineReminder,
          .identifier = identifierOf(reminder.minutesRemaining),
-         .title = fmt::format(fmt::runtime(localized("Updates install in {} minutes")), reminder.minutesRemaining),
+         .title = localized("Updates install in {} minutes", reminder.minutesRemaining),
          .body = bodyOf(pendingCount),
          .sound = true,
          .showsDeferralPrompt = true,

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "base/date.h"
+#include "base/localizable.h"
 #include "core/records/enumerations.h"
 
 namespace corvane {
@@ -19,7 +20,7 @@ struct DeferralPromptLink {
 };
 
 // Title of the action, before the display title takes the place of the program's name.
-constexpr std::string_view kOpenActionTitle = "Open Corvane";
+constexpr std::string_view kOpenActionTitle = toLocalize("Open Corvane");
 
 // Texts are in the user's language and still say "Corvane".
 struct NotificationContent {

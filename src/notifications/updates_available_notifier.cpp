@@ -1,7 +1,5 @@
 #include "notifications/updates_available_notifier.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <string>
 
@@ -16,29 +14,34 @@ constexpr const char* kOpenApps = "crv.updatesAvailable";
 constexpr const char* kACPower = "crv.acPowerRequired";
 
 std::string counted(std::int64_t count, std::string_view one, std::string_view many) {
-  return count == 1 ? localized(one) : fmt::format(fmt::runtime(localized(many)), count);
+  return count == 1 ? localized(one) : localized(many, count);
 }
 
 std::string toastTitle(std::int64_t open) {
-  return counted(open, "Corvane: 1 open app needs updating", "Corvane: {} open apps need updating");
+  return counted(open, toLocalize("Corvane: 1 open app needs updating"),
+                 toLocalize("Corvane: {} open apps need updating"));
 }
 
 std::string toastBody(const UpdatesAvailable& news) {
   const auto closed = news.total - news.open;
   const bool oneOpen = news.open == 1;
   if (closed < 1)
-    return localized(oneOpen ? "Quit the app or open Corvane to update now."
-                             : "Quit the apps or open Corvane to update now.");
+    return localized(oneOpen ? toLocalize("Quit the app or open Corvane to update now.")
+                             : toLocalize("Quit the apps or open Corvane to update now."));
   if (!news.closedAppsHandledElsewhere)
-    return counted(closed, "1 closed app also needs updating. Open Corvane to update now.",
-                   "{} closed apps also need updating. Open Corvane to update now.");
+    return counted(closed, toLocalize("1 closed app also needs updating. Open Corvane to update now."),
+                   toLocalize("{} closed apps also need updating. Open Corvane to update now."));
   if (oneOpen)
     return counted(
-        closed, "1 closed app is being updated in the background. Quit the open app or open Corvane to update now.",
-        "{} closed apps are being updated in the background. Quit the open app or open Corvane to update now.");
+        closed,
+        toLocalize("1 closed app is being updated in the background. Quit the open app or open Corvane to update now."),
+        toLocalize(
+            "{} closed apps are being updated in the background. Quit the open app or open Corvane to update now."));
   return counted(
-      closed, "1 closed app is being updated in the background. Quit the open apps or open Corvane to update now.",
-      "{} closed apps are being updated in the background. Quit the open apps or open Corvane to update now.");
+      closed,
+      toLocalize("1 closed app is being updated in the background. Quit the open apps or open Corvane to update now."),
+      toLocalize(
+          "{} closed apps are being updated in the background. Quit the open apps or open Corvane to update now."));
 }
 
 }  // namespace
@@ -57,13 +60,14 @@ void UpdatesAvailableNotifier::tellOfACPower(std::int64_t waiting, const Corvane
   if (s_.preferences.readLastNotifiedACPowerRequiredCount() == waiting) return;
   s_.preferences.writeLastNotifiedACPowerRequiredCount(waiting);
   if (waiting == 0) return s_.router.cancel(CRVNotificationType::acPowerRequired, {kACPower});
-  s_.router.post({.type = CRVNotificationType::acPowerRequired,
-                  .identifier = kACPower,
-                  .title = localized("App updates are waiting"),
-                  .body = counted(waiting, "Connect this Mac to AC power to continue. 1 closed app update is pending.",
-                                  "Connect this Mac to AC power to continue. {} closed app updates are pending."),
-                  .sound = true},
-                 config, warningOnFailure(log_, "Failed to deliver toast"));
+  s_.router.post(
+      {.type = CRVNotificationType::acPowerRequired,
+       .identifier = kACPower,
+       .title = localized("App updates are waiting"),
+       .body = counted(waiting, toLocalize("Connect this Mac to AC power to continue. 1 closed app update is pending."),
+                       toLocalize("Connect this Mac to AC power to continue. {} closed app updates are pending.")),
+       .sound = true},
+      config, warningOnFailure(log_, "Failed to deliver toast"));
 }
 
 void UpdatesAvailableNotifier::tellOfOpenApps(const UpdatesAvailable& news, const CorvaneConfiguration& config) {

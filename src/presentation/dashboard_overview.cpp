@@ -1,6 +1,7 @@
 // Cards, time stamps, the next step, filter and the empty list.
 #include <string_view>
 
+#include "base/localizable.h"
 #include "presentation/dashboard_parts.h"
 #include "workflow/deferral_texts.h"
 #include "workflow/watchpoint.h"
@@ -20,11 +21,13 @@ struct FilterTexts {
 };
 
 constexpr FilterTexts kFilters[] = {
-    {FilterMode::all, "All", "Show all applications", ""},
-    {FilterMode::needsUpdate, "Needs Update", "Show applications that need an update",
-     "No applications need an update"},
-    {FilterMode::alerts, "Alerts", "Show applications with alerts", "No applications have alerts"},
-    {FilterMode::upToDate, "Up to Date", "Show applications that are up to date", "No applications are up to date"}};
+    {FilterMode::all, toLocalize("All"), toLocalize("Show all applications"), ""},
+    {FilterMode::needsUpdate, toLocalize("Needs Update"), toLocalize("Show applications that need an update"),
+     toLocalize("No applications need an update")},
+    {FilterMode::alerts, toLocalize("Alerts"), toLocalize("Show applications with alerts"),
+     toLocalize("No applications have alerts")},
+    {FilterMode::upToDate, toLocalize("Up to Date"), toLocalize("Show applications that are up to date"),
+     toLocalize("No applications are up to date")}};
 
 bool countsAreBeingRenewed(const StatusFields& fields) {
   return fields.gate.isLoading && fields.gate.currentOperation == DiscoveryOperation::checkUpdates &&

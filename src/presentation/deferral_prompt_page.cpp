@@ -1,4 +1,5 @@
 #include "presentation/deferral_prompt_page.h"
+#include "base/localizable.h"
 
 #include <algorithm>
 #include <chrono>
@@ -17,7 +18,7 @@ constexpr std::int64_t kNearlyOver = 10;
 // No choice means a later moment than this; more minutes than a calendar has are a slip of the pen.
 constexpr std::int64_t kLongestReminder = 10LL * 366 * 24 * 60;
 
-constexpr auto kLookingOnceMore = "Making sure that these are the newest versions…";
+constexpr auto kLookingOnceMore = toLocalize("Making sure that these are the newest versions…");
 
 std::string versionsText(const DeferralPromptApp& app, const PageTexts& texts) {
   if (app.forcedReinstall) return texts.text("{} · Required reinstall", app.currentVersion);
@@ -78,7 +79,7 @@ DeferralPromptPage makeDeferralPromptPage(const DeferralPromptInputs& inputs, Da
   page.mayClose = !hard || inputs.hardMayClose;
   page.symbol = hard ? "exclamationmark.octagon.fill" : "clock.badge.exclamationmark.fill";
   page.symbolColor = hard ? ColorRole::red : ColorRole::accent;
-  page.title = texts.text(hard ? "Updates required" : "Updates Available");
+  page.title = texts.text(hard ? toLocalize("Updates required") : toLocalize("Updates Available"));
   page.subtitle = subtitleText(fields.currentDeferralEscalation, inputs.apps.size(), locale, texts);
   if (hard) page.explanation = inputs.explanation.value_or("");
   page.rows = rowsOf(inputs, texts);
@@ -93,7 +94,7 @@ DeferralPromptPage makeDeferralPromptPage(const DeferralPromptInputs& inputs, Da
                   .visible = true,
                   .enabled = true};
   }
-  page.install = {.text = texts.text(hard ? "Update Now" : "Update"),
+  page.install = {.text = texts.text(hard ? toLocalize("Update Now") : toLocalize("Update")),
                   .help = texts.text("Install these updates now"),
                   .visible = true,
                   .enabled = !(hard && inputs.isInstalling)};

@@ -15,12 +15,10 @@ std::int64_t calendarDaysBetween(Date from, Date to, const Locale& locale) {
 }
 
 std::string absolute(Date moment, std::int64_t days, const Locale& locale) {
-  const auto at = [&](std::string_view literal) {
-    return fmt::format(fmt::runtime(localized(literal)), locale.shortTime(moment));
-  };
-  if (days == 0) return at("today at {}");
-  if (days == 1) return at("tomorrow at {}");
-  if (days == -1) return at("yesterday at {}");
+  const auto at = [&](std::string_view literal) { return localized(literal, locale.shortTime(moment)); };
+  if (days == 0) return at(toLocalize("today at {}"));
+  if (days == 1) return at(toLocalize("tomorrow at {}"));
+  if (days == -1) return at(toLocalize("yesterday at {}"));
   return locale.mediumDateShortTime(moment);
 }
 
@@ -36,34 +34,34 @@ struct Unit {
 std::string relative(Date moment, Date now, std::int64_t days) {
   const bool ahead = moment > now;
   const auto gap = ahead ? begun(moment - now) : now - moment;
-  const auto worded = [](const Unit& unit) {
-    return fmt::format(fmt::runtime(localized(unit.count == 1 ? unit.one : unit.many)), unit.count);
-  };
-  if (gap < 1min) return localized(ahead ? "in less than a minute" : "just now");
+  const auto worded = [](const Unit& unit) { return localized(unit.count == 1 ? unit.one : unit.many, unit.count); };
+  if (gap < 1min) return localized(ahead ? toLocalize("in less than a minute") : toLocalize("just now"));
   if (gap < 1h) {
     const auto minutes = std::chrono::floor<std::chrono::minutes>(gap).count();
-    return worded(ahead ? Unit{minutes, "in {} minute", "in {} minutes"}
-                        : Unit{minutes, "{} minute ago", "{} minutes ago"});
+    return worded(ahead ? Unit{minutes, toLocalize("in {} minute"), toLocalize("in {} minutes")}
+                        : Unit{minutes, toLocalize("{} minute ago"), toLocalize("{} minutes ago")});
   }
   if (gap < 48h) {
     const auto hours = std::chrono::floor<std::chrono::hours>(gap).count();
-    return worded(ahead ? Unit{hours, "in {} hour", "in {} hours"} : Unit{hours, "{} hour ago", "{} hours ago"});
+    return worded(ahead ? Unit{hours, toLocalize("in {} hour"), toLocalize("in {} hours")}
+                        : Unit{hours, toLocalize("{} hour ago"), toLocalize("{} hours ago")});
   }
-  return worded(ahead ? Unit{days, "in {} day", "in {} days"} : Unit{-days, "{} day ago", "{} days ago"});
+  return worded(ahead ? Unit{days, toLocalize("in {} day"), toLocalize("in {} days")}
+                      : Unit{-days, toLocalize("{} day ago"), toLocalize("{} days ago")});
 }
 
 }  // namespace
 
 std::string absoluteMomentText(Date moment, Date now, const Locale& locale) {
   const auto days = calendarDaysBetween(now, moment, locale);
-  if (days == 0) return fmt::format(fmt::runtime(localized("at {}")), locale.shortTime(moment));
+  if (days == 0) return localized("at {}", locale.shortTime(moment));
   if (days == 1 || days == -1) return absolute(moment, days, locale);
-  return fmt::format(fmt::runtime(localized("on {}")), locale.mediumDateShortTime(moment));
+  return localized("on {}", locale.mediumDateShortTime(moment));
 }
 
 std::string momentText(Date moment, Date now, const Locale& locale) {
   const auto days = calendarDaysBetween(now, moment, locale);
-  return fmt::format(fmt::runtime(localized("{}, {}")), absolute(moment, days, locale), relative(moment, now, days));
+  return localized("{}, {}", absolute(moment, days, locale), relative(moment, now, days));
 }
 
 std::string remainingText(Date moment, Date now, const Locale& locale) {
@@ -74,7 +72,7 @@ std::string remainingText(Date moment, Date now, const Locale& locale) {
   if (left >= 48h) return locale.duration(calendarDaysBetween(now, moment, locale), DurationUnit::day);
   auto hours = locale.duration(minutes / 60, DurationUnit::hour);
   if (left >= 24h || minutes % 60 == 0) return hours;
-  return fmt::format(fmt::runtime(localized("{}, {}")), hours, locale.duration(minutes % 60, DurationUnit::minute));
+  return localized("{}, {}", hours, locale.duration(minutes % 60, DurationUnit::minute));
 }
 
 std::string monogramOf(const std::string& name) {

@@ -119,8 +119,7 @@ void DeferralActions::deferUpdates(bool fromDialogTimeout) {
   deferrals.recordDeferral(minutes, fields_.currentDeferralEscalation);
   recordDeferralEvents(c_.fields.updateAll.pendingPatchLabels, DeferralEventType::userDeferred, minutes,
                        fields_.currentDeferralEscalation);
-  c_.messages.status(fmt::format(fmt::runtime(localized("Updates deferred for {}.")),
-                                 deferralDurationText(minutes, c_.services.locale)));
+  c_.messages.status(localized("Updates deferred for {}.", deferralDurationText(minutes, c_.services.locale)));
 }
 
 // The word of it comes after the removal, or it would be taken away with the rest.

@@ -1,39 +1,32 @@
 #include "workflow/deferral_texts.h"
 
-#include <fmt/format.h>
-
 #include "base/localized.h"
 
 namespace corvane {
 
 namespace {
 
-template <class... Args>
-std::string worded(std::string_view literal, const Args&... args) {
-  return fmt::format(fmt::runtime(localized(literal)), args...);
-}
-
 struct LimitWords {
   const Locale& locale;
 
   std::string operator()(const limit::CountOnly& limit) const {
     if (limit.count == 1) return localized("1 deferral remaining before the hard deadline.");
-    return worded("{} deferrals remaining before the hard deadline.", locale.number(limit.count));
+    return localized("{} deferrals remaining before the hard deadline.", locale.number(limit.count));
   }
   std::string operator()(const limit::DaysOnly& limit) const {
     if (limit.days == 1) return localized("1 day remaining before the hard deadline.");
-    return worded("{} days remaining before the hard deadline.", locale.number(limit.days));
+    return localized("{} days remaining before the hard deadline.", locale.number(limit.days));
   }
   std::string operator()(const limit::Both& limit) const {
     const auto date = locale.mediumDateShortTime(limit.deadline);
     if (limit.deadlineIsNear) {
       if (limit.count == 1)
-        return worded("Updates install by {}, or 1 deferral remaining, whichever comes first.", date);
-      return worded("Updates install by {}, or {} deferrals remaining, whichever comes first.", date,
-                    locale.number(limit.count));
+        return localized("Updates install by {}, or 1 deferral remaining, whichever comes first.", date);
+      return localized("Updates install by {}, or {} deferrals remaining, whichever comes first.", date,
+                       locale.number(limit.count));
     }
-    if (limit.count == 1) return worded("1 deferral remaining, or until {}, whichever comes first.", date);
-    return worded("{} deferrals remaining, or until {}, whichever comes first.", locale.number(limit.count), date);
+    if (limit.count == 1) return localized("1 deferral remaining, or until {}, whichever comes first.", date);
+    return localized("{} deferrals remaining, or until {}, whichever comes first.", locale.number(limit.count), date);
   }
 };
 
@@ -42,14 +35,15 @@ struct WatchpointWords {
   bool focusNotifications;
 
   std::string operator()(const watchpoint::Enforcement&) const {
-    return worded("Updates install automatically in {}", remaining);
+    return localized("Updates install automatically in {}", remaining);
   }
   std::string operator()(const watchpoint::DeferralReminder&) const {
-    return worded("Deferred — you'll be reminded in {}", remaining);
+    return localized("Deferred — you'll be reminded in {}", remaining);
   }
   std::string operator()(const watchpoint::FocusDeferral&) const {
-    return worded(focusNotifications ? "Focus deferral — next reminder in {}" : "Focus deferral — checking again in {}",
-                  remaining);
+    return localized(focusNotifications ? toLocalize("Focus deferral — next reminder in {}")
+                                        : toLocalize("Focus deferral — checking again in {}"),
+                     remaining);
   }
 };
 
@@ -69,7 +63,7 @@ std::string limitSummaryText(const DeferralLimitSummary& summary, const Locale& 
 }
 
 std::string hardDeadlineText(std::optional<HardDeadlineTrigger> trigger) {
-  return localized(trigger ? displayText(*trigger) : "The deadline has passed.");
+  return localized(trigger ? displayText(*trigger) : toLocalize("The deadline has passed."));
 }
 
 std::string hardDeadlineText(const DeferralInfo& info, const CorvaneConfiguration& config, Date now) {

@@ -1,7 +1,5 @@
 #include "workflow/discovery_answers.h"
 
-#include <fmt/format.h>
-
 #include <set>
 
 #include "base/localized.h"
@@ -36,8 +34,7 @@ Labels labelsMissingFrom(const Apps& kept, const Apps& records) {
 }
 
 std::string discoveryCompleteText(std::size_t count) {
-  return fmt::format(fmt::runtime(localized("Discovery complete: found {} applications. Checking for updates…")),
-                     count);
+  return localized("Discovery complete: found {} applications. Checking for updates…", count);
 }
 
 }  // namespace corvane

@@ -173,13 +173,11 @@ void DiscoveryPipeline::finish(Pass pass, bool foundAny, bool takenOver) {
 void DiscoveryPipeline::failed(Pass pass, const Error& error) {
   c_.log.warning(fmt::format("XPC discovery failed: {}", error.text));
   if (XPCError::isDiscoveryFailed(error))
-    return failedForGood(std::move(pass), fmt::format(fmt::runtime(localized("Discovery failed: {}")), error.text));
+    return failedForGood(std::move(pass), localized("Discovery failed: {}", error.text));
   if (pass.request.includeLatestVersions)
     return failedForGood(
         std::move(pass),
-        fmt::format(fmt::runtime(
-                        localized("Check for Updates requires the helper service and it could not be contacted ({}).")),
-                    error.text));
+        localized("Check for Updates requires the helper service and it could not be contacted ({}).", error.text));
   c_.log.warning("Falling back to direct discovery (no latest-version checks)");
   c_.messages.status(localized("Having trouble contacting the helper service; scanning apps directly on this Mac..."));
   startDirectDiscovery(++fields_.discoveryGeneration);
@@ -232,7 +230,7 @@ void DiscoveryPipeline::directSucceeded(std::int64_t generation, const Apps& rec
 
 // A stale scan that fails still tells so and empties the inventory, but leaves the newer pass its gate.
 void DiscoveryPipeline::directFailed(std::int64_t generation, const Error& error) {
-  const auto text = fmt::format(fmt::runtime(localized("Discovery failed: {}")), error.text);
+  const auto text = localized("Discovery failed: {}", error.text);
   if (generation == fields_.discoveryGeneration) close();
   c_.log.error(fmt::format("Direct discovery failed: Discovery failed: {}", error.text));
   c_.messages.status(std::nullopt);

@@ -154,7 +154,7 @@ void HelperLifecycle::lookAfterKickstart() {
 
 void HelperLifecycle::registerHelper() {
   if (const auto registered = c_.services.installation.registerHelper(); !registered) {
-    c_.messages.error(fmt::format(fmt::runtime(localized("Helper registration failed: {}")), registered.error().text));
+    c_.messages.error(localized("Helper registration failed: {}", registered.error().text));
     return;
   }
   refreshHelperState(true);
@@ -168,7 +168,8 @@ void HelperLifecycle::resetHelper(bool isAutomatic) {
     c_.log.info("Reset Helper skipped — a reset is already in progress.");
     return;
   }
-  c_.messages.status(localized(isAutomatic ? "Refreshing root helper…" : "Resetting root helper…"));
+  c_.messages.status(
+      localized(isAutomatic ? toLocalize("Refreshing root helper…") : toLocalize("Resetting root helper…")));
   c_.log.info(fmt::format("Reset Helper requested by {}", isAutomatic ? "auto-trigger" : "user"));
   auto& service = c_.services.installation;
   service.performReset(
@@ -183,8 +184,7 @@ void HelperLifecycle::resetEnded(Uuid token, bool isAutomatic, const Result<Help
     outcome = outcomeOf(*answer);
   } else {
     const auto& error = answer.error();
-    outcome.text = fmt::format(fmt::runtime(localized("Reset Helper failed: {} (domain: {}, code: {})")), error.text,
-                               error.domain, error.code);
+    outcome.text = localized("Reset Helper failed: {} (domain: {}, code: {})", error.text, error.domain, error.code);
     c_.log.error(outcome.text);
   }
   auto& service = c_.services.installation;

@@ -95,8 +95,7 @@ std::optional<Date> Inventory::completeUntil(const CorvaneConfiguration& config,
 }
 
 std::string Inventory::completionMessage(Date next) const {
-  return fmt::format(fmt::runtime(localized("Patching is complete for this cycle. The next cycle starts {}.")),
-                     c_.services.locale.longDate(next));
+  return localized("Patching is complete for this cycle. The next cycle starts {}.", c_.services.locale.longDate(next));
 }
 
 void Inventory::replaceApps(Apps apps) {

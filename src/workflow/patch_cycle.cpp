@@ -45,8 +45,7 @@ Date PatchCycle::armRetry(std::int64_t minutes) {
 void PatchCycle::retryLater(std::int64_t minutes) {
   const auto retry = armRetry(minutes);
   const AppDisplayTitle title(c_.services.preferences.loadConfiguration());
-  c_.messages.status(title.userFacing(
-      fmt::format(fmt::runtime(localized("An update failed. Corvane will try again in {} minutes.")), minutes)));
+  c_.messages.status(title.userFacing(localized("An update failed. Corvane will try again in {} minutes.", minutes)));
   c_.log.info(fmt::format("Update All finished with errors; next attempt at {} (DeferralTimerError={} minutes).",
                           c_.services.locale.calendar().iso8601(retry), minutes));
 }

@@ -117,7 +117,7 @@ void PatchRun::applyPatchResult(Run run, const Result<PatchRunAnswer>& answered)
 }
 
 void PatchRun::startFailed(Run run, const Error& error) {
-  const auto text = fmt::format(fmt::runtime(localized("Failed to start patching: {}")), error.text);
+  const auto text = localized("Failed to start patching: {}", error.text);
   followUpError(run, text, text);
   settle(run, false, text, 0);
 }
@@ -159,7 +159,7 @@ void PatchRun::finishedWell(Run run, const PatchRunAnswer& result) {
     c_.crossings.updatesPutOff(run.operation, putOff);
   else if (!othersPending)
     c_.crossings.completePatchingCycle();
-  c_.messages.status(fmt::format(fmt::runtime(localized("Update complete. {} Refreshing…")), result.message));
+  c_.messages.status(localized("Update complete. {} Refreshing…", result.message));
   sendFinished(run, "success");
   recheck(run.labels, false);
   settle(run, true, result.message, result.installedCount);

@@ -14,7 +14,7 @@ namespace corvane {
 namespace {
 
 constexpr int kStagingFailed = 2;
-constexpr auto kStaging = "Staging updates…";
+constexpr auto kStaging = toLocalize("Staging updates…");
 
 Labels listOf(const LabelSet& labels) { return {labels.begin(), labels.end()}; }
 

@@ -1,7 +1,5 @@
 #include "workflow/status_texts.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 
 #include "base/localized.h"
@@ -10,11 +8,6 @@
 namespace corvane {
 
 namespace {
-
-template <class... Args>
-std::string worded(std::string_view literal, const Args&... args) {
-  return fmt::format(fmt::runtime(localized(literal)), args...);
-}
 
 bool isReady(const StatusFields& fields) {
   return fields.helper.helperOperational && fields.helper.installomatorAvailable;
@@ -29,16 +22,18 @@ bool isInGrace(const StatusFields& fields, Date now) {
 std::string patchingLine(const StatusFields& fields) {
   const auto& prompt = fields.blockingPrompt.blockingPromptAppName;
   if (prompt && !prompt->empty()) return waitingForQuitText(*prompt);
-  return localized(fields.gate.currentOperation == DiscoveryOperation::patchBackground ? "Background patching…"
-                                                                                       : "Patching…");
+  return localized(fields.gate.currentOperation == DiscoveryOperation::patchBackground
+                       ? toLocalize("Background patching…")
+                       : toLocalize("Patching…"));
 }
 
 std::string readyLine(const InventoryFields& inventory) {
   if (inventory.pendingUpdates == 1) return localized("1 update available");
-  if (inventory.pendingUpdates >= 2) return worded("{} updates available", inventory.pendingUpdates);
+  if (inventory.pendingUpdates >= 2) return localized("{} updates available", inventory.pendingUpdates);
   if (inventory.cycleCompletionMessage && inventory.updatesAwaitingNextCycle >= 1)
     return localized("Patching is complete for this cycle");
-  return localized(uncheckedAppCount(inventory.apps) > 0 ? "Update check needed" : "All apps up to date");
+  return localized(uncheckedAppCount(inventory.apps) > 0 ? toLocalize("Update check needed")
+                                                         : toLocalize("All apps up to date"));
 }
 
 }  // namespace
@@ -46,7 +41,7 @@ std::string readyLine(const InventoryFields& inventory) {
 std::string statusLine(const StatusFields& fields, Date now) {
   if (fields.gate.isPatching) return patchingLine(fields);
   if (isReady(fields)) return readyLine(fields.inventory);
-  return localized(isInGrace(fields, now) ? "Starting helper…" : "Setup required");
+  return localized(isInGrace(fields, now) ? toLocalize("Starting helper…") : toLocalize("Setup required"));
 }
 
 std::string_view statusSymbolName(const StatusFields& fields, Date now) {
@@ -62,7 +57,7 @@ std::string startText(DiscoveryOperation operation, std::size_t count) {
     case DiscoveryOperation::discoverInstalled:
       return localized("Discovering installed applications...");
     case DiscoveryOperation::checkUpdates:
-      return count > 0 ? worded("Checking for updates for {} applications (this may take a few minutes)...", count)
+      return count > 0 ? localized("Checking for updates for {} applications (this may take a few minutes)...", count)
                        : localized("Checking for updates (this may take a few minutes)...");
     case DiscoveryOperation::patchAll:
       return localized("Updating applications...");
@@ -77,13 +72,13 @@ std::string startText(DiscoveryOperation operation, std::size_t count) {
 std::string checkCompleteText(const InventoryFields& inventory) {
   const auto waiting = inventory.updatesAwaitingNextCycle;
   if (inventory.cycleCompletionMessage && waiting == 1)
-    return worded("Check for Updates complete: 1 new update will wait for the next cycle, {} up to date.",
-                  inventory.upToDateCount);
+    return localized("Check for Updates complete: 1 new update will wait for the next cycle, {} up to date.",
+                     inventory.upToDateCount);
   if (inventory.cycleCompletionMessage && waiting > 1)
-    return worded("Check for Updates complete: {} new updates will wait for the next cycle, {} up to date.", waiting,
-                  inventory.upToDateCount);
-  return worded("Check for Updates complete: {} updates available, {} up to date.", inventory.pendingUpdates,
-                inventory.upToDateCount);
+    return localized("Check for Updates complete: {} new updates will wait for the next cycle, {} up to date.", waiting,
+                     inventory.upToDateCount);
+  return localized("Check for Updates complete: {} updates available, {} up to date.", inventory.pendingUpdates,
+                   inventory.upToDateCount);
 }
 
 std::string backgroundPatchStatusText(const std::optional<std::string>& displayName,
@@ -92,20 +87,20 @@ std::string backgroundPatchStatusText(const std::optional<std::string>& displayN
   const auto name = displayName && !displayName->empty() ? *displayName : label.value_or("");
   if (name.empty()) {
     if (total == 1) return localized("Background patching 1 app…");
-    return total > 1 ? worded("Background patching {} apps…", total) : localized("Background patching in progress…");
+    return total > 1 ? localized("Background patching {} apps…", total) : localized("Background patching in progress…");
   }
-  if (total < 1) return worded("Background patching {}…", name);
+  if (total < 1) return localized("Background patching {}…", name);
   return patchProgressText(DiscoveryOperation::patchBackground, name,
                            std::clamp<std::int64_t>(completed, 0, total - 1) + 1, total);
 }
 
 std::string patchProgressText(DiscoveryOperation operation, const std::string& name, std::int64_t index,
                               std::int64_t total) {
-  return worded(operation == DiscoveryOperation::patchBackground ? "Background patching {} ({} of {})…"
-                                                                 : "Updating {} ({} of {})…",
-                name, index, total);
+  return localized(operation == DiscoveryOperation::patchBackground ? toLocalize("Background patching {} ({} of {})…")
+                                                                    : toLocalize("Updating {} ({} of {})…"),
+                   name, index, total);
 }
 
-std::string waitingForQuitText(const std::string& name) { return worded("Waiting for you to quit {}…", name); }
+std::string waitingForQuitText(const std::string& name) { return localized("Waiting for you to quit {}…", name); }
 
 }  // namespace corvane

@@ -1,5 +1,4 @@
 // The rules of discovery that need no scan: what the settings take in, leave out and fold together.
-#include <fmt/format.h>
 
 #include <algorithm>
 #include <system_error>
@@ -131,9 +130,8 @@ std::string AppDiscoveryService::emptyDiscoveryStatusMessage(const LabelCatalogS
   if (excludedInstalledAppCount < 1) return localized("No apps that can be updated were found on this Mac.");
   if (excludedInstalledAppCount == 1)
     return localized("No apps to show: 1 installed app is excluded by the current settings.");
-  return fmt::format(
-      fmt::runtime(localized("No apps to show: {} installed apps are excluded by the current settings.")),
-      excludedInstalledAppCount);
+  return localized("No apps to show: {} installed apps are excluded by the current settings.",
+                   excludedInstalledAppCount);
 }
 
 std::string AppDiscoveryService::fingerprintInstalledApps(const CorvaneConstants& constants, LogSink& log) {

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "base/ascii.h"
+#include "base/localizable.h"
 
 namespace corvane {
 
@@ -55,56 +56,59 @@ struct CaseNames;
     static constexpr auto all = std::to_array<CaseName<E>>(__VA_ARGS__); \
   }
 
-CORVANE_CASES(PatchingStatus, {{PatchingStatus::success, "success", "Success"},
-                               {PatchingStatus::failure, "failure", "Failure"},
-                               {PatchingStatus::skipped, "skipped", "Skipped"}});
-CORVANE_CASES(DeferralEventType, {{DeferralEventType::userDeferred, "userDeferred", "Deferred"},
-                                  {DeferralEventType::focusSuppressed, "focusSuppressed", "Focus suppressed"},
-                                  {DeferralEventType::deadlineForced, "deadlineForced", "Deadline forced"},
-                                  {DeferralEventType::installationStarted, "installationStarted", "Install started"}});
-CORVANE_CASES(DeferralDeadlineStatus,
-              {{DeferralDeadlineStatus::normal, "normal", "normal"},
-               {DeferralDeadlineStatus::focusDeadlineReached, "focusDeadlineReached", "focusDeadlineReached"},
-               {DeferralDeadlineStatus::hardDeadlineReached, "hardDeadlineReached", "hardDeadlineReached"}});
+CORVANE_CASES(PatchingStatus, {{PatchingStatus::success, "success", toLocalize("Success")},
+                               {PatchingStatus::failure, "failure", toLocalize("Failure")},
+                               {PatchingStatus::skipped, "skipped", toLocalize("Skipped")}});
+CORVANE_CASES(DeferralEventType,
+              {{DeferralEventType::userDeferred, "userDeferred", toLocalize("Deferred")},
+               {DeferralEventType::focusSuppressed, "focusSuppressed", toLocalize("Focus suppressed")},
+               {DeferralEventType::deadlineForced, "deadlineForced", toLocalize("Deadline forced")},
+               {DeferralEventType::installationStarted, "installationStarted", toLocalize("Install started")}});
+CORVANE_CASES(DeferralDeadlineStatus, {{DeferralDeadlineStatus::normal, "normal", "normal"},
+                                       {DeferralDeadlineStatus::focusDeadlineReached, "focusDeadlineReached",
+                                        toLocalize("focusDeadlineReached")},
+                                       {DeferralDeadlineStatus::hardDeadlineReached, "hardDeadlineReached",
+                                        toLocalize("hardDeadlineReached")}});
 CORVANE_CASES(DeferralEscalation, {{DeferralEscalation::normal, "normal", "normal"},
                                    {DeferralEscalation::focus, "focus", "focus"},
                                    {DeferralEscalation::hard, "hard", "hard"}});
-CORVANE_CASES(HardDeadlineTrigger, {{HardDeadlineTrigger::count, "count", "You have used every deferral."},
-                                    {HardDeadlineTrigger::date, "date", "The deadline date has passed."},
+CORVANE_CASES(HardDeadlineTrigger, {{HardDeadlineTrigger::count, "count", toLocalize("You have used every deferral.")},
+                                    {HardDeadlineTrigger::date, "date", toLocalize("The deadline date has passed.")},
                                     {HardDeadlineTrigger::countAndDate, "countAndDate",
-                                     "You have used every deferral and the deadline date has passed."}});
+                                     toLocalize("You have used every deferral and the deadline date has passed.")}});
 CORVANE_CASES(DeferralAction,
               {{DeferralAction::defer, "defer", "defer"}, {DeferralAction::continueUpdates, "continue", "continue"}});
 CORVANE_CASES(BackgroundPatchSchedulerMode,
-              {{BackgroundPatchSchedulerMode::inApp, "inApp", "In-app"},
-               {BackgroundPatchSchedulerMode::helperDaemon, "helperDaemon", "Helper daemon"}});
-CORVANE_CASES(SelfUpdateFrequency, {{SelfUpdateFrequency::daily, "daily", "Daily"},
-                                    {SelfUpdateFrequency::weekly, "weekly", "Weekly"},
-                                    {SelfUpdateFrequency::monthly, "monthly", "Monthly"}});
-CORVANE_CASES(DiscoveryFrequency, {{DiscoveryFrequency::daily, "daily", "Daily"},
-                                   {DiscoveryFrequency::weekly, "weekly", "Weekly"},
-                                   {DiscoveryFrequency::off, "off", "Off"}});
-CORVANE_CASES(InstallomatorVersion, {{InstallomatorVersion::release, "release", "Release"},
-                                     {InstallomatorVersion::main, "main", "Main"},
-                                     {InstallomatorVersion::custom, "custom", "Custom"}});
-CORVANE_CASES(WebhookFeature, {{WebhookFeature::off, "off", "Off"},
-                               {WebhookFeature::failures, "failures", "Failures Only"},
-                               {WebhookFeature::all, "all", "All"}});
-CORVANE_CASES(OrdinalValue, {{OrdinalValue::first, "first", "First"},
-                             {OrdinalValue::second, "second", "Second"},
-                             {OrdinalValue::third, "third", "Third"},
-                             {OrdinalValue::fourth, "fourth", "Fourth"},
-                             {OrdinalValue::fifth, "fifth", "Fifth"},
-                             {OrdinalValue::final, "final", "Last"}});
-CORVANE_CASES(WeekdayIndex, {{WeekdayIndex::sunday, "sunday", "Sunday"},
-                             {WeekdayIndex::monday, "monday", "Monday"},
-                             {WeekdayIndex::tuesday, "tuesday", "Tuesday"},
-                             {WeekdayIndex::wednesday, "wednesday", "Wednesday"},
-                             {WeekdayIndex::thursday, "thursday", "Thursday"},
-                             {WeekdayIndex::friday, "friday", "Friday"},
-                             {WeekdayIndex::saturday, "saturday", "Saturday"}});
-CORVANE_CASES(VersionComparisonMethod, {{VersionComparisonMethod::isAtLeast, "IS_AT_LEAST", "At least (recommended)"},
-                                        {VersionComparisonMethod::equalTo, "EQUAL_TO", "Exact match"}});
+              {{BackgroundPatchSchedulerMode::inApp, "inApp", toLocalize("In-app")},
+               {BackgroundPatchSchedulerMode::helperDaemon, "helperDaemon", toLocalize("Helper daemon")}});
+CORVANE_CASES(SelfUpdateFrequency, {{SelfUpdateFrequency::daily, "daily", toLocalize("Daily")},
+                                    {SelfUpdateFrequency::weekly, "weekly", toLocalize("Weekly")},
+                                    {SelfUpdateFrequency::monthly, "monthly", toLocalize("Monthly")}});
+CORVANE_CASES(DiscoveryFrequency, {{DiscoveryFrequency::daily, "daily", toLocalize("Daily")},
+                                   {DiscoveryFrequency::weekly, "weekly", toLocalize("Weekly")},
+                                   {DiscoveryFrequency::off, "off", toLocalize("Off")}});
+CORVANE_CASES(InstallomatorVersion, {{InstallomatorVersion::release, "release", toLocalize("Release")},
+                                     {InstallomatorVersion::main, "main", toLocalize("Main")},
+                                     {InstallomatorVersion::custom, "custom", toLocalize("Custom")}});
+CORVANE_CASES(WebhookFeature, {{WebhookFeature::off, "off", toLocalize("Off")},
+                               {WebhookFeature::failures, "failures", toLocalize("Failures Only")},
+                               {WebhookFeature::all, "all", toLocalize("All")}});
+CORVANE_CASES(OrdinalValue, {{OrdinalValue::first, "first", toLocalize("First")},
+                             {OrdinalValue::second, "second", toLocalize("Second")},
+                             {OrdinalValue::third, "third", toLocalize("Third")},
+                             {OrdinalValue::fourth, "fourth", toLocalize("Fourth")},
+                             {OrdinalValue::fifth, "fifth", toLocalize("Fifth")},
+                             {OrdinalValue::final, "final", toLocalize("Last")}});
+CORVANE_CASES(WeekdayIndex, {{WeekdayIndex::sunday, "sunday", toLocalize("Sunday")},
+                             {WeekdayIndex::monday, "monday", toLocalize("Monday")},
+                             {WeekdayIndex::tuesday, "tuesday", toLocalize("Tuesday")},
+                             {WeekdayIndex::wednesday, "wednesday", toLocalize("Wednesday")},
+                             {WeekdayIndex::thursday, "thursday", toLocalize("Thursday")},
+                             {WeekdayIndex::friday, "friday", toLocalize("Friday")},
+                             {WeekdayIndex::saturday, "saturday", toLocalize("Saturday")}});
+CORVANE_CASES(VersionComparisonMethod,
+              {{VersionComparisonMethod::isAtLeast, "IS_AT_LEAST", toLocalize("At least (recommended)")},
+               {VersionComparisonMethod::equalTo, "EQUAL_TO", toLocalize("Exact match")}});
 CORVANE_CASES(CRVNotificationType, {{CRVNotificationType::updatesAvailable, "updatesAvailable", ""},
                                     {CRVNotificationType::acPowerRequired, "acPowerRequired", ""},
                                     {CRVNotificationType::deferralResuming, "deferralResuming", ""},
