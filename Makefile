@@ -9,6 +9,7 @@
 #   make format       clang-format over the sources
 #   make lint         clang-tidy over the sources
 #   make docs         write the generated documents anew
+#   make texts        gather the texts and merge the languages with them
 #   make clean        remove build/
 
 SHELL := /bin/sh
@@ -16,7 +17,7 @@ export CCACHE_BASEDIR := $(CURDIR)
 export CCACHE_NOHASHDIR := 1
 SOURCES = $(shell git ls-files '*.cpp' '*.h' 2>/dev/null)
 
-.PHONY: all bundle run test asan tsan bench screenshots format lint docs clean bootstrap
+.PHONY: all bundle run test asan tsan bench screenshots format lint docs texts clean bootstrap
 all: bundle
 
 bootstrap:
@@ -38,6 +39,7 @@ test: build/debug/build.ninja
 	tools/check_format
 	tools/check_layers --self-test
 	tools/check_layers
+	tools/texts --check
 
 asan tsan: %: build/%/build.ninja
 	cmake --build --preset $@
@@ -61,6 +63,9 @@ lint: build/debug/build.ninja
 docs: build/debug/build.ninja
 	@cmake --build --preset debug --target corvane_core_preferences_tests
 	@CORVANE_UPDATE_DOCS=1 build/debug/tests/corvane_core_preferences_tests --gtest_filter='*Document*'
+
+texts:
+	@tools/texts
 
 clean:
 	@rm -rf build

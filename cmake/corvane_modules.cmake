@@ -33,13 +33,17 @@ endfunction()
 
 # corvane_tests(NAME base FOLDER base LINKS corvane_base) makes corvane_base_tests from tests/base/*.cpp and
 # tells CTest of each test in it.
+add_library(corvane_known_texts OBJECT EXCLUDE_FROM_ALL ${CMAKE_SOURCE_DIR}/tests/support/known_texts.cpp)
+target_compile_definitions(corvane_known_texts PRIVATE CORVANE_TEXTS="${CMAKE_SOURCE_DIR}/po/corvane.pot")
+target_link_libraries(corvane_known_texts PUBLIC corvane_options GTest::gtest fmt::fmt)
+
 function(corvane_tests)
   cmake_parse_arguments(ARG "" "NAME;FOLDER" "LINKS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/${ARG_FOLDER}/*.cpp)
   if(NOT sources)
     return()
   endif()
-  add_executable(corvane_${ARG_NAME}_tests ${sources})
+  add_executable(corvane_${ARG_NAME}_tests ${sources} $<TARGET_OBJECTS:corvane_known_texts>)
   target_include_directories(corvane_${ARG_NAME}_tests PRIVATE ${CMAKE_SOURCE_DIR}/tests)
   target_link_libraries(corvane_${ARG_NAME}_tests PRIVATE corvane_options ${ARG_LINKS} GTest::gtest GTest::gmock GTest::gtest_main)
   gtest_discover_tests(corvane_${ARG_NAME}_tests DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60

@@ -22,6 +22,8 @@
 #include "core/policies/gui_instance_policy.h"
 #include "core/preferences/display_title.h"
 #include "notifications/crv_notification_delegate.h"
+#include "platform/linux/gettext_texts.h"
+#include "platform/posix/executable_bundle.h"
 #include "platform/posix/process_environment.h"
 #include "platform/posix/standard_descriptors.h"
 #include "presentation/deferral_prompt_controller.h"
@@ -194,6 +196,7 @@ int launch(UserMachine& machine, const LaunchArguments& arguments) {
 
 int main(int argc, char** argv) {
   fillStandardDescriptors();
+  speakUsersLanguage(ExecutableBundle().path() / "Contents/Resources/locale");
   signal(SIGPIPE, SIG_IGN);  // a helper that ends while it is written to is an error to tell, not our own end
   const std::vector<std::string_view> list(argv + 1, argv + argc);
   const auto arguments = LaunchArguments::parse(list);
