@@ -6,7 +6,6 @@
 #include <memory>
 #include <optional>
 
-#include "base/localized.h"
 #include "core/preferences/display_title.h"
 #include "ctl/deferral_commands.h"
 #include "ctl/label_judgement.h"
@@ -205,7 +204,7 @@ std::optional<Failure> discoveryFailure(const Session& session, std::optional<Fa
   }
   // No check followed, though applications were found.
   if (!failure && !session.model.fields().helper.installomatorAvailable)
-    return failed(localized("Installomator not found — update detection and patching will not work."));
+    return failed("Installomator not found — update detection and patching will not work.");
   return failure;
 }
 

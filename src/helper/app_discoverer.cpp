@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <utility>
 
-#include "base/localized.h"
 #include "core/client/helper_messages.h"
 #include "core/client/xpc_service_client.h"
 #include "core/discovery/app_discovery_service.h"
@@ -137,8 +136,8 @@ void AppDiscoverer::scanNext(Lane& lane) {
 
 void AppDiscoverer::giveUp(Lane& lane, const std::shared_ptr<Discovery>& discovery) {
   std::erase(lane.waiting, discovery);
-  const auto text = localized("The folders of labels and applications did not answer in {} minutes",
-                              std::chrono::duration_cast<std::chrono::minutes>(kDiscoveryTimeLimit).count());
+  const auto text = fmt::format("The folders of labels and applications did not answer in {} minutes",
+                                std::chrono::duration_cast<std::chrono::minutes>(kDiscoveryTimeLimit).count());
   log_.error(text + "; a discovery was given up.");
   failLater(*discovery, XPCError::discovery(text));
 }

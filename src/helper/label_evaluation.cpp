@@ -1,6 +1,7 @@
 #include "helper/label_evaluation.h"
 
-#include "base/localized.h"
+#include <fmt/format.h>
+
 #include "helper/tool_output.h"
 
 namespace corvane {
@@ -80,13 +81,13 @@ ChildSpec evaluationChild(const EvaluationSetting& setting, const Label& label, 
 }
 
 VersionAnswer readEvaluation(const Result<ChildExit>& exit, std::string_view marker) {
-  if (!exit) return versionFailure(localized("The label could not be evaluated: {}", exit.error().text));
-  if (exit->timedOut) return versionFailure(localized("The vendor's page did not answer within 20 seconds"));
+  if (!exit) return versionFailure(fmt::format("The label could not be evaluated: {}", exit.error().text));
+  if (exit->timedOut) return versionFailure("The vendor's page did not answer within 20 seconds");
   const auto text = markedText(exit->output, marker);
-  if (!text) return versionFailure(localized("The label ended with code {} before it named a version", exit->code));
-  if (text->empty()) return {.failureReason = localized("The vendor's page gave no version"), .notInMetadata = true};
+  if (!text) return versionFailure(fmt::format("The label ended with code {} before it named a version", exit->code));
+  if (text->empty()) return {.failureReason = "The vendor's page gave no version", .notInMetadata = true};
   if (!isBelievableVersion(*text))
-    return versionFailure(localized("The vendor's page answered with something that is no version"));
+    return versionFailure("The vendor's page answered with something that is no version");
   return {.version = std::string(*text)};
 }
 

@@ -7,7 +7,6 @@
 #include <iterator>
 #include <set>
 
-#include "base/localized.h"
 #include "core/client/helper_messages.h"
 #include "core/discovery/app_discovery_service.h"
 #include "core/preferences/options_codec.h"
@@ -48,12 +47,12 @@ struct PatchRunner::Run {
 Status checkTool(const std::filesystem::path& script, const std::filesystem::path& root, uid_t ownUid) {
   struct stat state {};
   if (lstat(script.c_str(), &state) != 0)
-    return notReady(localized("Installomator not found — update detection and patching will not work."));
+    return notReady("Installomator not found — update detection and patching will not work.");
   if (!S_ISREG(state.st_mode) || (state.st_mode & 0111) == 0)
-    return notReady(localized("Installomator at {} cannot be executed", script.string()));
+    return notReady(fmt::format("Installomator at {} cannot be executed", script.string()));
   if (auto trusted = checkTrustedPath(script, root, ownUid); !trusted)
-    return notReady(localized("Installomator at {} can be changed by others and is not run: {}", script.string(),
-                              trusted.error().text));
+    return notReady(fmt::format("Installomator at {} can be changed by others and is not run: {}", script.string(),
+                                trusted.error().text));
   return {};
 }
 

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include "base/atomic_file.h"
-#include "base/localized.h"
 #include "core/preferences/options_codec.h"
 #include "helper/scratch_folder.h"
 #include "helper/tool_output.h"
@@ -81,10 +80,9 @@ void VersionChecker::check(std::vector<VersionQuestion> questions, const CheckSe
       check->answers[question.label] = {.version = std::move(question.literal)};
     } else if (isNeverEvaluated(question.label)) {
       check->answers[question.label] =
-          versionFailure(localized("This label would change the installed application by being asked for its version"));
+          versionFailure("This label would change the installed application by being asked for its version");
     } else if (!question.namedInMetadata && !setting.askTool) {
-      check->answers[question.label] = {.failureReason = localized("The label names no version"),
-                                        .notInMetadata = true};
+      check->answers[question.label] = {.failureReason = "The label names no version", .notInMetadata = true};
     } else if (check->open.insert(question.label).second) {
       forChildren.push_back(std::move(question));
     }
@@ -92,10 +90,10 @@ void VersionChecker::check(std::vector<VersionQuestion> questions, const CheckSe
   if (forChildren.empty()) return finish(check, "");
   if (auto ready = prepareScratch(*check, setting.functions); !ready) {
     log_.error(fmt::format("No label can be evaluated: {}", ready.error().text));
-    return finish(check, localized("The helper cannot evaluate labels: {}", ready.error().text));
+    return finish(check, fmt::format("The helper cannot evaluate labels: {}", ready.error().text));
   }
-  check->limit = s_.main.after(
-      kCheckTimeLimit, [this, check] { finish(check, localized("All labels together took longer than 80 seconds")); });
+  check->limit = s_.main.after(kCheckTimeLimit,
+                               [this, check] { finish(check, "All labels together took longer than 80 seconds"); });
   for (auto& question : forChildren) {
     const bool byTool = !question.namedInMetadata;
     waiting_.push_back({.check = check, .question = std::move(question), .byTool = byTool});
@@ -116,10 +114,10 @@ void VersionChecker::startWaiting() {
 }
 
 void VersionChecker::startEvaluation(const Job& job) {
-  if (!zsh_) return settle(job.check, job.question.label, versionFailure(localized("This machine has no zsh")));
+  if (!zsh_) return settle(job.check, job.question.label, versionFailure("This machine has no zsh"));
   auto fragment = readFile(job.question.fragment, kEvaluatedFragmentLimit);
   if (!fragment || fragment->find('\0') != std::string::npos)
-    return settle(job.check, job.question.label, versionFailure(localized("The label's file cannot be read")));
+    return settle(job.check, job.question.label, versionFailure("The label's file cannot be read"));
   const auto marker = "corvane-" + s_.entropy.uuid().text() + ":";
   start(job, evaluationChild(job.check->evaluation, job.question.label, std::move(*fragment), marker), nullptr,
         [marker](const Result<ChildExit>& exit) { return readEvaluation(exit, marker); });
@@ -141,8 +139,8 @@ void VersionChecker::startToolQuestion(const Job& job) {
                           job.check->evaluation.runAs),
         std::move(onLine), [found](const Result<ChildExit>& exit) -> VersionAnswer {
           if (*found) return {.version = *found};
-          if (!exit) return versionFailure(localized("Installomator could not be asked: {}", exit.error().text));
-          return versionFailure(localized("Installomator told no version"));
+          if (!exit) return versionFailure(fmt::format("Installomator could not be asked: {}", exit.error().text));
+          return versionFailure("Installomator told no version");
         });
 }
 
@@ -197,7 +195,7 @@ void VersionChecker::tellFailures(const VersionAnswers& answers) const {
 
 void VersionChecker::stop() {
   waiting_.clear();
-  for (const auto& check : std::set(checks_)) finish(check, localized("The helper is stopping"));
+  for (const auto& check : std::set(checks_)) finish(check, "The helper is stopping");
 }
 
 }  // namespace corvane
