@@ -120,23 +120,28 @@ constexpr auto kRows = std::to_array<Row>({
 
 // What the same code means when the installer was not downloaded in this run but lay ready.
 constexpr auto kStagedRows = std::to_array<Row>({
-    {2, "Staged file unreadable",
-     "The installer that was downloaded ahead could not be read. It is downloaded afresh with the next update."},
-    {3, "Staged image damaged",
-     "The disk image that was downloaded ahead could not be opened. It is downloaded afresh with the next update."},
-    {4, "Staged file not trusted",
-     "macOS refused the installer that was downloaded ahead. It is downloaded afresh with the next update."},
-    {5, "Signature mismatch",
-     "The installer that was downloaded ahead is signed by another developer than the label expects, so it was not "
-     "installed. Ask your administrator to check the vendor and the label."},
-    {8, "Not in the staged file",
-     "The installer that was downloaded ahead does not hold the expected application. The label needs an update."},
-    {20, "No package in staged image",
-     "The disk image that was downloaded ahead holds no package. The label needs an update."},
-    {21, "No package in staged archive",
-     "The archive that was downloaded ahead holds no package. The label needs an update."},
-    {22, "No image in staged archive",
-     "The archive that was downloaded ahead holds no disk image. The label needs an update."},
+    {2, toLocalize("Staged file unreadable"),
+     toLocalize(
+         "The installer that was downloaded ahead could not be read. It is downloaded afresh with the next update.")},
+    {3, toLocalize("Staged image damaged"),
+     toLocalize("The disk image that was downloaded ahead could not be opened. It is downloaded afresh with the next "
+                "update.")},
+    {4, toLocalize("Staged file not trusted"),
+     toLocalize(
+         "macOS refused the installer that was downloaded ahead. It is downloaded afresh with the next update.")},
+    {5, toLocalize("Signature mismatch"),
+     toLocalize(
+         "The installer that was downloaded ahead is signed by another developer than the label expects, so it was not "
+         "installed. Ask your administrator to check the vendor and the label.")},
+    {8, toLocalize("Not in the staged file"),
+     toLocalize(
+         "The installer that was downloaded ahead does not hold the expected application. The label needs an update.")},
+    {20, toLocalize("No package in staged image"),
+     toLocalize("The disk image that was downloaded ahead holds no package. The label needs an update.")},
+    {21, toLocalize("No package in staged archive"),
+     toLocalize("The archive that was downloaded ahead holds no package. The label needs an update.")},
+    {22, toLocalize("No image in staged archive"),
+     toLocalize("The archive that was downloaded ahead holds no disk image. The label needs an update.")},
 });
 
 const Row* rowOf(std::span<const Row> rows, std::int64_t code) {

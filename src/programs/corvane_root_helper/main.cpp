@@ -14,7 +14,6 @@
 #include <memory>
 #include <string_view>
 
-#include "base/localized.h"
 #include "base/notification_center.h"
 #include "core/discovery/label_install_facts.h"
 #include "core/history/label_history_caches.h"
@@ -83,7 +82,7 @@ Result<std::optional<std::pair<uid_t, gid_t>>> unprivilegedAccount() {
   if (geteuid() != 0) return std::nullopt;
   const auto* nobody = getpwnam("nobody");
   if (!nobody || nobody->pw_uid == 0)
-    return failure("CRVHelper", ENOENT, localized("This machine has no account nobody to look for versions with"));
+    return failure("CRVHelper", ENOENT, "This machine has no account nobody to look for versions with");
   return std::pair{nobody->pw_uid, nobody->pw_gid};
 }
 
