@@ -1,0 +1,12 @@
+// What the machine's system calls itself.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace corvane {
+
+// "Debian GNU/Linux 12 (bookworm), Linux 6.1.0-18-amd64": for people, nothing to compare. Any thread.
+[[nodiscard]] std::string systemVersion(const std::filesystem::path& release = "/etc/os-release");
+
+}  // namespace corvane
