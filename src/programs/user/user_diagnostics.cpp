@@ -49,7 +49,7 @@ UserDiagnostics::UserDiagnostics(UserMachine& machine, const Services& services)
                .receipts = services.receipts,
                .log = machine.log,
                .places = machine.places,
-               .operatingSystem = systemVersion(),
+               .operatingSystem = systemVersion(machine.places.root),
                .temporaryFolder = temporaryFolder()}) {}
 
 HomeOf UserDiagnostics::homes() const {
