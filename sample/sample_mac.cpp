@@ -58,6 +58,7 @@ void makeFolders(const Layout& at) {
     makeFolder(at.home / folder);
   makeFolder(at.root / "var/run/user", 0700);
   putSharedFolder(at.root / "tmp");
+  makeFolder(at.home / "Desktop");
   for (const auto* folder : {"fail", "delay", "garbage", "answer", "bin"}) makeFolder(at.control / folder);
   makeFolder(at.labels);
   makeFolder(at.vendors);

@@ -52,6 +52,15 @@ constexpr auto kVerbs = std::to_array<VerbFacts>({
      "Usage: corvanectl settings [--json]\n\n"
      "Lists every preference key with its value in force and where it comes from:\n"
      "managed, user or default. Secrets are shown as \"(hidden)\".\n"},
+    {Verb::bundle, "bundle", false, false,
+     "Usage: corvanectl bundle [--output PATH] [--json]\n\n"
+     "Writes a zip for a request for support and prints its path: a summary, logs,\n"
+     "crash reports, preferences with the addresses of webhooks blacked out, the\n"
+     "helper's state, the latest receipts and deferral events. A GitHub token in the\n"
+     "preferences stays in it, so only its owner may read the zip. Works beside the\n"
+     "application and without the helper.\n\n"
+     "  --output PATH   a folder, or the zip itself where it ends in .zip, which is\n"
+     "                  replaced; /var/tmp without it\n"},
 });
 
 std::unexpected<Error> usage(std::string text) {
@@ -66,6 +75,10 @@ const VerbFacts* findVerb(std::string_view name) {
 constexpr std::string_view kFilters = "all, needsUpdate, alerts, upToDate";
 constexpr std::string_view kFilterOption = "--filter";
 
+constexpr std::string_view kOutputOption = "--output";
+
+bool isOutput(std::string_view argument) { return argument == kOutputOption || argument.starts_with("--output="); }
+
 bool isFilter(std::string_view argument) { return argument == kFilterOption || argument.starts_with("--filter="); }
 
 // A whole number above 0.
@@ -76,10 +89,11 @@ std::optional<std::int64_t> parsedMinutes(std::string_view text) {
   return minutes;
 }
 
-// Where the verb stands; what follows a bare --filter is its value.
+// Where the verb stands; what follows a bare --filter or --output is its value.
 std::size_t firstThatIsNoOption(std::span<const std::string_view> arguments) {
   std::size_t at = 0;
-  while (at < arguments.size() && arguments[at].starts_with("-")) at += arguments[at] == kFilterOption ? 2 : 1;
+  while (at < arguments.size() && arguments[at].starts_with("-"))
+    at += arguments[at] == kFilterOption || arguments[at] == kOutputOption ? 2 : 1;
   return std::min(at, arguments.size());
 }
 
@@ -138,6 +152,14 @@ Result<Command> parseCommand(std::span<const std::string_view> arguments) {
       const auto mode = caseFromRaw<FilterMode>(argument);
       if (!mode) return usage(fmt::format("\"{}\" is no filter; it is one of {}.", argument, kFilters));
       command.filter = *mode;
+    } else if (command.verb == Verb::bundle && isOutput(argument)) {
+      if (argument != kOutputOption)
+        argument.remove_prefix(kOutputOption.size() + 1);
+      else
+        argument = ++i == arguments.size() ? std::string_view() : arguments[i];
+      if (argument.empty() || argument.starts_with("--"))
+        return usage("--output needs a path. See corvanectl bundle --help.");
+      command.output = argument;
     } else if (command.verb == Verb::update && argument == "--all") {
       command.all = true;
     } else if (command.verb == Verb::defer && !argument.starts_with("--") && command.minutes == 0) {
@@ -173,7 +195,8 @@ std::string overviewHelp() {
          "  defer       put pending updates off\n"
          "  deadline    limits of deferrals, and what is armed next\n"
          "  history     finished patch runs\n"
-         "  settings    every preference key, its value and where it comes from\n\n"
+         "  settings    every preference key, its value and where it comes from\n"
+         "  bundle      write a zip for a request for support\n\n"
          "  --json      one JSON object on stdout, errors included\n"
          "  --version   the program's version\n"
          "  --help      this page, or with a command its own\n\n"

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -13,7 +14,7 @@
 
 namespace corvane::ctl {
 
-enum class Verb { status, list, discover, check, update, defer, deadline, history, settings };
+enum class Verb { status, list, discover, check, update, defer, deadline, history, settings, bundle };
 
 // What the process ends with.
 enum class ExitCode { done = 0, failed = 1, usage = 2, applicationRuns = 3, helperOutOfReach = 4 };
@@ -40,6 +41,7 @@ struct Command {
   bool all = false;          // of `update`: the decision of Update All
   std::int64_t minutes = 0;  // of `defer`
   Labels labels;
+  std::optional<std::string> output;  // of `bundle`: a folder, or the zip itself
 };
 
 // `arguments` without the program's name. The verb is the first that is no option; options may stand anywhere. A

@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <memory>
 #include <optional>
+#include <system_error>
 
+#include "app/diagnostic_job.h"
 #include "core/preferences/display_title.h"
 #include "ctl/deferral_commands.h"
 #include "ctl/label_judgement.h"
@@ -265,6 +267,19 @@ ExitCode runUpdate(const Session& session) {
   return tellRun(session, end, named.empty() ? wanted.labels : named);
 }
 
+// Needs no model, so that it works where none would load.
+ExitCode runBundle(const Command& command, const World& world) {
+  if (world.progress) world.progress("Generating diagnostic bundle …");
+  const auto zip = world.writeBundle(command.output.value_or(kDiagnosticFolder));
+  if (world.progress) world.progress("");
+  if (!zip) return tellError(zip.error(), command.json, ExitCode::failed, world);
+  std::error_code gone;
+  const auto size = std::filesystem::file_size(*zip, gone);
+  const JsonObject object{{"path", zip->string()}, {"size", gone ? std::size_t{0} : std::size_t{size}}};
+  world.out(command.json ? writeJson(object) + "\n" : zip->string() + "\n");
+  return ExitCode::done;
+}
+
 ExitCode run(const Session& session) {
   switch (session.command.verb) {
     case Verb::status:
@@ -284,6 +299,7 @@ ExitCode run(const Session& session) {
     case Verb::deadline:
       return runDeadline(session);
     case Verb::settings:
+    case Verb::bundle:
       break;
   }
   const auto& preferences = session.services.preferences;
@@ -302,6 +318,7 @@ ExitCode tellError(const Error& error, bool json, ExitCode code, const World& wo
 }
 
 ExitCode runCommand(const Command& command, const World& world) {
+  if (command.verb == Verb::bundle) return runBundle(command, world);
   const bool writes = factsOf(command.verb).writes;
   if (writes)
     if (const auto taken = claim(world)) return tellError(*taken, command.json, ExitCode::applicationRuns, world);

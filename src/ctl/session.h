@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string_view>
@@ -20,6 +21,8 @@ struct World {
   HelperStart& helperStart;
   SessionLock& stateLock;
   std::function<bool(const std::function<bool()>& done, Duration limit)> pump;
+  // Writes a diagnostic bundle to a path as it was typed, a relative one from the working folder.
+  std::function<Result<std::filesystem::path>(std::string_view output)> writeBundle;
   std::optional<std::size_t> columns;              // of the terminal that standard output is
   std::function<void(std::string_view)> out;       // standard output
   std::function<void(std::string_view)> err;       // standard error

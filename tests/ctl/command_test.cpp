@@ -30,6 +30,7 @@ std::string kindOf(const Command& command) {
   std::string text(factsOf(command.verb).name);
   if (command.json) text += " json";
   if (command.filter != FilterMode::all) text += " " + std::string(rawName(command.filter));
+  if (command.output) text += " to " + *command.output;
   if (!command.labels.empty()) text += " [" + joined(command.labels) + "]";
   return text;
 }
@@ -52,6 +53,9 @@ TEST(ParseCommand, UnderstandsEachFormWithOptionsAnywhere) {
       {"--filter alerts list --json", "list json alerts"},
       {"--json check quill", "check json [quill]"},
       {"history quill", "history [quill]"},
+      {"bundle", "bundle"},
+      {"--output x.zip bundle --json", "bundle json to x.zip"},
+      {"bundle --output=/var/tmp", "bundle to /var/tmp"},
   };
   for (const auto& [line, expected] : rows) {
     const auto command = parsed(line);

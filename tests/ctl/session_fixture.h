@@ -33,6 +33,11 @@ struct CtlSession : WorkflowTest {
                   .helperStart = helperStart,
                   .stateLock = lock,
                   .pump = [this](const std::function<bool()>& done, Duration limit) { return pump(done, limit); },
+                  .writeBundle =
+                      [this](std::string_view output) {
+                        bundleOutput = output;
+                        return bundle;
+                      },
                   .out = [this](std::string_view text) { out += text; },
                   .err = [this](std::string_view text) { err += text; },
                   .progress = onTerminal ? std::function<void(std::string_view)>(
@@ -98,6 +103,8 @@ struct CtlSession : WorkflowTest {
   std::string out;
   std::string err;
   std::vector<std::string> progress;
+  std::string bundleOutput;
+  Result<std::filesystem::path> bundle = "/var/tmp/none.zip";
 
  private:
   std::deque<Result<Apps>> discoveryAnswers_;

@@ -51,6 +51,23 @@ TEST_F(CtlSession, VerbsThatReadWriteNothing) {
   EXPECT_EQ(helper.discoveriesAsked + registration.kickstarts + registration.registered, 0);
 }
 
+TEST_F(CtlSession, ABundleNeedsNeitherLockNorHelper) {
+  lock.answer.outcome = SessionLock::Outcome::heldByOther;
+  onTerminal = true;
+  EXPECT_EQ(run({.verb = Verb::bundle}), ExitCode::done);
+  EXPECT_EQ(bundleOutput, "/var/tmp");
+  EXPECT_EQ(out, "/var/tmp/none.zip\n");
+  EXPECT_THAT(progress, ElementsAre("Generating diagnostic bundle …", ""));
+  EXPECT_EQ(run({.verb = Verb::bundle, .json = true, .output = "~/x.zip"}), ExitCode::done);
+  EXPECT_EQ(bundleOutput, "~/x.zip");
+  EXPECT_EQ(field("path"), JsonValue("/var/tmp/none.zip"));
+  bundle = failure("CRVDiagnosticBundle", 1, "Could not write the diagnostic bundle to /x.");
+  EXPECT_EQ(run({.verb = Verb::bundle}), ExitCode::failed);
+  EXPECT_EQ(err, "corvanectl: Could not write the diagnostic bundle to /x.\n");
+  EXPECT_EQ(runJson(Verb::bundle), ExitCode::failed);
+  EXPECT_EQ(errorText(), "Could not write the diagnostic bundle to /x.");
+}
+
 TEST_F(CtlSession, AHelperOutOfReachFailsCheckAndUpdateWithFour) {
   know({outdated("quill")});
   registration.current = HelperStatus::requiresApproval;

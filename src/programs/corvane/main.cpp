@@ -7,11 +7,14 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <span>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "app/background_work.h"
 #include "app/command_line.h"
+#include "app/diagnostic_job.h"
 #include "app/helper_start.h"
 #include "app/launch_log.h"
 #include "app/launch_registration.h"
@@ -29,6 +32,7 @@
 #include "presentation/deferral_prompt_controller.h"
 #include "presentation/install_confirmation_controller.h"
 #include "programs/corvane/session_machine.h"
+#include "programs/user/user_diagnostics.h"
 #include "programs/user/user_machine.h"
 #include "programs/user/user_places.h"
 
@@ -94,6 +98,25 @@ bool displayAtHand() {
   const bool there = hasError(connection) == 0;
   disconnect(connection);
   return there;
+}
+
+int writeDiagnosticBundle(const CorvaneConstants& places, std::span<const std::string_view> arguments) {
+  UserMachine machine(places);
+  AskedFor focus;
+  const Services services(machine.ports(focus));
+  UserDiagnostics diagnostics(machine, services);
+  std::error_code none;
+  const int code = runDiagnosticJob(
+      arguments, {.title = AppDisplayTitle(services.preferences.loadConfiguration()).current(),
+                  .homeOf = diagnostics.homes(),
+                  .current = std::filesystem::current_path(none),
+                  .terminal = isatty(STDERR_FILENO) != 0,
+                  .write = diagnostics.writer(),
+                  .pump = [&](const auto& done, Duration limit) { return machine.loop.pump(done, limit); },
+                  .out = [](std::string_view text) { fmt::print("{}", text); },
+                  .err = [](std::string_view text) { fmt::print(stderr, "{}", text); }});
+  // A script reads the path there, and must not take its lack for success.
+  return std::fflush(stdout) == 0 ? code : 1;
 }
 
 int launch(UserMachine& machine, const LaunchArguments& arguments) {
@@ -209,6 +232,7 @@ int main(int argc, char** argv) {
     fmt::print(stderr, "Corvane: {}\n", places.error().text);
     return 1;
   }
+  if (arguments.batchJob == "--generate-diagnostic-bundle") return writeDiagnosticBundle(*places, list);
   if (arguments.batchJob) {
     fmt::print(stderr, "Corvane: {} is not part of this build.\n", *arguments.batchJob);
     return 1;

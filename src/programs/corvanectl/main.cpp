@@ -17,6 +17,7 @@
 #include "ctl/session.h"
 #include "ctl/text_width.h"
 #include "platform/posix/standard_descriptors.h"
+#include "programs/user/user_diagnostics.h"
 #include "programs/user/user_machine.h"
 #include "programs/user/user_places.h"
 
@@ -89,6 +90,15 @@ int run(const ctl::Command& command) {
           [&](const std::function<bool()>& done, Duration limit) {
             tellWhenWaitingEnds();
             return machine.loop.pump(done, limit);
+          },
+      .writeBundle =
+          [&](std::string_view output) {
+            UserDiagnostics diagnostics(machine, services);
+            std::error_code none;
+            return awaitDiagnosticBundle(
+                diagnostics.writer(),
+                standardizedPath(output, diagnostics.homes(), std::filesystem::current_path(none)),
+                [&](const auto& done, Duration limit) { return machine.loop.pump(done, limit); });
           },
       .columns = columnsOf(STDOUT_FILENO),
       .out = [](std::string_view text) { write(stdout, text); },

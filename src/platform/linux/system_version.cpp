@@ -1,0 +1,58 @@
+#include "platform/linux/system_version.h"
+
+#include <sys/utsname.h>
+
+#include <algorithm>
+#include <optional>
+#include <string_view>
+
+#include "base/atomic_file.h"
+#include "base/plist.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::size_t kReleaseLimit = 64U << 10U;
+
+std::optional<std::string> versionOfMac(const std::filesystem::path& root) {
+  const auto bytes = readFile(root / "System/Library/CoreServices/SystemVersion.plist", kReleaseLimit);
+  const auto document = bytes ? parsePlist(*bytes) : std::unexpected(bytes.error());
+  const auto* values = document ? document->root.dict() : nullptr;
+  const auto text = [&](std::string_view key) {
+    const auto found = values->find(key);
+    return found == values->end() ? std::nullopt : found->second.string();
+  };
+  const auto version = values ? text("ProductVersion") : std::nullopt;
+  if (!version) return std::nullopt;
+  const auto build = text("ProductBuildVersion");
+  return "Version " + std::string(*version) + (build ? " (Build " + std::string(*build) + ")" : "");
+}
+
+// PRETTY_NAME="Debian GNU/Linux 12 (bookworm)", with quotes or without.
+std::string prettyName(std::string_view text) {
+  constexpr std::string_view kKey = "PRETTY_NAME=";
+  while (!text.empty()) {
+    auto line = text.substr(0, text.find('\n'));
+    text.remove_prefix(std::min(text.size(), line.size() + 1));
+    if (!line.starts_with(kKey)) continue;
+    line.remove_prefix(kKey.size());
+    if (line.size() >= 2 && line.front() == line.back() && (line.front() == '"' || line.front() == '\''))
+      line = line.substr(1, line.size() - 2);
+    return std::string(line);
+  }
+  return {};
+}
+
+}  // namespace
+
+std::string systemVersion(const std::filesystem::path& root) {
+  if (auto version = versionOfMac(root)) return *version;
+  const auto text = readFile("/etc/os-release", kReleaseLimit);
+  auto name = text ? prettyName(*text) : std::string();
+  utsname kernel{};
+  if (::uname(&kernel) != 0) return name.empty() ? "unknown" : name;
+  if (!name.empty()) name += ", ";
+  return name + kernel.sysname + " " + kernel.release;
+}
+
+}  // namespace corvane
