@@ -13,7 +13,7 @@
 
 namespace corvane::ctl {
 
-enum class Verb { status, list, discover, check, update, defer, deadline, history, settings };
+enum class Verb { status, list, discover, check, update, defer, deadline, history, settings, validate };
 
 // What the process ends with.
 enum class ExitCode { done = 0, failed = 1, usage = 2, applicationRuns = 3, helperOutOfReach = 4 };
@@ -40,6 +40,7 @@ struct Command {
   bool all = false;          // of `update`: the decision of Update All
   std::int64_t minutes = 0;  // of `defer`
   Labels labels;
+  std::string file;  // of `validate`
 };
 
 // `arguments` without the program's name. The verb is the first that is no option; options may stand anywhere. A
