@@ -8,8 +8,8 @@
 #   make screenshots  every window in its states, drawn without a display
 #   make format       clang-format over the sources
 #   make lint         clang-tidy over the sources
-#   make docs         write the generated documents anew
 #   make texts        gather the texts and merge the languages with them
+#   make docs         write the generated documents, the manual and the completions anew
 #   make clean        remove build/
 
 SHELL := /bin/sh
@@ -61,8 +61,10 @@ lint: build/debug/build.ninja
 	@tools/lint
 
 docs: build/debug/build.ninja
-	@cmake --build --preset debug --target corvane_core_preferences_tests
+	@cmake --build --preset debug --target corvane_core_preferences_tests corvane_ctl_tests
+	@mkdir -p packaging/man packaging/completion
 	@CORVANE_UPDATE_DOCS=1 build/debug/tests/corvane_core_preferences_tests --gtest_filter='*Document*'
+	@CORVANE_UPDATE_DOCS=1 build/debug/tests/corvane_ctl_tests --gtest_filter='*Document*'
 
 texts:
 	@tools/texts

@@ -61,6 +61,15 @@ constexpr auto kVerbs = std::to_array<VerbFacts>({
      "application and without the helper.\n\n"
      "  --output PATH   a folder, or the zip itself where it ends in .zip, which is\n"
      "                  replaced; /var/tmp without it\n"},
+    {Verb::validate, "validate", false, false,
+     "Usage: corvanectl validate FILE [--json]\n\n"
+     "Checks settings before they are deployed. FILE is a property list of settings or\n"
+     "a configuration profile (.mobileconfig), signed or not; who signed it is not\n"
+     "looked at. Finds unknown keys, values that do not count and combinations that\n"
+     "cannot work, each with its reason and its fix. Labels are looked up where this\n"
+     "machine has a catalogue. Values of secret settings are never shown.\n"
+     "Ends with 0 when there is no error, warnings or not; with 1 when there is one or\n"
+     "the file cannot be read; and with 2 when no file is named.\n"},
 });
 
 std::unexpected<Error> usage(std::string text) {
@@ -166,6 +175,9 @@ Result<Command> parseCommand(std::span<const std::string_view> arguments) {
       const auto minutes = parsedMinutes(argument);
       if (!minutes) return usage(fmt::format("\"{}\" is no number of minutes above 0.", argument));
       command.minutes = *minutes;
+    } else if (command.verb == Verb::validate && !argument.starts_with("-") && command.file.empty()) {
+      if (argument.empty()) return usage("validate takes no empty file name. See corvanectl validate --help.");
+      command.file = argument;
     } else if (argument.starts_with("-")) {
       return usage(fmt::format("{} knows no option {}. See corvanectl {} --help.", facts.name, argument, facts.name));
     } else if (!facts.takesLabels) {
@@ -181,6 +193,8 @@ Result<Command> parseCommand(std::span<const std::string_view> arguments) {
     return usage("update takes either --all or labels. See corvanectl update --help.");
   if (command.verb == Verb::defer && command.minutes == 0)
     return usage("defer needs a number of minutes. See corvanectl defer --help.");
+  if (command.verb == Verb::validate && command.file.empty())
+    return usage("validate needs a file. See corvanectl validate --help.");
   command.labels = withoutDuplicates(command.labels);
   return command;
 }
@@ -196,7 +210,8 @@ std::string overviewHelp() {
          "  deadline    limits of deferrals, and what is armed next\n"
          "  history     finished patch runs\n"
          "  settings    every preference key, its value and where it comes from\n"
-         "  bundle      write a zip for a request for support\n\n"
+         "  bundle      write a zip for a request for support\n"
+         "  validate    check a profile or property list of settings\n\n"
          "  --json      one JSON object on stdout, errors included\n"
          "  --version   the program's version\n"
          "  --help      this page, or with a command its own\n\n"

@@ -14,7 +14,7 @@
 
 namespace corvane::ctl {
 
-enum class Verb { status, list, discover, check, update, defer, deadline, history, settings, bundle };
+enum class Verb { status, list, discover, check, update, defer, deadline, history, settings, bundle, validate };
 
 // What the process ends with.
 enum class ExitCode { done = 0, failed = 1, usage = 2, applicationRuns = 3, helperOutOfReach = 4 };
@@ -42,6 +42,7 @@ struct Command {
   std::int64_t minutes = 0;  // of `defer`
   Labels labels;
   std::optional<std::string> output;  // of `bundle`: a folder, or the zip itself
+  std::string file;                   // of `validate`
 };
 
 // `arguments` without the program's name. The verb is the first that is no option; options may stand anywhere. A

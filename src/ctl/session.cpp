@@ -13,6 +13,7 @@
 #include "ctl/label_judgement.h"
 #include "ctl/report.h"
 #include "ctl/running_command.h"
+#include "ctl/validate_command.h"
 #include "workflow/status_texts.h"
 
 namespace corvane::ctl {
@@ -299,7 +300,8 @@ ExitCode run(const Session& session) {
     case Verb::deadline:
       return runDeadline(session);
     case Verb::settings:
-    case Verb::bundle:
+    case Verb::bundle:  // neither needs a model
+    case Verb::validate:
       break;
   }
   const auto& preferences = session.services.preferences;
@@ -319,6 +321,7 @@ ExitCode tellError(const Error& error, bool json, ExitCode code, const World& wo
 
 ExitCode runCommand(const Command& command, const World& world) {
   if (command.verb == Verb::bundle) return runBundle(command, world);
+  if (command.verb == Verb::validate) return runValidate(command, world);
   const bool writes = factsOf(command.verb).writes;
   if (writes)
     if (const auto taken = claim(world)) return tellError(*taken, command.json, ExitCode::applicationRuns, world);

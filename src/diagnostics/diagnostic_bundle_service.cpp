@@ -1,7 +1,5 @@
 #include "diagnostics/diagnostic_bundle_service.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <system_error>
 #include <utility>

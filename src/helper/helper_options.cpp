@@ -8,7 +8,7 @@
 #include <set>
 #include <string_view>
 
-#include "helper/safe_address.h"
+#include "base/safe_address.h"
 
 namespace corvane {
 namespace {

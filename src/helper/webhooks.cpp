@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "helper/safe_address.h"
+#include "base/safe_address.h"
 
 namespace corvane {
 namespace {

@@ -82,6 +82,8 @@ TEST(ParseCommand, SaysWhatIsWrongAndWhereHelpIs) {
       {"defer", "defer needs a number of minutes. See corvanectl defer --help."},
       {"defer -5", "\"-5\" is no number of minutes above 0."},
       {"defer 60 120", "defer takes no \"120\". See corvanectl defer --help."},
+      {"validate", "validate needs a file. See corvanectl validate --help."},
+      {"validate a b", "validate takes no \"b\". See corvanectl validate --help."},
       {"list -j", "list knows no option -j. See corvanectl list --help."},
   };
   for (const auto& [line, text] : rows) {

@@ -1,5 +1,6 @@
 // Commands over a scripted machine.
 #include "ctl/session_fixture.h"
+#include "support/temporary_folder.h"
 
 namespace corvane {
 namespace {
@@ -7,9 +8,12 @@ namespace {
 TEST_F(CtlSession, OnlyVerbsThatWriteClaimTheSessionAndYieldToTheApplication) {
   know({current("quill")});
   lock.answer.outcome = SessionLock::Outcome::heldByOther;
+  const testing::TemporaryFolder folder;
+  const auto file = folder.write("settings.plist", "<plist version=\"1.0\"><dict/></plist>");
   for (const auto& facts : ctl::verbs()) {
     lock.taken = 0;
-    EXPECT_EQ(run({.verb = facts.verb}), facts.writes ? ExitCode::applicationRuns : ExitCode::done) << facts.name;
+    EXPECT_EQ(run({.verb = facts.verb, .file = file}), facts.writes ? ExitCode::applicationRuns : ExitCode::done)
+        << facts.name;
     EXPECT_EQ(lock.taken, facts.writes ? 1 : 0) << facts.name;
     EXPECT_EQ(err.empty(), !facts.writes) << facts.name;
     EXPECT_EQ(out.empty(), facts.writes) << facts.name;

@@ -1,5 +1,8 @@
 """Where settings come from, what of the options string reaches the installer, and whose root is honoured."""
 
+import plistlib
+import subprocess
+
 import sample_mac
 
 
@@ -41,6 +44,41 @@ class Settings(sample_mac.SampleMacTest):
         self.ctl("update", "quill")
         self.assertIn("NOTIFY='silent'", self.arguments())
         self.assertEqual(len(self.log_lines("Installomator option expectedTeamID is left out: ")), 1, self.log())
+
+    def test_a_profile_is_checked_before_it_is_deployed(self):
+        def profile(settings):
+            payload = {"PayloadType": "org.corvane.Corvane", "PayloadVersion": 1, **settings}
+            return plistlib.dumps({"PayloadType": "Configuration", "PayloadContent": [payload]})
+
+        def findings(file, expect):
+            found = self.ctl("validate", file, "--json", expect=expect)
+            self.assertNotIn("s3cret", found.out)
+            return [(each["severity"], each["key"]) for each in found.json["findings"]]
+
+        file = self.root / "fleet.mobileconfig"
+        file.write_bytes(profile({"RequiredLabels": ["quill"], "DeadlineDaysHard": 3}))
+        self.assertEqual(findings(file, 0), [])
+        file.write_bytes(profile({"RequiredLabels": ["nosuchlabel"], "GithubAPIToken": "s3cret",
+                                  "GitHubAPIToken": "s3cret\nword"}))
+        found = [("error", "GitHubAPIToken"), ("error", "GithubAPIToken"), ("warning", "RequiredLabels")]
+        self.assertEqual(findings(file, 1), found)
+        self.assertIn("Write GitHubAPIToken, if that is meant.", self.ctl("validate", file, expect=1).out)
+
+        signed, key = self.root / "signed.mobileconfig", self.root / "key.pem"
+        quiet = {"check": True, "stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+        subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-subj", "/CN=x", "-keyout", key, "-out",
+                        key.with_suffix(".crt")], **quiet)
+        subprocess.run(["openssl", "cms", "-sign", "-binary", "-nodetach", "-outform", "DER", "-in", file, "-signer",
+                        key.with_suffix(".crt"), "-inkey", key, "-out", signed], **quiet)
+        self.assertEqual(findings(signed, 1), found)
+
+        for content, words in ((signed.read_bytes()[:200], "its wrapping is damaged"), (b"", "no property list"),
+                               (b"<plist><array>" * 400, "no property list"), (plistlib.dumps([1]), "no dictionary"),
+                               (bytes(17 << 20), "File too large")):
+            file.write_bytes(content)
+            refused = self.ctl("validate", file, expect=1)
+            self.assertEqual((refused.out, refused.err.count("\n")), ("", 1), refused)
+            self.assertIn(words, refused.err)
 
     def test_a_root_that_others_may_change_is_refused(self):
         self.root.chmod(0o777)

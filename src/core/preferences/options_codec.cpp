@@ -1,9 +1,9 @@
 #include "core/preferences/options_codec.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 
+#include "core/preferences/installer_options.h"
 #include "core/records/enumerations.h"
 
 namespace corvane {
@@ -12,13 +12,6 @@ namespace {
 using Pairs = std::map<std::string, std::string>;
 
 constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
-constexpr std::array<std::string_view, 11> kTableKeys = {
-    "NOTIFY",        "BLOCKING_PROCESS_ACTION", "LOGO",  "IGNORE_APP_STORE_APPS", "SYSTEMOWNER", "INSTALL", "REOPEN",
-    "INTERRUPT_DND", "IGNORE_DND_APPS",         "PROXY", "PROMPT_TIMEOUT"};
-// The tool compares these as numbers, and zsh evaluates what stands in a number, so only digits may.
-constexpr std::array<std::string_view, 2> kNumericKeys = {"SYSTEMOWNER", "PROMPT_TIMEOUT"};
-constexpr std::size_t kMostDigits = 9;
-
 Pairs split(std::string_view options) {
   Pairs pairs;
   while (true) {
@@ -68,17 +61,12 @@ bool isShellName(std::string_view key) {
   return !key.empty() && isStart(key.front()) && std::ranges::all_of(key, isPart);
 }
 
-bool isPlainNumber(std::string_view value) {
-  const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
-  return !value.empty() && value.size() <= kMostDigits && std::ranges::all_of(value, isDigit);
-}
-
 // Why a pair is not handed on; empty when it is.
 std::string_view objection(std::string_view key, std::string_view value, OptionsSource source) {
   if (!isShellName(key)) return "not a name that the tool could use";
-  if (source == OptionsSource::user && !std::ranges::count(kTableKeys, key))
-    return "honoured only when a profile sets it";
-  if (std::ranges::count(kNumericKeys, key) && !isPlainNumber(value)) return "its value is not a plain number";
+  const auto* option = findInstallerOption(key);
+  if (option == nullptr) return source == OptionsSource::user ? "honoured only when a profile sets it" : "";
+  if (option->number && !isPlainNumber(value)) return "its value is not a plain number";
   return {};
 }
 

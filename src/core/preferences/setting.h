@@ -78,17 +78,42 @@ constexpr std::string_view rawNameAt(std::size_t index) {
   return index < CaseNames<E>::all.size() ? CaseNames<E>::all[index].raw : std::string_view{};
 }
 
+// What a text, or each text of a list, has to be beyond being one. Reading takes any text; what was meant is for the
+// documents and for whoever checks a profile.
+enum class TextForm {
+  free,
+  webAddress,     // http or https
+  secureAddress,  // https, or http to this machine
+  path,           // absolute
+  pathPart,       // a piece of a path, in any case
+  mailAddress,
+  label,         // the exact name of a label
+  labelPattern,  // a label's name, or one with the wildcards * and ?
+  installerOptions,
+  token  // one word
+};
+
 struct Setting {
   std::string_view key;
   SettingType type = SettingType::text;
   SettingAccess access = SettingAccess::user;
   SettingDefault fallback = {};  // monostate: absent, empty text, empty list
   SettingRange range = {};
-  SettingChoices choices = nullptr;  // of enumerations
+  SettingChoices choices = nullptr;  // of enumerations, and of a dictionary's values
+  SettingChoices entries = nullptr;  // of dictionaries: the keys in them
   ManagedGroup group = ManagedGroup::none;
   bool neverLogged = false;  // its value stays out of the log and of every listing
   bool redacted = false;     // its value is blacked out in diagnostic bundles
-  std::string_view meaning;  // one sentence for administrators
+  TextForm form = TextForm::free;
+  std::string_view formerNameOf = {};  // the key that took its place; it counts where that one is not set
+  bool profileMaySet = false;          // of state: a profile may set it all the same
+  std::string_view title = {};         // empty: the words of the key
+  std::string_view meaning;            // one sentence for administrators
+
+  // Whether a profile may hold the key.
+  [[nodiscard]] constexpr bool manageable() const { return access != SettingAccess::state || profileMaySet; }
+  // Lists, dictionaries, dates and data have no text of their own.
+  [[nodiscard]] constexpr bool isText() const { return type == SettingType::text || type == SettingType::optionalText; }
 };
 
 }  // namespace corvane

@@ -13,14 +13,15 @@ using namespace std::string_view_literals;
 constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
 constexpr std::string_view kLineBreaks = "\n\r";
 
-// Former names, and the domains in which they still count.
-struct Alias {
-  std::string_view key;
-  std::string_view former;
-  bool forUsers;
-};
-constexpr std::array kAliases = {Alias{"IgnoredLabels", "AppIgnoredLabels", true},
-                                 Alias{"SelfUpdateEnabled", "AppSelfUpdateEnabled", false}};
+// The rows that are former names of others.
+constexpr bool isFormer(const Setting& setting) { return !setting.formerNameOf.empty(); }
+constexpr auto kFormer = [] {
+  std::array<const Setting*, std::size_t(std::ranges::count_if(kSettings, isFormer))> rows{};
+  std::size_t next = 0;
+  for (const auto& setting : kSettings)
+    if (isFormer(setting)) rows[next++] = &setting;
+  return rows;
+}();
 
 bool isBlank(std::string_view text) { return text.find_first_not_of(kWhiteSpace) == std::string_view::npos; }
 
@@ -115,9 +116,10 @@ std::optional<PlistValue> usable(const Setting& setting, std::string_view key, c
   return value;
 }
 
-const Alias* aliasOf(std::string_view key) {
-  const auto found = std::ranges::find(kAliases, key, &Alias::key);
-  return found == kAliases.end() ? nullptr : &*found;
+// Null where a key never had another name.
+const Setting* formerOf(std::string_view key) {
+  const auto found = std::ranges::find(kFormer, key, &Setting::formerNameOf);
+  return found == kFormer.end() ? nullptr : *found;
 }
 
 }  // namespace
@@ -167,11 +169,11 @@ std::optional<PlistValue> canonical(const Setting& setting, const PlistValue& va
 }
 
 EffectiveValue effectiveSetting(const Setting& setting, const Domains& domains, std::vector<SettingProblem>* problems) {
-  const auto* alias = aliasOf(setting.key);
+  const auto* former = formerOf(setting.key);
   if (auto value = usable(setting, setting.key, domains.managed, "managed", problems))
     return {ValueSource::managed, std::move(value)};
-  if (alias)
-    if (auto value = usable(setting, alias->former, domains.managed, "managed", problems))
+  if (former)
+    if (auto value = usable(setting, former->key, domains.managed, "managed", problems))
       return {ValueSource::managed, std::move(value)};
   if (setting.access == SettingAccess::managed) {
     if (domains.user.contains(setting.key))
@@ -180,8 +182,8 @@ EffectiveValue effectiveSetting(const Setting& setting, const Domains& domains, 
   }
   if (auto value = usable(setting, setting.key, domains.user, "user's", problems))
     return {ValueSource::user, std::move(value)};
-  if (alias && alias->forUsers)
-    if (auto value = usable(setting, alias->former, domains.user, "user's", problems))
+  if (former && former->access == SettingAccess::user)
+    if (auto value = usable(setting, former->key, domains.user, "user's", problems))
       return {ValueSource::user, std::move(value)};
   return {};
 }

@@ -29,6 +29,7 @@ inline constexpr auto all = std::to_array<Setting>({
      .choices = rawNameAt<InstallomatorVersion>, .group = Group::installomator,
      .meaning = "Which Installomator is fetched and run: the latest release, the main branch, or a custom one."},
     {.key = "InstallomatorOptions", .type = text, .group = Group::installomator,
+     .form = TextForm::installerOptions,
      .meaning = "Options for every run of Installomator, KEY=value tokens separated by blanks; keys outside the "
                 "options table count only in a profile."},
     {.key = "InstallomatorAssembleFromFragments", .type = boolean, .fallback = true,
@@ -36,23 +37,33 @@ inline constexpr auto all = std::to_array<Setting>({
      .meaning = "Installomator.sh is put together from the downloaded label fragments for the main and custom "
                 "versions."},
     {.key = "InstallomatorCustomPath", .type = text, .access = Access::managed,
+     .form = TextForm::path,
      .meaning = "Folder or script that the custom version of Installomator is taken from."},
     {.key = "GitHubAPIAuthEnabled", .type = boolean, .fallback = false, .group = Group::gitHubAPI,
+     .title = "GitHub API Auth Enabled",
      .meaning = "Requests to the source host's API carry the personal access token."},
     {.key = "GitHubAPIToken", .type = text, .group = Group::gitHubAPI, .neverLogged = true,
+     .form = TextForm::token,
+     .title = "GitHub API Token",
      .meaning = "Personal access token for the source host's API."},
     // Labels and discovery
     {.key = "IgnoredLabels", .type = labelList, .group = Group::labels,
+     .form = TextForm::labelPattern,
      .meaning = "Label patterns (* and ?) that discovery leaves out, unless they are required or optional too."},
     {.key = "AppIgnoredLabels", .type = labelList, .group = Group::labels,
+     .form = TextForm::labelPattern,
+     .formerNameOf = "IgnoredLabels",
      .meaning = "Former name of IgnoredLabels; counts where IgnoredLabels is not set, and a save removes it."},
     {.key = "RequiredLabels", .type = labelList, .group = Group::labels,
+     .form = TextForm::labelPattern,
      .meaning = "Label patterns that are always included, and installed when missing."},
     {.key = "OptionalLabels", .type = labelList, .group = Group::labels,
+     .form = TextForm::labelPattern,
      .meaning = "Label patterns that are included when installed, even if an ignore pattern matches."},
     {.key = "IgnoreExternalDrives", .type = boolean, .fallback = true, .group = Group::discoveryFilters,
      .meaning = "Applications on volumes other than the boot volume are left out."},
     {.key = "IgnoreFilePaths", .type = pathList, .group = Group::discoveryFilters,
+     .form = TextForm::pathPart,
      .meaning = "Applications whose path holds one of these texts, in any case, are left out."},
     {.key = "DiscoverSelfUpdateLabel", .type = boolean, .fallback = true, .group = Group::selfUpdate,
      .meaning = "Corvane itself stands in the list of applications, unless it updates itself."},
@@ -130,8 +141,10 @@ inline constexpr auto all = std::to_array<Setting>({
     {.key = "BackgroundPatchAtLogin", .type = boolean, .fallback = false, .group = Group::backgroundPatch,
      .meaning = "A pass runs right after login too."},
     {.key = "BackgroundPatchClosedAppsAllowList", .type = labelList, .group = Group::backgroundPatch,
+     .form = TextForm::label,
      .meaning = "When not empty, only these labels are updated in the background."},
     {.key = "BackgroundPatchClosedAppsBlockList", .type = labelList, .group = Group::backgroundPatch,
+     .form = TextForm::label,
      .meaning = "Labels that are never updated in the background."},
     {.key = "BackgroundPatchClosedAppsNotifyOnCompletion", .type = boolean, .fallback = false,
      .group = Group::backgroundPatch,
@@ -153,13 +166,16 @@ inline constexpr auto all = std::to_array<Setting>({
     {.key = "SelfUpdateEnabled", .type = boolean, .fallback = false, .group = Group::selfUpdate,
      .meaning = "Corvane updates itself silently."},
     {.key = "AppSelfUpdateEnabled", .type = boolean, .access = Access::managed, .group = Group::selfUpdate,
+     .formerNameOf = "SelfUpdateEnabled",
      .meaning = "Former name of SelfUpdateEnabled in profiles; counts where no profile sets the new one."},
     {.key = "SelfUpdateLabel", .type = text, .fallback = "corvane4", .group = Group::selfUpdate,
+     .form = TextForm::label,
      .meaning = "The label that Corvane updates itself by."},
     {.key = "SelfUpdateFrequency", .type = enumeration, .fallback = "weekly",
      .choices = rawNameAt<SelfUpdateFrequency>, .group = Group::selfUpdate,
      .meaning = "How often Corvane looks for its own update."},
     {.key = "SelfUpdateReleaseListURL", .type = text, .access = Access::managed,
+     .form = TextForm::webAddress,
      .meaning = "List of releases, as JSON, that names the version behind a build of Corvane; with none, the build is "
                 "shown."},
     {.key = "AutoResetHelperOnLaunch", .type = boolean, .fallback = true, .group = Group::helperBehavior,
@@ -175,14 +191,18 @@ inline constexpr auto all = std::to_array<Setting>({
      .group = Group::webhooks,
      .meaning = "Which results are sent to the webhooks."},
     {.key = "WebhookURLSlack", .type = optionalText, .group = Group::webhooks, .neverLogged = true, .redacted = true,
+     .form = TextForm::secureAddress,
      .meaning = "Address of the Slack webhook."},
     {.key = "WebhookURLTeams", .type = optionalText, .group = Group::webhooks, .neverLogged = true, .redacted = true,
+     .form = TextForm::secureAddress,
      .meaning = "Address of the Teams workflow webhook."},
     {.key = "TelemetryEnabled", .type = boolean, .fallback = true,
      .meaning = "Anonymous usage signals are sent."},
     {.key = "TelemetryEndpoint", .type = text, .access = Access::managed,
+     .form = TextForm::webAddress,
      .meaning = "Address that usage signals go to; with none, nothing is sent."},
     {.key = "NetworkProbeURL", .type = text, .access = Access::managed,
+     .form = TextForm::webAddress,
      .meaning = "Page whose unaltered answer proves that the internet is reached; with none, the link's own word "
                 "counts."},
     {.key = "VerboseMode", .type = boolean, .fallback = false, .group = Group::debugSettings,
@@ -192,6 +212,7 @@ inline constexpr auto all = std::to_array<Setting>({
     {.key = "AdminTestModeEnabled", .type = boolean, .access = Access::managed, .fallback = false,
      .meaning = "The settings window shows the controls for trying the workflow out."},
     {.key = "NotificationPolicy", .type = dictionary, .access = Access::managed,
+     .choices = rawNameAt<CRVNotificationPresentation>, .entries = rawNameAt<CRVNotificationType>,
      .meaning = "Kind of notification to \"banner\" or \"persistent\"; kinds left out are banners, but "
                 "hardDeadlineReminder is persistent."},
     {.key = "AppTitle", .type = text, .access = Access::managed, .fallback = "Corvane",
@@ -201,8 +222,10 @@ inline constexpr auto all = std::to_array<Setting>({
     {.key = "SupportTeamPhone", .type = text, .access = Access::managed, .group = Group::supportInfo,
      .meaning = "Telephone number of the support team."},
     {.key = "SupportTeamEmail", .type = text, .access = Access::managed, .group = Group::supportInfo,
+     .form = TextForm::mailAddress,
      .meaning = "Mail address of the support team."},
     {.key = "SupportTeamWebsite", .type = text, .access = Access::managed, .group = Group::supportInfo,
+     .form = TextForm::webAddress,
      .meaning = "Page of the support team, opened by Help."},
     // The application's own behaviour
     {.key = "LockSettings", .type = boolean, .access = Access::managed, .fallback = false,
@@ -226,6 +249,7 @@ inline constexpr auto all = std::to_array<Setting>({
      .meaning = "The application is started again when it ends."},
     // State
     {.key = "FirstRunSetupCompleted", .type = boolean, .access = Access::state, .fallback = false,
+     .profileMaySet = true,
      .meaning = "The first-run setup is done; a profile may set it to skip the setup."},
     {.key = "DiscoveredAppsData", .type = data, .access = Access::state,
      .meaning = "The inventory of the last discovery, as JSON."},
@@ -264,6 +288,7 @@ inline constexpr auto all = std::to_array<Setting>({
     {.key = "LastHardDeadlineFiredAt", .type = date, .access = Access::state,
      .meaning = "When a hard deadline last fired."},
     {.key = "UpdateAllErrorClearedLabels", .type = labelList, .access = Access::state,
+     .form = TextForm::label,
      .meaning = "Labels set aside by an Update All that had errors."},
     {.key = "LastNotifiedPendingUpdatesCount", .type = integer, .access = Access::state,
      .fallback = std::int64_t{0}, .range = {0, kMostCount},
@@ -349,7 +374,13 @@ inline std::vector<std::int64_t> defaultIntegers(std::string_view key) {
   return {values.begin(), values.end()};
 }
 
-// docs/preferences.md.
+// The documents that are made from the table: docs/preferences.md; docs/preferences.schema.json, a JSON schema of what
+// a profile may hold; and docs/org.corvane.Corvane.manifest.plist, which tells profile editors the same.
 [[nodiscard]] std::string preferencesDocument();
+[[nodiscard]] std::string preferencesSchema();
+[[nodiscard]] std::string preferencesManifest();
+
+// The title of a setting: its own, or the words of its key.
+[[nodiscard]] std::string titleOf(const Setting& setting);
 
 }  // namespace corvane

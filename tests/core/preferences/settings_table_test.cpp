@@ -1,22 +1,20 @@
-#include <cstdlib>
-#include <fstream>
-#include <sstream>
-
-#include "core/preferences/setting_values.h"
 #include "core/preferences/settings_table.h"
+#include "core/preferences/setting_values.h"
+#include "support/committed_document.h"
 #include "support/test.h"
 
 namespace corvane {
 namespace {
-
-std::filesystem::path documentPath() { return std::filesystem::path(CORVANE_SOURCE_FOLDER) / "docs/preferences.md"; }
 
 TEST(SettingsTable, EveryKeyStandsOnceWithAMeaning) {
   std::set<std::string_view> keys;
   for (const auto& setting : kSettings) {
     EXPECT_TRUE(keys.insert(setting.key).second) << setting.key;
     EXPECT_TRUE(setting.meaning.ends_with('.')) << setting.key;
-    EXPECT_EQ(setting.type == SettingType::enumeration, setting.choices != nullptr) << setting.key;
+    const bool dictionary = setting.type == SettingType::dictionary;
+    EXPECT_EQ(dictionary || setting.type == SettingType::enumeration, setting.choices != nullptr) << setting.key;
+    EXPECT_EQ(dictionary, setting.entries != nullptr) << setting.key;
+    EXPECT_TRUE(setting.formerNameOf.empty() || findSetting(setting.formerNameOf) != nullptr) << setting.key;
   }
 }
 
@@ -69,13 +67,10 @@ TEST(SettingsTable, NumbersAtTheirLimitsPassAndOnePastDoesNot) {
   }
 }
 
-// Run with CORVANE_UPDATE_DOCS set to write the document anew.
-TEST(PreferencesDocument, IsTheOneThatIsCommitted) {
-  if (std::getenv("CORVANE_UPDATE_DOCS")) std::ofstream(documentPath()) << preferencesDocument();
-  std::ifstream file(documentPath());
-  std::ostringstream committed;
-  committed << file.rdbuf();
-  EXPECT_EQ(committed.str(), preferencesDocument()) << "run the test with CORVANE_UPDATE_DOCS=1";
+TEST(PreferencesDocument, TheOnesThatAreCommittedAreMadeFromTheTable) {
+  expectCommitted("docs/preferences.md", preferencesDocument());
+  expectCommitted("docs/preferences.schema.json", preferencesSchema());
+  expectCommitted("docs/org.corvane.Corvane.manifest.plist", preferencesManifest());
 }
 
 }  // namespace

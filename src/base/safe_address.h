@@ -1,4 +1,4 @@
-// Which addresses the helper asks anything of. Pure.
+// Which web addresses are safe to send anything to, or to believe. Pure.
 #pragma once
 
 #include <algorithm>
