@@ -9,6 +9,7 @@
 #include "base/localized.h"
 #include "core/preferences/display_title.h"
 #include "ctl/deferral_commands.h"
+#include "ctl/explain_command.h"
 #include "ctl/label_judgement.h"
 #include "ctl/report.h"
 #include "ctl/running_command.h"
@@ -284,6 +285,8 @@ ExitCode run(const Session& session) {
       return runDefer(session);
     case Verb::deadline:
       return runDeadline(session);
+    case Verb::explain:
+      return runExplain(session);
     case Verb::settings:
       break;
   }
