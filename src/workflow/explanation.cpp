@@ -257,10 +257,12 @@ std::string explanationText(const Explanation& explanation) {
         explanation.name.empty() || explanation.name == label ? label : fmt::format("{} ({})", explanation.name, label);
     text += fmt::format(": {}\n{}\n", localized(displayText(*explanation.verdict)), explanation.reason);
   }
+  const auto yes = localized("yes");
+  const auto no = localized("no");
+  const auto width = std::max(yes.size(), no.size());
   std::string lines;
   for (const auto& step : explanation.steps) {
-    lines +=
-        fmt::format("  {}  {}", step.holds ? localized("yes") : localized("no"), localized(displayText(step.rule)));
+    lines += fmt::format("  {:<{}}  {}", step.holds ? yes : no, width, localized(displayText(step.rule)));
     if (!step.detail.empty()) lines += ": " + step.detail;
     if (!step.key.empty()) lines += fmt::format(" [{}, {}]", step.key, sourceName(step.source));
     lines += "\n";

@@ -213,7 +213,8 @@ ExplanationStep helperStep(const ExplanationFacts& facts) {
     detail = localized("The root helper is not running.");
   else if (!facts.installomatorAvailable)
     detail = localized("Installomator is not there.");
-  return step(facts, Rule::helper, detail.empty(), std::move(detail));
+  const bool ready = detail.empty();
+  return step(facts, Rule::helper, ready, std::move(detail));
 }
 
 ExplanationStep passStep(const ExplanationFacts& facts) {

@@ -10,7 +10,7 @@ TEST_F(CtlSession, ExplainNamesVerdictRuleKeyAndSourceAndWritesNothing) {
   const auto before = *domains.user().values;
   EXPECT_EQ(run({.verb = Verb::explain, .labels = {label("quill"), label("swift"), label("tern")}}), ExitCode::done);
   EXPECT_TRUE(out.starts_with("The quill (quill): Pending\nVersion 2.0 is newer than the installed one.\n\n")) << out;
-  EXPECT_NE(out.find("  no  Required [RequiredLabels, default]\n"), std::string::npos) << out;
+  EXPECT_NE(out.find("  no   Required [RequiredLabels, default]\n"), std::string::npos) << out;
   EXPECT_NE(out.find("\n\nThe swift (swift): Waiting\n"), std::string::npos) << out;
   EXPECT_NE(out.find("\n\ntern: Ignored\nThe settings leave this label out.\n\n"
                      "  yes  Ignored by the settings: \"ter*\" fits the label. [IgnoredLabels, managed]\n"),

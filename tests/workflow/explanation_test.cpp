@@ -151,6 +151,10 @@ TEST_F(ExplanationTest, WhatIsArmedDecidesWhyThereIsNoPromptAndWhatComesNext) {
   EXPECT_EQ(deadline->detail, "You have used every deferral.");
   EXPECT_EQ(deadline->key, "DeadlineCountHard");
   EXPECT_EQ(deadline->source, ValueSource::managed);
+  facts.helperOperational = false;
+  const auto without = explainAll(facts);
+  EXPECT_FALSE(stepOf(without, Rule::helper)->holds);
+  EXPECT_EQ(stepOf(without, Rule::helper)->detail, "The root helper is not running.");
 }
 
 TEST_F(ExplanationTest, ASilentUpdateNamesWhatStandsInItsWay) {
