@@ -18,6 +18,7 @@ class InstallConfirmationController;
 // What the windows can cause beyond the model's operations. One that is absent is not offered.
 struct WindowActions {
   std::function<void()> updateItself;
+  std::function<void()> revealLog;
 };
 
 // What the module is handed; all of it outlives the windows.

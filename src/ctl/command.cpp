@@ -45,6 +45,14 @@ constexpr auto kVerbs = std::to_array<VerbFacts>({
      "Usage: corvanectl deadline [--json]\n\n"
      "Shows the limits of deferrals, what is used of them, what is armed next and\n"
      "which lengths are on offer. Reads what is stored.\n"},
+    {Verb::explain, "explain", true, false,
+     "Usage: corvanectl explain [LABEL...] [--json]\n\n"
+     "Tells in the order of the rules why an application is pending, held, waiting,\n"
+     "ignored or up to date, which key decided and where its value comes from\n"
+     "(managed, user or default), why there is or is no prompt now, and what happens\n"
+     "next and when. Without a label: the same of cycle, deadline, deferrals, focus,\n"
+     "business hours and the background pass. Reads what is stored; fails for a label\n"
+     "under which no application is known.\n"},
     {Verb::history, "history", true, false,
      "Usage: corvanectl history [LABEL...] [--json]\n\n"
      "Lists finished patch runs, newest first, of all applications or of those named.\n"},
@@ -208,6 +216,7 @@ std::string overviewHelp() {
          "  update      install updates\n"
          "  defer       put pending updates off\n"
          "  deadline    limits of deferrals, and what is armed next\n"
+         "  explain     why an application is where it is, and what comes next\n"
          "  history     finished patch runs\n"
          "  settings    every preference key, its value and where it comes from\n"
          "  bundle      write a zip for a request for support\n"

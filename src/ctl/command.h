@@ -14,7 +14,20 @@
 
 namespace corvane::ctl {
 
-enum class Verb { status, list, discover, check, update, defer, deadline, history, settings, bundle, validate };
+enum class Verb {
+  status,
+  list,
+  discover,
+  check,
+  update,
+  defer,
+  deadline,
+  explain,
+  history,
+  settings,
+  bundle,
+  validate
+};
 
 // What the process ends with.
 enum class ExitCode { done = 0, failed = 1, usage = 2, applicationRuns = 3, helperOutOfReach = 4 };

@@ -21,18 +21,6 @@ std::string dateText(const std::optional<Date>& date, const Calendar& calendar) 
 
 JsonValue textJson(const std::optional<std::string>& text) { return text ? JsonValue(*text) : JsonValue(); }
 
-std::string_view sourceName(ValueSource source) {
-  switch (source) {
-    case ValueSource::managed:
-      return "managed";
-    case ValueSource::user:
-      return "user";
-    case ValueSource::fallback:
-      break;
-  }
-  return "default";
-}
-
 std::string_view typeName(SettingType type) {
   switch (type) {
     case SettingType::boolean:

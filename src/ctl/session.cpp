@@ -10,6 +10,7 @@
 #include "app/diagnostic_job.h"
 #include "core/preferences/display_title.h"
 #include "ctl/deferral_commands.h"
+#include "ctl/explain_command.h"
 #include "ctl/label_judgement.h"
 #include "ctl/report.h"
 #include "ctl/running_command.h"
@@ -299,6 +300,8 @@ ExitCode run(const Session& session) {
       return runDefer(session);
     case Verb::deadline:
       return runDeadline(session);
+    case Verb::explain:
+      return runExplain(session);
     case Verb::settings:
     case Verb::bundle:  // neither needs a model
     case Verb::validate:

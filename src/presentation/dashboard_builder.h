@@ -12,6 +12,7 @@
 #include "platform/locale.h"
 #include "presentation/dashboard_page.h"
 #include "workflow/app_facts.h"
+#include "workflow/explanation.h"
 #include "workflow/status_fields.h"
 
 namespace corvane {
@@ -44,6 +45,7 @@ struct DashboardInputs {
   const std::map<Label, ExpandedHistory>& expanded;  // a label in it is expanded
   bool selfUpdateDismissed = false;
   DashboardCapabilities capabilities;
+  std::map<Label, Explanation> explained{};  // a label in it tells why
 };
 
 // Localised. Main thread, since wordings come from the locale.

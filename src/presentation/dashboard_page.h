@@ -72,6 +72,30 @@ struct DeferralEventLine {
   friend bool operator==(const DeferralEventLine&, const DeferralEventLine&) = default;
 };
 
+// One rule of an explanation.
+struct WhyLine {
+  std::string key;
+  std::string symbol;  // whether it holds
+  ColorRole color = ColorRole::secondary;
+  std::string text;    // "Held after failures"
+  std::string detail;  // what was found
+  std::string source;  // "RequiredLabels, managed"; empty where no setting stands behind it
+  friend bool operator==(const WhyLine&, const WhyLine&) = default;
+};
+
+// Why an application is where it is; empty texts while it is folded in.
+struct WhyPart {
+  bool visible = false;
+  std::string title;   // "Pending"
+  std::string reason;  // what decided
+  std::string prompt;  // why there is a prompt now, or none
+  std::string next;
+  std::vector<WhyLine> lines;
+  PageButton copy;
+  std::string copyText;  // the whole as plain text
+  friend bool operator==(const WhyPart&, const WhyPart&) = default;
+};
+
 // One application of the list.
 struct AppStatusRow {
   std::string key;  // the label
@@ -97,6 +121,8 @@ struct AppStatusRow {
   std::vector<ReceiptLine> receipts;
   std::string eventsTitle;  // empty when there are no events
   std::vector<DeferralEventLine> events;
+  PageButton whyButton;
+  WhyPart why;
   friend bool operator==(const AppStatusRow&, const AppStatusRow&) = default;
 };
 
@@ -203,6 +229,20 @@ struct PageFields<DeferralEventLine> {
                       pageField("text", &DeferralEventLine::text), pageField("time", &DeferralEventLine::time));
 };
 template <>
+struct PageFields<WhyLine> {
+  static constexpr auto all = std::make_tuple(
+      pageField("key", &WhyLine::key), pageField("symbol", &WhyLine::symbol), pageField("color", &WhyLine::color),
+      pageField("text", &WhyLine::text), pageField("detail", &WhyLine::detail), pageField("source", &WhyLine::source));
+};
+template <>
+struct PageFields<WhyPart> {
+  static constexpr auto all =
+      std::make_tuple(pageField("visible", &WhyPart::visible), pageField("title", &WhyPart::title),
+                      pageField("reason", &WhyPart::reason), pageField("prompt", &WhyPart::prompt),
+                      pageField("next", &WhyPart::next), pageField("lines", &WhyPart::lines),
+                      pageField("copy", &WhyPart::copy), pageField("copyText", &WhyPart::copyText));
+};
+template <>
 struct PageFields<AppStatusRow> {
   static constexpr auto all = std::make_tuple(
       pageField("key", &AppStatusRow::key), pageField("name", &AppStatusRow::name),
@@ -217,7 +257,8 @@ struct PageFields<AppStatusRow> {
       pageField("isExpanded", &AppStatusRow::isExpanded), pageField("expanderHelp", &AppStatusRow::expanderHelp),
       pageField("receiptsTitle", &AppStatusRow::receiptsTitle),
       pageField("receiptsEmptyText", &AppStatusRow::receiptsEmptyText), pageField("receipts", &AppStatusRow::receipts),
-      pageField("eventsTitle", &AppStatusRow::eventsTitle), pageField("events", &AppStatusRow::events));
+      pageField("eventsTitle", &AppStatusRow::eventsTitle), pageField("events", &AppStatusRow::events),
+      pageField("whyButton", &AppStatusRow::whyButton), pageField("why", &AppStatusRow::why));
 };
 template <>
 struct PageFields<EmptyState> {

@@ -25,4 +25,7 @@ namespace corvane {
 void fillHistory(AppStatusRow& row, const ExpandedHistory& history, const DashboardInputs& inputs,
                  const PageTexts& texts);
 
+// The fold-out that tells why.
+void fillWhy(AppStatusRow& row, const Explanation& explanation, const PageTexts& texts);
+
 }  // namespace corvane

@@ -173,6 +173,13 @@ AppStatusRow makeAppStatusRow(const AppInfo& app, const DashboardInputs& inputs,
   row.isExpanded = expanded != inputs.expanded.end();
   row.expanderHelp = row.isExpanded ? texts.text("Hide patch history") : texts.text("Show recent patch history");
   if (row.isExpanded) fillHistory(row, expanded->second, inputs, texts);
+  const auto explained = inputs.explained.find(app.label);
+  const bool tellsWhy = explained != inputs.explained.end();
+  row.whyButton = {.text = texts.text("Why?"),
+                   .help = tellsWhy ? texts.text("Hide why") : texts.text("Why it is so, and what happens next"),
+                   .visible = true,
+                   .enabled = true};
+  if (tellsWhy) fillWhy(row, explained->second, texts);
   return row;
 }
 

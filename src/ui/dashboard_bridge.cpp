@@ -1,5 +1,7 @@
 #include "ui/dashboard_bridge.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
 #include <utility>
 
 #include "base/localized.h"
@@ -14,6 +16,8 @@ void DashboardBridge::setWindowTitle(const QString& title) {
   windowTitle_ = title;
   Q_EMIT windowTitleChanged();
 }
+
+void DashboardBridge::copyText(const QString& text) { QGuiApplication::clipboard()->setText(text); }
 
 QString DashboardBridge::statusSectionTitle() const { return toQString(localized("Status")); }
 

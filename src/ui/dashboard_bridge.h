@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "presentation/dashboard_page.h"
+#include "presentation/first_run_setup_page.h"
 #include "ui/page_map.h"
 #include "ui/prompt_bridge.h"
 
@@ -20,18 +21,23 @@ struct DashboardActions {
   std::function<void(const std::string& label)> recheck;
   std::function<void()> recheckAll;
   std::function<void(const std::string& label)> toggleHistory;
+  std::function<void(const std::string& label)> toggleWhy;
   std::function<void(const std::string& mode)> setFilter;
   std::function<void()> setUpHelper;
   std::function<void()> openHelperSettings;
   std::function<void()> resetHelper;
   std::function<void()> updateItself;
   std::function<void()> dismissSelfUpdate;
+  std::function<void(const std::string& key)> setupStep;
+  std::function<void()> finishSetup;
 };
 
 class DashboardBridge final : public QObject {
   Q_OBJECT
   Q_PROPERTY(QQmlPropertyMap* page READ page CONSTANT)
   Q_PROPERTY(QAbstractListModel* rows READ rows CONSTANT)
+  Q_PROPERTY(QQmlPropertyMap* setup READ setup CONSTANT)
+  Q_PROPERTY(QAbstractListModel* setupSteps READ setupSteps CONSTANT)
   Q_PROPERTY(corvane::ui::PromptBridge* prompt READ prompt CONSTANT)
   Q_PROPERTY(QString windowTitle READ windowTitle WRITE setWindowTitle NOTIFY windowTitleChanged)
   Q_PROPERTY(QString statusSectionTitle READ statusSectionTitle CONSTANT)
@@ -42,10 +48,13 @@ class DashboardBridge final : public QObject {
 
   // Hands QML the fields that differ from the page before.
   void setPage(const DashboardPage& page) { map_.set(page); }
+  void setSetupPage(const FirstRunSetupPage& page) { setup_.set(page); }
   void setWindowTitle(const QString& title);
 
   [[nodiscard]] QQmlPropertyMap* page() { return map_.fields(); }
   [[nodiscard]] QAbstractListModel* rows() { return map_.rows(); }
+  [[nodiscard]] QQmlPropertyMap* setup() { return setup_.fields(); }
+  [[nodiscard]] QAbstractListModel* setupSteps() { return setup_.rows(); }
   [[nodiscard]] PromptBridge* prompt() const { return &prompt_; }
   [[nodiscard]] QString windowTitle() const { return windowTitle_; }
   [[nodiscard]] QString statusSectionTitle() const;
@@ -57,6 +66,8 @@ class DashboardBridge final : public QObject {
   Q_INVOKABLE void recheck(const QString& label) { actions_.recheck(label.toStdString()); }
   Q_INVOKABLE void recheckAll() { actions_.recheckAll(); }
   Q_INVOKABLE void toggleHistory(const QString& label) { actions_.toggleHistory(label.toStdString()); }
+  Q_INVOKABLE void toggleWhy(const QString& label) { actions_.toggleWhy(label.toStdString()); }
+  Q_INVOKABLE void copyText(const QString& text);
   Q_INVOKABLE void setFilter(const QString& mode) { actions_.setFilter(mode.toStdString()); }
   Q_INVOKABLE void setUpHelper() { actions_.setUpHelper(); }
   Q_INVOKABLE void openHelperSettings() { actions_.openHelperSettings(); }
@@ -65,6 +76,8 @@ class DashboardBridge final : public QObject {
     if (actions_.updateItself) actions_.updateItself();
   }
   Q_INVOKABLE void dismissSelfUpdate() { actions_.dismissSelfUpdate(); }
+  Q_INVOKABLE void setupStep(const QString& key) { actions_.setupStep(key.toStdString()); }
+  Q_INVOKABLE void finishSetup() { actions_.finishSetup(); }
 
  Q_SIGNALS:
   void windowTitleChanged();
@@ -73,6 +86,7 @@ class DashboardBridge final : public QObject {
   DashboardActions actions_;
   PromptBridge& prompt_;
   PageMap<DashboardPage, AppStatusRow> map_;
+  PageMap<FirstRunSetupPage, SetupStep> setup_;
   QString windowTitle_;
 };
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "core/records/enumerations.h"
+#include "presentation/page_texts.h"
 #include "workflow/watchpoint.h"
 
 namespace corvane::ui {
@@ -20,7 +21,13 @@ Duration untilItsNextMinute(Date moment, Date now) { return (moment - now) % kDa
 
 DashboardController::DashboardController(StatusViewModel& model, const WorkflowServices& services, PromptBridge& prompt,
                                          WindowActions host)
-    : model_(model), services_(services), host_(std::move(host)), bridge_(actions(), prompt) {
+    : model_(model),
+      services_(services),
+      host_(std::move(host)),
+      bridge_(actions(), prompt),
+      setup_(model, services, host_.revealLog) {
+  setupChanges_ = setup_.observe([this] { bridge_.setSetupPage(setup_.page()); });
+  bridge_.setSetupPage(setup_.page());
   changes_ = model_.observe([this] { refresh(); });
   refresh();
 }
@@ -50,7 +57,8 @@ void DashboardController::refresh() {
                                      .watchpoint = watchpoint,
                                      .expanded = expanded,
                                      .selfUpdateDismissed = selfUpdate && selfUpdate == dismissedSelfUpdate_,
-                                     .capabilities = {.updatesItself = static_cast<bool>(host_.updateItself)}}));
+                                     .capabilities = {.updatesItself = static_cast<bool>(host_.updateItself)},
+                                     .explained = explanations()}));
 }
 
 std::map<Label, ExpandedHistory> DashboardController::expandedHistories() {
@@ -62,6 +70,18 @@ std::map<Label, ExpandedHistory> DashboardController::expandedHistories() {
   return histories;
 }
 
+// Taken only for rows that tell why: it walks the processes.
+std::map<Label, Explanation> DashboardController::explanations() const {
+  std::map<Label, Explanation> told;
+  if (explainedLabels_.empty()) return told;
+  const auto facts = explanationFacts(model_, services_, [this, now = services_.clock.now()](Date moment) {
+    return momentText(moment, now, services_.locale);
+  });
+  for (const auto& label : explainedLabels_)
+    if (const auto* app = appWith(model_.fields().inventory.apps, label)) told.emplace(label, explain(*app, facts));
+  return told;
+}
+
 DashboardActions DashboardController::actions() {
   return {.discoverInstalledApps =
               [this] { whenIdle("discoverInstalledApps", [this] { model_.discoverInstalledApps(); }); },
@@ -71,6 +91,7 @@ DashboardActions DashboardController::actions() {
           .recheck = [this](const std::string& label) { model_.forceRecheck(Label(label)); },
           .recheckAll = [this] { model_.forceRecheckAllAlerts(); },
           .toggleHistory = [this](const std::string& label) { toggleHistory(Label(label)); },
+          .toggleWhy = [this](const std::string& label) { toggleWhy(Label(label)); },
           .setFilter =
               [this](const std::string& mode) {
                 if (const auto filter = caseFromRaw<FilterMode>(mode)) model_.setFilterMode(*filter);
@@ -79,7 +100,9 @@ DashboardActions DashboardController::actions() {
           .openHelperSettings = [this] { services_.installation.openLoginItemsSettings(); },
           .resetHelper = [this] { model_.resetHelper(false); },
           .updateItself = host_.updateItself,
-          .dismissSelfUpdate = [this] { dismissSelfUpdate(); }};
+          .dismissSelfUpdate = [this] { dismissSelfUpdate(); },
+          .setupStep = [this](const std::string& key) { setup_.act(key); },
+          .finishSetup = [this] { setup_.finish(); }};
 }
 
 // The page hears of a start in a later turn: a second click may come before its button is disabled.
@@ -97,6 +120,11 @@ void DashboardController::updateApp(const std::string& label) {
 
 void DashboardController::toggleHistory(const Label& label) {
   if (!expandedReceiptLabels_.erase(label)) expandedReceiptLabels_.insert(label);
+  refresh();
+}
+
+void DashboardController::toggleWhy(const Label& label) {
+  if (!explainedLabels_.erase(label)) explainedLabels_.insert(label);
   refresh();
 }
 

@@ -9,6 +9,7 @@
 #include "app/windows_module.h"
 #include "base/lease.h"
 #include "presentation/dashboard_builder.h"
+#include "presentation/first_run_setup_controller.h"
 #include "ui/dashboard_bridge.h"
 #include "workflow/status_view_model.h"
 
@@ -30,14 +31,19 @@ class DashboardController {
   void whenIdle(std::string_view name, const std::function<void()>& start);
   void updateApp(const std::string& label);
   void toggleHistory(const Label& label);
+  void toggleWhy(const Label& label);
   void dismissSelfUpdate();
   [[nodiscard]] std::map<Label, ExpandedHistory> expandedHistories();
+  [[nodiscard]] std::map<Label, Explanation> explanations() const;
 
   StatusViewModel& model_;
   WorkflowServices services_;
   WindowActions host_;
   DashboardBridge bridge_;
   LabelSet expandedReceiptLabels_;
+  LabelSet explainedLabels_;
+  FirstRunSetupController setup_;
+  Lease setupChanges_;
   std::optional<SelfUpdateAvailability> dismissedSelfUpdate_;
   Lease changes_;
   Lease nextMinute_;

@@ -68,6 +68,11 @@ void HelperLifecycle::markFirstRunSetupIfComplete() {
   const auto& service = c_.services.installation;
   if (service.status() != HelperStatus::enabled || !service.isOperational()) return;
   if (!c_.services.files.exists(c_.services.places.installomatorScript())) return;
+  completeFirstRunSetup();
+}
+
+void HelperLifecycle::completeFirstRunSetup() {
+  if (fields_.firstRunSetupCompleted) return;
   fields_.firstRunSetupCompleted = true;
   c_.services.preferences.writeFirstRunSetupCompleted(true);
   c_.crossings.fieldsChanged();

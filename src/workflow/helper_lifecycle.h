@@ -25,6 +25,8 @@ class HelperLifecycle {
   // Cheap: one look at the heartbeat and one at the script. Starts the first discovery once the tool has come.
   void refreshHelperState(bool runAutoReset);
   void markFirstRunSetupIfComplete();
+  // Whatever is there: the user is done with the wizard.
+  void completeFirstRunSetup();
 
   // Resets a helper that is registered but not there, or is another one than was registered: at most once a launch
   // and once an hour, never during a run nor in the time that a late one is given. Cheap when nothing is wrong.

@@ -326,6 +326,7 @@ void StatusViewModel::recordDeferralEvents(const Labels& labels, DeferralEventTy
 
 void StatusViewModel::refreshHelperState(bool runAutoReset) { rooms_->lifecycle.refreshHelperState(runAutoReset); }
 void StatusViewModel::markFirstRunSetupIfComplete() { rooms_->lifecycle.markFirstRunSetupIfComplete(); }
+void StatusViewModel::completeFirstRunSetup() { rooms_->lifecycle.completeFirstRunSetup(); }
 void StatusViewModel::registerHelper() { rooms_->lifecycle.registerHelper(); }
 void StatusViewModel::resetHelper(bool isAutomatic) { rooms_->lifecycle.resetHelper(isAutomatic); }
 

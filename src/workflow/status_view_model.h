@@ -137,6 +137,7 @@ class StatusViewModel {
   // Helper.
   void refreshHelperState(bool runAutoReset);
   void markFirstRunSetupIfComplete();
+  void completeFirstRunSetup();
   void registerHelper();
   void resetHelper(bool isAutomatic);
 

@@ -34,7 +34,8 @@ struct DashboardTest : ::testing::Test {
                               .watchpoint = watchpoint_,
                               .expanded = expanded_,
                               .selfUpdateDismissed = selfUpdateDismissed_,
-                              .capabilities = capabilities_});
+                              .capabilities = capabilities_,
+                              .explained = explained_});
   }
   AppStatusRow row(const AppInfo& app) {
     listed_ = {app};
@@ -67,6 +68,7 @@ struct DashboardTest : ::testing::Test {
   HelperStatus helperStatus_ = HelperStatus::enabled;
   std::optional<PendingWatchpoint> watchpoint_;
   std::map<Label, ExpandedHistory> expanded_;
+  std::map<Label, Explanation> explained_;
   bool selfUpdateDismissed_ = false;
   DashboardCapabilities capabilities_{.updatesItself = true};
 };
@@ -396,6 +398,35 @@ TEST_F(DashboardTest, TellsWhatComesByItselfAndWhen) {
   EXPECT_EQ(page().nextStep, (PageMessage{.text = *fields_.inventory.cycleCompletionMessage,
                                           .symbol = "checkmark.circle.fill",
                                           .color = ColorRole::green}));
+}
+
+TEST_F(DashboardTest, WhyUnfoldsWithItsRulesTheSettingsBehindThemAndACopyOfTheWhole) {
+  EXPECT_EQ(row(quill()).whyButton.help, "Why it is so, and what happens next");
+  EXPECT_EQ(row(quill()).why, WhyPart()) << "nothing is made of what is folded in";
+  explained_[kQuill] = {.label = kQuill,
+                        .name = "Quill",
+                        .verdict = ExplainedVerdict::held,
+                        .reason = "Its update failed too often.",
+                        .steps = {{.rule = ExplainedRule::required,
+                                   .holds = true,
+                                   .detail = "\"qu*\" fits the label.",
+                                   .key = "RequiredLabels",
+                                   .source = ValueSource::managed},
+                                  {.rule = ExplainedRule::appStore},
+                                  {.rule = ExplainedRule::held, .holds = true, .decides = true}},
+                        .prompt = "No prompt.",
+                        .next = "It is tried again."};
+  const auto held = row(quill());
+  EXPECT_EQ(held.whyButton.help, "Hide why");
+  EXPECT_EQ(held.why.title, "Held");
+  ASSERT_EQ(held.why.lines.size(), 3U);
+  EXPECT_EQ(held.why.lines[0].source, "RequiredLabels, managed");
+  EXPECT_EQ(held.why.lines[1].color, ColorRole::secondary);
+  EXPECT_EQ(held.why.lines[2].color, ColorRole::orange) << "the one that decides";
+  EXPECT_EQ(held.why.copyText,
+            "Quill (quill): Held\nIts update failed too often.\n\n"
+            "  yes  Required: \"qu*\" fits the label. [RequiredLabels, managed]\n"
+            "  no   Updated by the App Store\n  yes  Held after failures\n\nNo prompt.\nIt is tried again.\n");
 }
 
 TEST_F(DashboardTest, BecomesJsonWithItsFieldNames) {

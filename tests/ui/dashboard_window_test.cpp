@@ -3,6 +3,8 @@
 
 #include <QAccessible>
 #include <QBuffer>
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QImage>
 #include <QQuickItem>
 #include <QQuickWindow>
@@ -44,6 +46,7 @@ struct DashboardWindowTest : ::testing::Test {
   void show(PageState state) {
     state_ = std::move(state);
     bridge_.setPage(state_.page());
+    bridge_.setSetupPage(state_.setupPage());
     draw();
   }
   void draw() {
@@ -89,12 +92,15 @@ struct DashboardWindowTest : ::testing::Test {
                            .recheck = [this](const std::string& label) { heard_ += "recheck:" + label + " "; },
                            .recheckAll = [this] { heard_ += "recheckAll "; },
                            .toggleHistory = [this](const std::string& label) { heard_ += "history:" + label + " "; },
+                           .toggleWhy = [this](const std::string& label) { heard_ += "why:" + label + " "; },
                            .setFilter = [this](const std::string& mode) { heard_ += "filter:" + mode + " "; },
                            .setUpHelper = [this] { heard_ += "setUp "; },
                            .openHelperSettings = [this] { heard_ += "settings "; },
                            .resetHelper = [this] { heard_ += "reset "; },
                            .updateItself = [this] { heard_ += "itself "; },
-                           .dismissSelfUpdate = [this] { heard_ += "dismiss "; }},
+                           .dismissSelfUpdate = [this] { heard_ += "dismiss "; },
+                           .setupStep = [this](const std::string& key) { heard_ += "step:" + key + " "; },
+                           .finishSetup = [this] { heard_ += "finish "; }},
                           prompt_};
   DashboardWindow window_{bridge_};
   PageState state_;
@@ -111,6 +117,46 @@ TEST_F(DashboardWindowTest, clicksReachTheActionsOfTheirRows) {
   click(item("check"));
   click(item("discover"));
   EXPECT_EQ(heard(), "check discover ");
+}
+
+PageState stateNamed(const char* name) {
+  const auto states = allPageStates();
+  const auto found = std::ranges::find(states, name, &PageState::name);
+  return found == states.end() ? PageState() : *found;
+}
+
+TEST_F(DashboardWindowTest, whyUnfoldsByPointerAndByKeyAndIsCopiedWhole) {
+  click(inRow("bramble", "why"));
+  EXPECT_EQ(heard(), "why:bramble ");
+  item("apps")->forceActiveFocus(Qt::TabFocusReason);
+  press(Qt::Key_Question);
+  EXPECT_EQ(heard(), "why:lantern ");
+
+  show(stateNamed("why"));
+  click(inRow("bramble", "copyWhy"));
+  const auto copied = QGuiApplication::clipboard()->text();
+  EXPECT_TRUE(copied.startsWith(QStringLiteral("Bramble (bramble): Pending\n"))) << copied.toStdString();
+}
+
+TEST_F(DashboardWindowTest, theWizardStandsInPlaceOfThePageUntilItIsDone) {
+  EXPECT_EQ(item("firstRunSetup"), nullptr);
+  show(stateNamed("setup-register"));
+  EXPECT_EQ(item("apps"), nullptr);
+  click(item("step:helper"));
+  EXPECT_EQ(heard(), "step:helper ");
+  click(item("step:discovery"));
+  click(item("finishSetup"));
+  EXPECT_EQ(heard(), "") << "neither is open yet";
+  click(item("skipSetup"));
+  EXPECT_EQ(heard(), "finish ");
+  show(stateNamed("setup-slow"));
+  click(item("step:installomator"));
+  EXPECT_EQ(heard(), "step:installomator ");
+  show(stateNamed("setup-done"));
+  click(item("finishSetup"));
+  EXPECT_EQ(heard(), "finish ");
+  show(ordinaryState());
+  EXPECT_EQ(item("firstRunSetup"), nullptr);
 }
 
 void putIcon(const std::filesystem::path& bundle, const QImage& image) {

@@ -30,6 +30,7 @@ bool draw(const PageState& state, const DeferralPromptPage& prompt, const std::f
   ui::DashboardBridge bridge({}, promptBridge);
   bridge.setWindowTitle(QStringLiteral("Corvane"));
   bridge.setPage(state.page());
+  bridge.setSetupPage(state.setupPage());
   ui::DashboardWindow window(bridge);
   if (!window.ok()) return false;
   window.setAppearance({.dark = state.dark, .reducedMotion = true});

@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "presentation/page_texts.h"
 #include "workflow/app_predicates.h"
 #include "workflow/status_texts.h"
 
@@ -77,6 +78,53 @@ PageState ordinary(std::string name) {
   return state;
 }
 
+ExplanationFacts whyFacts(const PageState& state) {
+  ExplanationFacts facts{.apps = state.facts, .now = PageState::kNow, .armed = state.watchpoint};
+  for (const auto& one : state.fields.inventory.apps) {
+    if (!isPending(one, state.facts) || isHeldBack(one.label, state.facts)) continue;
+    facts.pending.pending.push_back(one.label);
+    facts.pending.openLabels.insert(one.label);
+  }
+  facts.helperOperational = facts.installomatorAvailable = true;
+  facts.cycle = {.currentPatchingStartDate = kNow - 50h, .nextCycleStartDate = kNow + 118h};
+  facts.lastUpdateCheck = state.fields.inventory.lastUpdateCheckDate;
+  facts.sourceOf = [](std::string_view key) {
+    return key == "RequiredLabels" ? ValueSource::managed : ValueSource::fallback;
+  };
+  facts.moment = [](Date date) { return momentText(date, kNow, ScriptedLocale()); };
+  return facts;
+}
+
+PageState why() {
+  auto state = ordinary("why");
+  state.watchpoint = watchpoint::DeferralReminder{kNow + 2h};
+  state.explained = {Label("bramble")};
+  std::erase_if(state.listed, [](const AppInfo& one) { return one.label.text > "bramble"; });
+  state.height = 900;
+  return state;
+}
+
+// The wizard, as it looks from the first start on.
+PageState setup(std::string name, HelperStatus status, bool operational, std::optional<Duration> waiting) {
+  auto state = bare(std::move(name));
+  state.helperStatus = status;
+  state.fields.helper = {.helperOperational = operational};
+  if (waiting) state.step2Since = kNow - *waiting;
+  return state;
+}
+
+PageState setupReady(std::string name) {
+  auto state = setup(std::move(name), HelperStatus::enabled, true, std::nullopt);
+  state.fields.helper.installomatorAvailable = true;
+  return state;
+}
+
+PageState setupDone() {
+  auto state = ordinary("setup-done");
+  state.fields.helper.firstRunSetupCompleted = false;
+  return state;
+}
+
 PageState expanded() {
   auto state = ordinary("expanded");
   const Label label("harbor");
@@ -142,8 +190,22 @@ PageState thousand() {
 
 }  // namespace
 
+FirstRunSetupPage PageState::setupPage() const {
+  const ScriptedLocale locale;
+  return makeFirstRunSetupPage({.fields = fields,
+                                .locale = locale,
+                                .now = kNow,
+                                .title = AppDisplayTitle(std::string_view("Corvane")),
+                                .helperStatus = helperStatus,
+                                .step2InProgressSince = step2Since,
+                                .revealsLog = true});
+}
+
 DashboardPage PageState::page() const {
   const ScriptedLocale locale;
+  std::map<Label, Explanation> told;
+  for (const auto& label : explained)
+    if (const auto* one = appWith(fields.inventory.apps, label)) told.emplace(label, explain(*one, whyFacts(*this)));
   return makeDashboardPage({.fields = fields,
                             .facts = facts,
                             .listed = listed,
@@ -156,7 +218,8 @@ DashboardPage PageState::page() const {
                             .watchpoint = watchpoint,
                             .expanded = expanded,
                             .selfUpdateDismissed = selfUpdateDismissed,
-                            .capabilities = capabilities});
+                            .capabilities = capabilities,
+                            .explained = std::move(told)});
 }
 
 AppInfo outdatedApp(std::string label, std::string name) {
@@ -250,6 +313,17 @@ std::vector<PageState> allPageStates() {
     fields.inventory.apps = {app("quill", "Quill", "2.0", "2.0")};
     fields.filterMode = FilterMode::needsUpdate;
   });
+  states.push_back(why());
+  states.push_back(setup("setup-register", HelperStatus::notRegistered, false, std::nullopt));
+  states.push_back(setup("setup-approve", HelperStatus::requiresApproval, false, std::nullopt));
+  states.push_back(setup("setup-starting", HelperStatus::enabled, false, std::nullopt));
+  states.push_back(setup("setup-downloading", HelperStatus::enabled, true, 10s));
+  states.push_back(setup("setup-still-downloading", HelperStatus::enabled, true, 45s));
+  states.push_back(setup("setup-slow", HelperStatus::enabled, true, 150s));
+  states.push_back(setupReady("setup-discover"));
+  add(setupReady("setup-scanning"),
+      [](auto& fields, auto&) { fields.gate = {.isLoading = true, .currentOperation = discoverInstalled}; });
+  states.push_back(setupDone());
   states.push_back(thousand());
   const auto addSized = [&](PageState state, int width, int height) {
     state.width = width;

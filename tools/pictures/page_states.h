@@ -10,6 +10,7 @@
 #include "platform/scripted/scripted_locale.h"
 #include "platform/scripted/virtual_time.h"
 #include "presentation/dashboard_builder.h"
+#include "presentation/first_run_setup_page.h"
 
 namespace corvane {
 
@@ -31,7 +32,11 @@ struct PageState {
   int height = 680;
   bool dark = false;
 
+  std::vector<Label> explained;      // whose row tells why
+  std::optional<Date> step2Since{};  // of the wizard: since when its second step runs
+
   [[nodiscard]] DashboardPage page() const;
+  [[nodiscard]] FirstRunSetupPage setupPage() const;
 };
 
 // A Mac in use: current, outdated, failed, held, foreign, store-managed, unanswered, missing and long names.

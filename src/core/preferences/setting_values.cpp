@@ -217,4 +217,16 @@ JsonValue jsonFrom(const SettingDefault& fallback) {
   return nullptr;
 }
 
+std::string_view sourceName(ValueSource source) {
+  switch (source) {
+    case ValueSource::managed:
+      return "managed";
+    case ValueSource::user:
+      return "user";
+    case ValueSource::fallback:
+      break;
+  }
+  return "default";
+}
+
 }  // namespace corvane

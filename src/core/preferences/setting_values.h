@@ -14,6 +14,8 @@ namespace corvane {
 
 // Where an effective value comes from.
 enum class ValueSource { managed, user, fallback };
+// "managed", "user" or "default".
+[[nodiscard]] std::string_view sourceName(ValueSource source);
 
 struct Domains {
   const PlistDict& managed;

@@ -62,6 +62,15 @@ void listen(BusSoleProcess& sole, NotificationCenter& notifications, const Logge
       [log] { log.warning("The session bus is gone; links cannot reach this instance any more."); });
 }
 
+// The helper's log, or this program's own where none is there yet.
+void revealLog(DesktopOpener& opener, UserMachine& machine, const Logger& log) {
+  const auto& places = machine.places;
+  const auto file = machine.files.exists(places.logFile()) ? places.logFile() : places.userLogFile();
+  opener.reveal(file, [log](const Status& shown) {
+    if (!shown) log.warning("The log could not be shown: " + shown.error().text);
+  });
+}
+
 template <class Function>
 Function* windowsFunction(const std::filesystem::path& bundle, const char* symbol) {
   const auto file = bundle / "Contents/PlugIns" / kWindowsModuleFile;
@@ -195,7 +204,8 @@ int launch(UserMachine& machine, const LaunchArguments& arguments) {
                                    [&] {
                                      if (const auto& own = model.fields().selfUpdate.selfUpdateAvailable)
                                        model.startSelfUpdate(own->label);
-                                   }},
+                                   },
+                               .revealLog = [&] { revealLog(session.opener, machine, log); }},
                    .activeChanged = [&](bool active) {
                      machine.application.setActive(active);
                      if (active) services.notifications.post(CorvaneDidBecomeActive());

@@ -12,6 +12,7 @@ SessionMachine::SessionMachine(UserMachine& machine)
       system(machine.loop.loop(), machine.loop.mainQueue(), machine.work, addresses.system),
       focus(addresses),
       launcherEntry(session),
+      opener(session),
       power(system, machine.power),
       console(system, utmp),
       notifications({.session = session,

@@ -9,6 +9,7 @@
 #include "platform/dbus/bus_link.h"
 #include "platform/dbus/bus_sole_process.h"
 #include "platform/dbus/desktop_notifications.h"
+#include "platform/dbus/file_manager_opener.h"
 #include "platform/dbus/launcher_entry.h"
 #include "platform/dbus/linux_network_probe.h"
 #include "platform/dbus/login_console_sessions.h"
@@ -41,6 +42,7 @@ struct SessionMachine {
   BusLink system;
   SessionFocusState focus;
   LauncherEntry launcherEntry;
+  FileManagerOpener opener;
   UPowerSource power;
   UtmpConsoleSessions utmp;
   LoginConsoleSessions console;

@@ -1,4 +1,5 @@
-// The applications. Up and down walk the rows, Return unfolds one, Tab goes on into its buttons.
+// The applications. Up and down walk the rows, Return unfolds one, a question mark tells why, Tab goes on into its
+// buttons.
 import QtQuick
 import QtQuick.Controls.Basic
 
@@ -22,6 +23,12 @@ ListView {
     Keys.onReturnPressed: if (currentItem) currentItem.historyToggled(currentItem.key)
     Keys.onSpacePressed: if (currentItem) currentItem.historyToggled(currentItem.key)
 
+    Keys.onPressed: event => {
+        if (event.text !== "?" || !currentItem) return;
+        currentItem.whyToggled(currentItem.key);
+        event.accepted = true;
+    }
+
     Accessible.role: Accessible.List
     Accessible.name: spokenName
 
@@ -42,5 +49,7 @@ ListView {
         onUpdateRequested: key => root.actions.updateApp(key)
         onRecheckRequested: key => root.actions.recheck(key)
         onHistoryToggled: key => root.actions.toggleHistory(key)
+        onWhyToggled: key => root.actions.toggleWhy(key)
+        onCopyRequested: text => root.actions.copyText(text)
     }
 }

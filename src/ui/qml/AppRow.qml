@@ -28,6 +28,8 @@ Item {
     required property var receipts
     required property string eventsTitle
     required property var events
+    required property var whyButton
+    required property var why
     required property int index
 
     // The keyboard is on this row; only its buttons are then in the Tab order.
@@ -35,12 +37,15 @@ Item {
     signal updateRequested(string key)
     signal recheckRequested(string key)
     signal historyToggled(string key)
+    signal whyToggled(string key)
+    signal copyRequested(string text)
 
     readonly property int textStart: 2 * Theme.grid + Theme.iconSize + 1.5 * Theme.grid
     readonly property int buttonFocus: current ? Qt.TabFocus : Qt.NoFocus
     readonly property bool focused: current && ListView.view !== null && ListView.view.activeFocus
 
-    implicitHeight: Theme.rowHeight + (isExpanded ? history.height + 2 * Theme.grid : 0)
+    implicitHeight: Theme.rowHeight + (why.visible ? explanation.height + 2 * Theme.grid : 0)
+                    + (isExpanded ? history.height + 2 * Theme.grid : 0)
 
     Accessible.role: Accessible.ListItem
     Accessible.name: spokenText
@@ -145,7 +150,7 @@ Item {
             }
         }
         Item {
-            Layout.preferredWidth: 68
+            Layout.preferredWidth: 104
             Layout.preferredHeight: 32
             Row {
                 anchors.right: parent.right
@@ -175,6 +180,16 @@ Item {
                     onClicked: root.updateRequested(root.key)
                 }
                 IconButton {
+                    objectName: "why"
+                    focusPolicy: root.buttonFocus
+                    symbol: "questionmark.circle"
+                    role: root.why.visible ? "accent" : "secondary"
+                    text: root.whyButton.text
+                    help: root.whyButton.help
+                    Accessible.name: root.whyButton.text + " " + root.name
+                    onClicked: root.whyToggled(root.key)
+                }
+                IconButton {
                     objectName: "history"
                     focusPolicy: root.buttonFocus
                     symbol: "clock.arrow.circlepath"
@@ -188,10 +203,24 @@ Item {
     }
 
     Loader {
+        id: explanation
+        active: root.why.visible
+        x: root.textStart
+        y: Theme.rowHeight
+        width: root.width - x - 2 * Theme.grid
+        height: item ? item.implicitHeight : 0
+        sourceComponent: WhyLines {
+            width: explanation.width
+            why: root.why
+            onCopy: text => root.copyRequested(text)
+        }
+    }
+
+    Loader {
         id: history
         active: root.isExpanded
         x: root.textStart
-        y: Theme.rowHeight
+        y: Theme.rowHeight + (root.why.visible ? explanation.height + 2 * Theme.grid : 0)
         width: root.width - x - 2 * Theme.grid
         height: item ? item.implicitHeight : 0
         sourceComponent: HistoryLines {

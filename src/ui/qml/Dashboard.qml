@@ -105,11 +105,23 @@ ApplicationWindow {
 
         StatusPage {
             id: page
+            visible: !window.bridge.setup.visible
             Layout.fillWidth: true
             Layout.fillHeight: true
             page: window.bridge.page
             rows: window.bridge.rows
             actions: window.bridge
+        }
+        Loader {
+            active: window.bridge.setup.visible
+            visible: active
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            sourceComponent: FirstRunSetup {
+                setup: window.bridge.setup
+                steps: window.bridge.setupSteps
+                actions: window.bridge
+            }
         }
     }
 }
