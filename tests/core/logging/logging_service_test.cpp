@@ -1,6 +1,8 @@
 #include <cerrno>
+#include <list>
 #include <thread>
 
+#include "core/logging/log_file_catalog.h"
 #include "core/logging/log_record_codec.h"
 #include "core/logging/logging_service.h"
 #include "platform/scripted/scripted_files.h"
@@ -170,6 +172,45 @@ TEST(LogRecordCodec, ReadsAllLevelsAndTakesOtherLinesAsContinuation) {
   EXPECT_TRUE(LogRecordCodec::parse("").empty());
 }
 
+// Heads of one minute are read by what the one before them had; these are where that could go wrong.
+TEST(LogRecordCodec, NeighboursAreReadAsTheyWouldBeAlone) {
+  const std::vector<std::string> lines{
+      "2026-11-22T22:04:42.123+01:00 [INFO] one",      "2026-11-22T22:04:59.999+01:00 [ERROR] two",
+      "2026-11-22T22:04:60.000+01:00 [INFO] leap",     "2026-11-22T22:04:61.000+01:00 [INFO] none",
+      "2026-11-22T22:04:42.123-01:00 [INFO] west",     "2026-11-22T22:04:42.123456+01:00 [WARN] finer",
+      "2026-11-22T22:04:42.12x+01:00 [INFO] none",     "2026-11-22T22:04:42.123+01:00 [INFO",
+      "2026-11-22T22:04:42.123+01:00 (INFO] none",     "2026-11-22T22:04:42,123+01:00 [INFO] none",
+      "2026-11-22T22:04:42.123+01:00 [INFORM] none",   "2026-11-22T22:05:42.123+01:00 [DEBUG]close",
+      "2026-11-22T22:05:42.123+01:00 [VERBOSE] a\\nb", "2026-11-22T22:05:42.123+01:00 [NOTICE] ",
+      "2026-11-22T22:05:42.123+01:00 [INFO]",          "2026-02-30T22:05:42.123+01:00 [INFO] none",
+      "2026-11-22T22:05:42.123+01:00 [INFO] \xff\\x",  "2026-11-22T21:05:42Z [INFO] last"};
+  std::string text;
+  std::vector<ParsedLogRecord> expected;
+  std::list<LogRecords> alone;
+  std::list<std::string> messages;
+  for (const auto& line : lines) {
+    text += line + "\n";
+    alone.push_back(LogRecordCodec::parse(line));
+    if (!alone.back().empty())
+      expected.push_back(alone.back().front());
+    else
+      expected.back().message = messages.emplace_back(std::string(expected.back().message) + "\n" + line);
+  }
+  EXPECT_EQ(expected.size(), 11U);
+  EXPECT_THAT(LogRecordCodec::parse(text), testing::ElementsAreArray(expected));
+}
+
+TEST(LogRecordCodec, AContinuationStandsBehindAMessageThatGotShorter) {
+  const auto records = LogRecordCodec::parse(
+      "2026-11-22T21:04:43Z [INFO] a\\tb\\x1b\r\n"
+      "\r\n"
+      "at c\\n\n"
+      "2026-11-22T21:04:44Z [INFO] next\\\\");
+  ASSERT_EQ(records.size(), 2U);
+  EXPECT_EQ(records[0].message, "a\tb\x1b\n\nat c\\n");
+  EXPECT_EQ(records[1].message, "next\\");
+}
+
 TEST(LogFileCatalog, PathsOnceAndRecordsInTimeOrder) {
   EXPECT_THAT(LogFileCatalog::uniqueViewerPaths("/u/crv.log", "/s/crv.log", "/u/./crv.log"),
               ElementsAre("/s/crv.log", "/u/crv.log"));
@@ -179,8 +220,19 @@ TEST(LogFileCatalog, PathsOnceAndRecordsInTimeOrder) {
   const auto merged = LogFileCatalog::merge({{"a", {{second(1), "INFO", "a1"}, {second(3), "INFO", "a3"}}},
                                              {"b", {{second(1), "INFO", "b1"}, {second(2), "INFO", "b2"}}}});
   std::vector<std::string> messages;
-  for (const auto& record : merged) messages.push_back(record.message);
+  for (const auto& record : merged) messages.emplace_back(record.message);
   EXPECT_THAT(messages, ElementsAre("a1", "b1", "b2", "a3"));
+}
+
+TEST(LogFileCatalog, OneRecordReadTwiceStandsOnceAndAClockSetBackKeepsTheOrderOfTime) {
+  const auto second = [](int n) { return Date(std::chrono::seconds(n)); };
+  const auto merged = LogFileCatalog::merge(
+      {{"a", {{second(2), "INFO", "same"}, {second(2), "WARN", "same"}, {second(2), "INFO", "other"}}},
+       {"b", {{second(3), "INFO", "same"}, {second(1), "INFO", "set back"}, {second(2), "INFO", "same"}}}});
+  EXPECT_THAT(merged,
+              ElementsAre(ParsedLogRecord{second(1), "INFO", "set back"}, ParsedLogRecord{second(2), "INFO", "same"},
+                          ParsedLogRecord{second(2), "WARN", "same"}, ParsedLogRecord{second(2), "INFO", "other"},
+                          ParsedLogRecord{second(3), "INFO", "same"}));
 }
 
 }  // namespace
