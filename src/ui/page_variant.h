@@ -21,6 +21,9 @@ inline QVariant toVariant(ColorRole role) { return toQString(colorRoleName(role)
 inline QVariant toVariant(ControlKind kind) { return toQString(controlKindName(kind)); }
 
 template <PageStruct T>
+QVariant toVariant(const std::vector<T>& list);
+
+template <PageStruct T>
 QVariant toVariant(const T& page) {
   QVariantMap map;
   forEachField(page, [&](std::string_view name, const auto& value) { map.insert(toQString(name), toVariant(value)); });
