@@ -39,18 +39,6 @@ Result<std::string> assembled(const ArchiveFiles& fragments, std::string_view to
   return script + ended(fragments.at("main.sh"));
 }
 
-// The text of `name="text"` at the start of a line.
-std::string assignedText(std::string_view script, std::string_view name) {
-  const auto head = fmt::format("{}=\"", name);
-  for (std::size_t at = 0; at < script.size();) {
-    const auto end = std::min(script.find('\n', at), script.size());
-    const auto line = script.substr(at, end - at);
-    if (line.starts_with(head)) return std::string(line.substr(head.size(), line.find('"', head.size()) - head.size()));
-    at = end + 1;
-  }
-  return {};
-}
-
 }  // namespace
 
 ToolSource ToolSource::of(const CorvaneConfiguration& config) {
@@ -93,12 +81,6 @@ Result<ToolEdition> editionFrom(ArchiveFiles files, const ToolSource& source, st
     return unusable("it has no Installomator.sh");
   }
   return edition;
-}
-
-std::optional<ToolVersion> toolVersion(std::string_view script) {
-  ToolVersion version{.version = assignedText(script, "VERSION"), .date = assignedText(script, "VERSIONDATE")};
-  const bool told = std::ranges::any_of(version.version, [](unsigned char c) { return c >= '0' && c <= '9'; });
-  return told ? std::optional(std::move(version)) : std::nullopt;
 }
 
 std::optional<std::string> objectionTo(const std::optional<ToolVersion>& candidate,

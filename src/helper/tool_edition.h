@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "base/error.h"
+#include "core/discovery/tool_version.h"
 #include "core/preferences/configuration.h"
 #include "helper/tool_archive.h"
 
@@ -38,14 +39,6 @@ struct ToolSource {
 // a custom script may come alone and leaves the fragments as they are. `today` ("2026-11-22") becomes the date of an
 // assembled one.
 [[nodiscard]] Result<ToolEdition> editionFrom(ArchiveFiles files, const ToolSource& source, std::string_view today);
-
-// The version and its date as the script states them; absent when it states no version.
-struct ToolVersion {
-  std::string version;
-  std::string date;  // "2026-07-03", or empty
-  friend bool operator==(const ToolVersion&, const ToolVersion&) = default;
-};
-[[nodiscard]] std::optional<ToolVersion> toolVersion(std::string_view script);
 
 // Why `candidate` must not take the place of `present`; absent when it may. Of one source nothing older may; what comes
 // from another source than before was chosen.

@@ -6,6 +6,7 @@
 #include <QDBusPendingReply>
 #include <QGuiApplication>
 #include <QPalette>
+#include <algorithm>
 
 namespace corvane::ui {
 namespace {
@@ -17,10 +18,15 @@ const QString kAppearance = QStringLiteral("org.freedesktop.appearance");
 const QString kColorScheme = QStringLiteral("color-scheme");
 const QString kDesktop = QStringLiteral("org.gnome.desktop.interface");
 const QString kAnimations = QStringLiteral("enable-animations");
+const QString kTextScale = QStringLiteral("text-scaling-factor");
 
 // The service's own numbers: 0 has no preference, 1 is dark, 2 is light.
 constexpr uint kPrefersDark = 1;
 constexpr uint kPrefersLight = 2;
+
+// Beyond these the windows are not drawn to hold.
+constexpr double kSmallestText = 0.8;
+constexpr double kLargestText = 2;
 
 bool paletteIsDark() {
   const auto palette = QGuiApplication::palette();
@@ -38,6 +44,7 @@ DesktopAppearance::DesktopAppearance(std::function<void(const Appearance&)> chan
               SLOT(settingChanged(QString, QString, QDBusVariant)));
   ask(kAppearance, kColorScheme);
   ask(kDesktop, kAnimations);
+  ask(kDesktop, kTextScale);
 }
 
 void DesktopAppearance::ask(const QString& space, const QString& key) {
@@ -64,6 +71,8 @@ void DesktopAppearance::take(const QString& space, const QString& key, const QVa
     if (plain.toUInt() == kPrefersLight) wanted.dark = false;
   } else if (space == kDesktop && key == kAnimations) {
     wanted.reducedMotion = !plain.toBool();
+  } else if (space == kDesktop && key == kTextScale) {
+    if (plain.toDouble() > 0) wanted.textScale = std::clamp(plain.toDouble(), kSmallestText, kLargestText);
   }
   if (wanted == appearance_) return;
   appearance_ = wanted;

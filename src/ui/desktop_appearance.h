@@ -1,4 +1,4 @@
-// What the desktop asks of every program's looks: dark or light, and whether things may move.
+// What the desktop asks of every program's looks: dark or light, the size of text, and whether things may move.
 #pragma once
 
 #include <QDBusVariant>
@@ -10,6 +10,7 @@ namespace corvane::ui {
 struct Appearance {
   bool dark = false;
   bool reducedMotion = false;
+  double textScale = 1;  // 0.8 to 2
   friend bool operator==(const Appearance&, const Appearance&) = default;
 };
 

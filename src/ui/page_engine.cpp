@@ -38,6 +38,7 @@ void applyAppearance(QQuickWindow& window, const Appearance& appearance) {
   if (theme == nullptr) return;
   theme->setProperty("reducedMotion", appearance.reducedMotion);
   theme->setProperty("dark", appearance.dark);
+  theme->setProperty("textScale", appearance.textScale);
 }
 
 void bringToFront(QQuickWindow& window) {

@@ -21,22 +21,24 @@ class RowListModel final : public QAbstractListModel {
 
   void setRows(const std::vector<Row>& target) {
     using Kind = ListStep::Kind;
+    QList<int> changed;  // of the row that is updated
     applyKeyedDiff(
         rows_, target,
-        [this](const ListStep& step) {
+        [&](const ListStep& step) {
           const int at = static_cast<int>(step.index);
           if (step.kind == Kind::remove) beginRemoveRows({}, at, at);
           if (step.kind == Kind::insert) beginInsertRows({}, at, at);
           // A row only ever moves up.
           if (step.kind == Kind::move) beginMoveRows({}, at, at, {}, static_cast<int>(step.to));
+          if (step.kind == Kind::update) changed = changedRoles(rows_[step.index], target[step.index]);
         },
-        [this](const ListStep& step) {
+        [&](const ListStep& step) {
           if (step.kind == Kind::remove) endRemoveRows();
           if (step.kind == Kind::insert) endInsertRows();
           if (step.kind == Kind::move) endMoveRows();
           if (step.kind == Kind::update) {
             const auto row = index(static_cast<int>(step.index));
-            Q_EMIT dataChanged(row, row);
+            Q_EMIT dataChanged(row, row, changed);
           }
         });
   }
@@ -66,6 +68,21 @@ class RowListModel final : public QAbstractListModel {
   }
 
  private:
+  static QList<int> changedRoles(const Row& before, const Row& now) {
+    QList<int> roles;
+    int role = Qt::UserRole;
+    std::apply(
+        [&](const auto&... field) {
+          const auto look = [&](auto member) {
+            if (!(before.*member == now.*member)) roles.append(role);
+            ++role;
+          };
+          (look(field.member), ...);
+        },
+        PageFields<Row>::all);
+    return roles;
+  }
+
   std::vector<Row> rows_;
 };
 

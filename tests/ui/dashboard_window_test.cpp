@@ -283,14 +283,14 @@ TEST_F(DashboardWindowTest, theHelperIsResetOnlyAfterAYes) {
   state.fields.helper.helperOperational = false;
   show(state);
   click(item("resetHelper"));
-  ASSERT_NE(item("confirmReset"), nullptr);
+  ASSERT_NE(item("answerYes"), nullptr);
   press(Qt::Key_Escape);
-  EXPECT_EQ(item("confirmReset"), nullptr);
+  EXPECT_EQ(item("answerYes"), nullptr);
   click(item("resetHelper"));
-  click(item("cancelReset"));
+  click(item("answerNo"));
   EXPECT_EQ(heard(), "");
   click(item("resetHelper"));
-  click(item("confirmReset"));
+  click(item("answerYes"));
   EXPECT_EQ(heard(), "reset ");
 }
 

@@ -1,5 +1,5 @@
-// Draws the dashboard, the prompt and the confirmation in each of their states into a folder: corvane_screenshots
-// FOLDER [NAME...]
+// Draws the dashboard, the prompt, the confirmation and the settings in each of their states into a folder:
+// corvane_screenshots FOLDER [NAME...]
 #include <QGuiApplication>
 #include <QQuickWindow>
 #include <algorithm>
@@ -10,11 +10,13 @@
 
 #include "pictures/page_states.h"
 #include "pictures/prompt_states.h"
+#include "pictures/settings_states.h"
 #include "ui/confirmation_bridge.h"
 #include "ui/dashboard_window.h"
 #include "ui/floating_panel.h"
 #include "ui/page_engine.h"
 #include "ui/prompt_bridge.h"
+#include "ui/settings_window.h"
 #include "ui/windows_application.h"
 
 namespace {
@@ -65,6 +67,32 @@ bool draw(const PromptState& state, const std::filesystem::path& folder) {
   return draw(panel, state, folder);
 }
 
+// A page that is only looked at.
+struct NoActions final : SettingsActions {
+  void selectTab(const std::string&) override {}
+  void set(const std::string&, const std::string&) override {}
+  void step(const std::string&, std::int64_t) override {}
+  void switchOn(const std::string&, bool) override {}
+  void reveal(const std::string&, bool) override {}
+  void press(const std::string&) override {}
+  void answer(bool) override {}
+  void save() override {}
+};
+
+bool draw(const SettingsState& state, const std::filesystem::path& folder) {
+  NoActions actions;
+  ui::PromptBridge prompt({});
+  ui::SettingsBridge bridge(actions, prompt);
+  bridge.setPage(state.page);
+  ui::SettingsWindow window(bridge);
+  if (!window.ok()) return false;
+  window.setAppearance({.dark = state.dark, .reducedMotion = true, .textScale = state.textScale});
+  window.window()->resize(state.width, state.height);
+  window.show();
+  QCoreApplication::processEvents();
+  return save(window.grab(), folder, state.name);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -84,6 +112,8 @@ int main(int argc, char** argv) {
   for (const auto& state : allPageStates())
     if (wanted(state.name)) fine = draw(state, {}, arguments.front()) && fine;
   for (const auto& state : allPromptStates())
+    if (wanted(state.name)) fine = draw(state, arguments.front()) && fine;
+  for (const auto& state : allSettingsStates())
     if (wanted(state.name)) fine = draw(state, arguments.front()) && fine;
   return fine ? 0 : 1;
 }

@@ -11,24 +11,25 @@ namespace {
 
 using Config = CorvaneConfiguration;
 
-// From a canonical value to a field; each field's type decides.
+// From a canonical value to a field and back; each field's type decides.
 void assign(bool& field, const PlistValue& value) { field = value.boolean().value_or(field); }
 void assign(std::int64_t& field, const PlistValue& value) { field = value.integer().value_or(field); }
 void assign(std::optional<std::int64_t>& field, const PlistValue& value) { field = value.integer(); }
 void assign(std::string& field, const PlistValue& value) { field = value.string().value_or(field); }
 void assign(Label& field, const PlistValue& value) { assign(field.text, value); }
-void assign(std::optional<std::string>& field, const PlistValue& value) {
-  if (const auto text = value.string()) field = *text;
-}
+void assign(std::optional<std::string>& field, const PlistValue& value) { field = value.string(); }
 void assign(std::vector<std::string>& field, const PlistValue& value) {
+  if (!value.array()) return;
   field.clear();
   for (const auto& item : *value.array()) field.emplace_back(item.string().value_or(""));
 }
 void assign(std::vector<std::int64_t>& field, const PlistValue& value) {
+  if (!value.array()) return;
   field.clear();
   for (const auto& item : *value.array()) field.push_back(item.integer().value_or(0));
 }
 void assign(CRVNotificationPolicy& field, const PlistValue& value) {
+  if (!value.dict()) return;
   for (const auto& [type, presentation] : *value.dict()) {
     const auto which = caseFromRaw<CRVNotificationType>(type);
     const auto how = caseFromRaw<CRVNotificationPresentation>(presentation.string().value_or(""));
@@ -39,14 +40,37 @@ template <class E>
 requires std::is_enum_v<E>
 void assign(E& field, const PlistValue& value) { field = caseFromRaw<E>(value.string().value_or("")).value_or(field); }
 
+PlistValue valueOf(bool field) { return field; }
+PlistValue valueOf(std::int64_t field) { return field; }
+PlistValue valueOf(const std::string& field) { return field; }
+PlistValue valueOf(const Label& field) { return field.text; }
+template <class T>
+PlistValue valueOf(const std::optional<T>& field) {
+  return field ? PlistValue(*field) : PlistValue();
+}
+template <class T>
+PlistValue valueOf(const std::vector<T>& field) {
+  return PlistArray(field.begin(), field.end());
+}
+PlistValue valueOf(const CRVNotificationPolicy& field) {
+  PlistDict policy;
+  for (const auto& entry : CaseNames<CRVNotificationType>::all)
+    policy.emplace(entry.raw, rawName(field.presentationFor(entry.value)));
+  return policy;
+}
+template <class E>
+requires std::is_enum_v<E> PlistValue valueOf(E field) { return rawName(field); }
+
 struct Binding {
   std::string_view key;
   void (*set)(Config&, const PlistValue&);
+  PlistValue (*get)(const Config&);
 };
 
 template <auto Member>
 constexpr Binding bind(std::string_view key) {
-  return {key, [](Config& config, const PlistValue& value) { assign(config.*Member, value); }};
+  return {key, [](Config& config, const PlistValue& value) { assign(config.*Member, value); },
+          [](const Config& config) { return valueOf(config.*Member); }};
 }
 
 constexpr auto kBindings = std::to_array<Binding>({
@@ -132,6 +156,11 @@ static_assert(std::ranges::none_of(kBindings, [](const Binding& binding) {
   });
 }));
 
+const Binding* findBinding(std::string_view key) {
+  const auto found = std::ranges::find(kBindings, key, &Binding::key);
+  return found == kBindings.end() ? nullptr : &*found;
+}
+
 // Both times are fine, and yet no moment lies between them: hardly what anybody meant.
 bool hasEmptyBusinessHours(const Config& config) {
   return config.businessHoursStartTime && config.businessHoursEndTime &&
@@ -162,6 +191,25 @@ LoadedConfiguration configurationFrom(const Domains& domains) {
   return loaded;
 }
 
-bool fillsField(std::string_view key) { return std::ranges::count(kBindings, key, &Binding::key) > 0; }
+bool fillsField(std::string_view key) { return findBinding(key) != nullptr; }
+
+PlistValue fieldValue(const Config& config, std::string_view key) {
+  const auto* binding = findBinding(key);
+  return binding != nullptr ? binding->get(config) : PlistValue();
+}
+
+void setField(Config& config, std::string_view key, const PlistValue& value) {
+  if (const auto* binding = findBinding(key)) binding->set(config, value);
+}
+
+std::optional<PlistValue> savedValue(const Config& config, const Setting& setting) {
+  auto value = setting.type == SettingType::pathList ? valueOf(config.sanitizedIgnoreFilePaths())
+                                                     : fieldValue(config, setting.key);
+  if (value == PlistValue()) return std::nullopt;
+  const bool emptyIsAbsent = setting.type == SettingType::optionalText || setting.type == SettingType::timeOfDay;
+  if (const auto text = value.string(); text && setting.emptyIsRemoved) value = PlistValue(trimmed(*text));
+  const bool isEmpty = value.string() == "" || (value.array() && value.array()->empty());
+  return isEmpty && (emptyIsAbsent || setting.emptyIsRemoved) ? std::nullopt : std::optional(std::move(value));
+}
 
 }  // namespace corvane

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/plist.h"
 #include "core/preferences/settings_table.h"
 #include "core/records/app_info.h"
 #include "core/records/enumerations.h"
@@ -117,6 +118,14 @@ struct CorvaneConfiguration {
 
   friend bool operator==(const CorvaneConfiguration&, const CorvaneConfiguration&) = default;
 };
+
+// The field of a key of the settings table, in its canonical form; no value for a limit that is off, a text that is
+// absent, and a key without a field.
+[[nodiscard]] PlistValue fieldValue(const CorvaneConfiguration& config, std::string_view key);
+// The reverse. A value of another type, and a key without a field, change nothing.
+void setField(CorvaneConfiguration& config, std::string_view key, const PlistValue& value);
+// What the settings window stores for the field; absent: it removes what is stored.
+[[nodiscard]] std::optional<PlistValue> savedValue(const CorvaneConfiguration& config, const Setting& setting);
 
 // The configuration of one moment; it stays as it is when another one comes into force. A copy costs nothing.
 class SharedConfiguration {

@@ -95,6 +95,8 @@ enum class TextForm {
 
 struct Setting {
   std::string_view key;
+  int saved = 0;                // place in the order in which the settings window saves; 0: it does not write the key
+  bool emptyIsRemoved = false;  // it removes the key rather than storing an empty value
   SettingType type = SettingType::text;
   SettingAccess access = SettingAccess::user;
   SettingDefault fallback = {};  // monostate: absent, empty text, empty list

@@ -12,7 +12,7 @@ Button {
     enabled: button.enabled
     text: button.text
 
-    implicitHeight: 32
+    implicitHeight: Theme.controlHeight
     leftPadding: 14
     rightPadding: 14
     font.pixelSize: Theme.textSize

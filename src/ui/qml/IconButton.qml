@@ -9,8 +9,8 @@ Button {
     property string role: "secondary"
     property string help: ""
 
-    implicitWidth: 32
-    implicitHeight: 32
+    implicitWidth: Theme.controlHeight
+    implicitHeight: Theme.controlHeight
     padding: 4
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true

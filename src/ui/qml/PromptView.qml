@@ -152,13 +152,13 @@ FocusScope {
                     color: Theme.primary
                     font.pixelSize: Theme.textSize
                 }
-                ReminderPicker {
+                ChoicePicker {
                     objectName: "reminderPicker"
-                    Layout.preferredWidth: 160
+                    Layout.preferredWidth: Theme.scaled(160)
                     options: root.page.options
                     selected: root.page.selectedOption
                     name: root.page.pickerLabel
-                    onChosen: minutes => root.actions.select(minutes)
+                    onChosen: index => root.actions.select(options[index].minutes)
                 }
             }
             Text {

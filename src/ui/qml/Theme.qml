@@ -8,6 +8,7 @@ QtObject {
     // Set by the bridge from the desktop's preference.
     property bool dark: false
     property bool reducedMotion: false
+    property real textScale: 1
 
     readonly property color window: dark ? "#1b1d21" : "#f6f7f9"
     readonly property color sidebar: dark ? "#23262b" : "#eceef2"
@@ -18,6 +19,9 @@ QtObject {
     readonly property color control: dark ? "#31353c" : "#ffffff"
     readonly property color monogram: dark ? "#343941" : "#eceef2"
     readonly property color pressed: dark ? "#3a3f48" : "#e4e8ef"
+    // A switch that is off, and what slides in it.
+    readonly property color track: dark ? "#6b727d" : "#8b93a0"
+    readonly property color knob: "#ffffff"
     // The edge of what can be pressed.
     readonly property color outline: dark ? "#4a505a" : "#c6cbd4"
 
@@ -55,14 +59,18 @@ QtObject {
     readonly property int inset: 4
     readonly property int margin: 24
     readonly property int radius: 10
-    readonly property int rowHeight: 56
     readonly property int iconSize: 32
-    readonly property int hintWidth: 320
 
-    readonly property int titleSize: 22
-    readonly property int headingSize: 15
-    readonly property int textSize: 13
-    readonly property int captionSize: 11
+    // What holds text grows with it.
+    function scaled(size) { return Math.round(size * textScale) }
+    readonly property int rowHeight: scaled(56)
+    readonly property int controlHeight: scaled(32)
+    readonly property int hintWidth: scaled(320)
+
+    readonly property int titleSize: scaled(22)
+    readonly property int headingSize: scaled(15)
+    readonly property int textSize: scaled(13)
+    readonly property int captionSize: scaled(11)
 
     readonly property int motion: reducedMotion ? 0 : 160
 }

@@ -1,20 +1,27 @@
-// How long to put the updates off, as a menu of the lengths on offer.
+// A menu of choices below its field.
 import QtQuick
 import QtQuick.Controls.Basic
 
 ComboBox {
     id: root
 
-    required property var options
-    required property int selected
+    required property var options   // with text
+    required property int selected  // -1 for none of them
     required property string name
-    signal chosen(int minutes)
+    property string otherText       // stands while none is chosen
+    signal chosen(int index)
 
     model: options
     textRole: "text"
     currentIndex: selected
-    onActivated: index => chosen(options[index].minutes)
-    implicitHeight: 32
+    displayText: selected < 0 ? otherText : currentText
+    // What is shown is what the page says, also where it took no notice of the choice.
+    onActivated: index => {
+        chosen(index)
+        currentIndex = Qt.binding(() => root.selected)
+    }
+    implicitHeight: Theme.controlHeight
+    wheelEnabled: false
     font.pixelSize: Theme.textSize
     hoverEnabled: true
     Accessible.name: name
@@ -23,7 +30,7 @@ ComboBox {
         leftPadding: 12
         text: root.displayText
         font: root.font
-        color: Theme.primary
+        color: root.enabled ? Theme.primary : Theme.disabled
         verticalAlignment: Text.AlignVCenter
         elide: Text.ElideRight
     }
@@ -31,20 +38,19 @@ ComboBox {
         x: root.width - width - 10
         anchors.verticalCenter: parent.verticalCenter
         name: "chevron.down"
+        opacity: root.enabled ? 1 : 0.5
     }
-    background: Rectangle {
-        radius: 7
-        color: root.hovered || root.down ? Theme.hover : Theme.control
-        border.width: 1
-        border.color: Theme.outline
-        FocusRing { shown: root.visualFocus; radius: parent.radius + 3 }
+    background: FieldFrame {
+        enabled: root.enabled
+        hovered: root.hovered || root.down
+        focused: root.visualFocus
     }
     delegate: ItemDelegate {
         id: item
         required property var modelData
         required property int index
         width: root.width
-        height: 32
+        height: Theme.controlHeight
         highlighted: root.highlightedIndex === index
         contentItem: Text {
             text: item.modelData.text
@@ -62,7 +68,7 @@ ComboBox {
         y: root.height + 2
         width: root.width
         padding: Theme.inset
-        implicitHeight: Math.min(contentItem.implicitHeight + 2 * padding, 232)
+        implicitHeight: Math.min(contentItem.implicitHeight + 2 * padding, Theme.scaled(232))
         contentItem: ListView {
             clip: true
             implicitHeight: contentHeight

@@ -1,0 +1,2 @@
+// A line of text.
+SettingsField {}

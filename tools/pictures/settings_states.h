@@ -1,0 +1,25 @@
+// Settings pages of every look.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "presentation/settings_page.h"
+
+namespace corvane {
+
+struct SettingsState {
+  std::string name;  // of the picture
+  SettingsPage page;
+  bool dark = false;
+  double textScale = 1;
+  int width = 720;
+  int height = 640;
+};
+
+// A page with a control of each kind, written by hand: what the window draws without knowing what it is about.
+[[nodiscard]] SettingsPage everyKindOfControl();
+
+[[nodiscard]] std::vector<SettingsState> allSettingsStates();
+
+}  // namespace corvane
