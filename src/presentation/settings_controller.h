@@ -5,18 +5,24 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <memory>
+#include <map>
+#include <optional>
 #include <string>
 
 #include "base/error.h"
 #include "base/lease.h"
+#include "base/lifeline.h"
 #include "base/observers.h"
 #include "base/task.h"
 #include "core/records/usage_signals.h"
 #include "platform/own_bundle.h"
 #include "platform/user_notifications.h"
 #include "presentation/settings_page.h"
+#include "presentation/settings_parts.h"
+#include "settings/about_settings.h"
+#include "settings/admin_test_mode.h"
 #include "settings/login_agent_settings.h"
+#include "settings/settings_view_model.h"
 #include "workflow/status_view_model.h"
 
 namespace corvane {
@@ -37,8 +43,10 @@ struct SettingsParts {
 // Main thread. Made when the window opens, gone when it closes: edits that were not saved go with it.
 class SettingsController final : public SettingsActions {
  public:
+  // How often the helper is looked at while the window stands.
+  static constexpr Duration kLook = 5s;
+
   SettingsController(StatusViewModel& model, const WorkflowServices& services, SettingsParts parts);
-  ~SettingsController() override;
   SettingsController(const SettingsController&) = delete;
   SettingsController& operator=(const SettingsController&) = delete;
 
@@ -56,11 +64,26 @@ class SettingsController final : public SettingsActions {
   void save() override;
 
  private:
-  struct Models;
+  void changed();
+  void publish();
+  [[nodiscard]] bool isOpen(const std::string& key) const;
+  [[nodiscard]] const SettingsControl* find(const std::string& key) const;
+  void setDate(const std::string& key, const std::string& value);
+  void pressOfTestMode(const std::string& key);
 
+  WorkflowServices services_;
+  SettingsParts parts_;
+  SettingsViewModel settings_;
+  AboutSettings about_;
+  std::optional<AdminTestMode> admin_;  // absent while the mode is off: none of it can be reached then
+  SettingsWindowState window_;
+  std::map<std::string, std::int64_t, std::less<>> lastLimits_;  // of steppers that were switched off
   SettingsPage page_;
+  bool isPublishing_ = false;
   Observers observers_;
-  std::unique_ptr<Models> models_;
+  Lease workflow_;
+  Lease nextLook_;
+  Lifeline lifeline_;
 };
 
 }  // namespace corvane

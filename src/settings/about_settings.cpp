@@ -57,23 +57,35 @@ AboutSettings::AboutSettings(Services services, std::function<void()> changed)
   state_.systemVersion = systemVersion(s_.files, s_.places);
   state_.canGenerateDiagnostics = static_cast<bool>(s_.generateDiagnostics);
   state_.hasLoginAgent = s_.loginAgent != nullptr;
-  refresh();
+  look();
 }
 
 void AboutSettings::refresh() {
   const auto before = state_;
+  look();
+  if (state_ != before) changed_();
+}
+
+void AboutSettings::look() {
   state_.helperStatus = s_.installation.status();
   state_.helperOperational = s_.installation.isOperational();
-  const auto script = s_.files.read(s_.places.installomatorScript());
-  const auto tool = script ? toolVersion(*script) : std::nullopt;
-  state_.installomatorVersion = tool ? std::optional(tool->version) : std::nullopt;
-  state_.installomatorVersionDate = tool && !tool->date.empty() ? std::optional(tool->date) : std::nullopt;
+  lookAtTool();
   state_.showMenuBarIcon = s_.preferences.readPreference("ShowMenuBarIcon", defaultFlag("ShowMenuBarIcon"));
   const auto agent = s_.loginAgent != nullptr ? s_.loginAgent->choice() : LoginAgentChoice();
   state_.organizationLaunchAgentInstalled = agent.isOrganizations;
   state_.openAtLogin = agent.openAtLogin && !agent.isOrganizations;
   state_.keepAlive = agent.keepAlive && !agent.isOrganizations;
-  if (state_ != before) changed_();
+}
+
+// The script is large and seldom changes.
+void AboutSettings::lookAtTool() {
+  const auto modified = s_.files.modified(s_.places.installomatorScript());
+  if (modified && modified == toolRead_) return;
+  toolRead_ = modified;
+  const auto script = s_.files.read(s_.places.installomatorScript());
+  const auto tool = script ? toolVersion(*script) : std::nullopt;
+  state_.installomatorVersion = tool ? std::optional(tool->version) : std::nullopt;
+  state_.installomatorVersionDate = tool && !tool->date.empty() ? std::optional(tool->date) : std::nullopt;
 }
 
 void AboutSettings::askToResetHelper() {

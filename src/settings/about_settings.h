@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "base/date.h"
 #include "base/error.h"
 #include "base/lifeline.h"
 #include "base/notification_center.h"
@@ -83,6 +84,8 @@ class AboutSettings {
   void chooseLoginAgent(bool openAtLogin, bool keepAlive);
 
  private:
+  void look();
+  void lookAtTool();
   void resetHelper();
   void resetEnded(Uuid token, const Result<HelperResetResult>& answer);
   void bundleEnded(const Result<std::filesystem::path>& bundle);
@@ -91,6 +94,7 @@ class AboutSettings {
   Logger log_;
   std::function<void()> changed_;
   AboutState state_;
+  std::optional<Date> toolRead_;  // as it was changed last then
   Lifeline lifeline_;
 };
 

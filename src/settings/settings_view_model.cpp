@@ -67,10 +67,14 @@ void assign(bool& field, const PlistValue& value) { field = value.boolean().valu
 void assign(std::int64_t& field, const PlistValue& value) { field = value.integer().value_or(field); }
 
 // A pasted line break belongs to no text of one line, and neither does a NUL.
-std::string onOneLine(std::string_view typed) {
+std::string onOneLine(std::string_view typed, std::string_view inPlaceOfBreaks) {
   std::string line;
-  for (const char sign : typed)
-    if (sign != '\n' && sign != '\r' && sign != '\0') line += sign;
+  for (const char sign : typed) {
+    if (sign == '\n' || sign == '\r')
+      line += inPlaceOfBreaks;
+    else if (sign != '\0')
+      line += sign;
+  }
   return line;
 }
 
@@ -143,12 +147,16 @@ void SettingsViewModel::setValue(std::string_view key, const PlistValue& value) 
     setField(config, key, value);
 }
 
-void SettingsViewModel::setText(std::string_view key, std::string_view typed) {
+std::string SettingsViewModel::setText(std::string_view key, std::string_view typed) {
   const auto* setting = findSetting(key);
-  const bool isList =
-      setting != nullptr && (setting->type == SettingType::labelList || setting->type == SettingType::pathList);
-  if (isList) return setValue(key, canonical(*setting, PlistValue(typed)).value_or(PlistValue()));
-  setValue(key, PlistValue(onOneLine(typed)));
+  const auto type = setting != nullptr ? setting->type : SettingType::text;
+  if (type == SettingType::labelList || type == SettingType::pathList) {
+    setValue(key, canonical(*setting, PlistValue(typed)).value_or(PlistValue()));
+    return type == SettingType::pathList ? std::string(typed) : onOneLine(typed, " ");
+  }
+  auto line = onOneLine(typed, "");
+  setValue(key, PlistValue(line));
+  return line;
 }
 
 std::string SettingsViewModel::text(std::string_view key) const {

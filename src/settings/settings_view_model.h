@@ -90,8 +90,8 @@ class SettingsViewModel {
   // A value of another type and an unknown key change nothing.
   void setValue(std::string_view key, const PlistValue& value);
   // A text as it was typed: lists are taken apart at white space, paths at line ends, and line breaks that came with
-  // a pasted text are left out of all else.
-  void setText(std::string_view key, std::string_view typed);
+  // a pasted text are left out of all else. Gives the text as its field goes on showing it.
+  std::string setText(std::string_view key, std::string_view typed);
   // A list's items, with blanks or line ends between them.
   [[nodiscard]] std::string text(std::string_view key) const;
 
