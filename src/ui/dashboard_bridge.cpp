@@ -17,4 +17,8 @@ void DashboardBridge::setWindowTitle(const QString& title) {
 
 QString DashboardBridge::statusSectionTitle() const { return toQString(localized("Status")); }
 
+QString DashboardBridge::settingsTitle() const {
+  return actions_.openSettings ? toQString(localized("Settings")) : QString();
+}
+
 }  // namespace corvane::ui

@@ -19,8 +19,8 @@ Duration untilItsNextMinute(Date moment, Date now) { return (moment - now) % kDa
 }  // namespace
 
 DashboardController::DashboardController(StatusViewModel& model, const WorkflowServices& services, PromptBridge& prompt,
-                                         WindowActions host)
-    : model_(model), services_(services), host_(std::move(host)), bridge_(actions(), prompt) {
+                                         WindowActions host, std::function<void()> openSettings)
+    : model_(model), services_(services), host_(std::move(host)), bridge_(actions(std::move(openSettings)), prompt) {
   changes_ = model_.observe([this] { refresh(); });
   refresh();
 }
@@ -62,7 +62,7 @@ std::map<Label, ExpandedHistory> DashboardController::expandedHistories() {
   return histories;
 }
 
-DashboardActions DashboardController::actions() {
+DashboardActions DashboardController::actions(std::function<void()> openSettings) {
   return {.discoverInstalledApps =
               [this] { whenIdle("discoverInstalledApps", [this] { model_.discoverInstalledApps(); }); },
           .checkForUpdates = [this] { whenIdle("checkForUpdates", [this] { model_.checkForUpdates(); }); },
@@ -79,7 +79,8 @@ DashboardActions DashboardController::actions() {
           .openHelperSettings = [this] { services_.installation.openLoginItemsSettings(); },
           .resetHelper = [this] { model_.resetHelper(false); },
           .updateItself = host_.updateItself,
-          .dismissSelfUpdate = [this] { dismissSelfUpdate(); }};
+          .dismissSelfUpdate = [this] { dismissSelfUpdate(); },
+          .openSettings = std::move(openSettings)};
 }
 
 // The page hears of a start in a later turn: a second click may come before its button is disabled.

@@ -94,7 +94,8 @@ struct DashboardWindowTest : ::testing::Test {
                            .openHelperSettings = [this] { heard_ += "settings "; },
                            .resetHelper = [this] { heard_ += "reset "; },
                            .updateItself = [this] { heard_ += "itself "; },
-                           .dismissSelfUpdate = [this] { heard_ += "dismiss "; }},
+                           .dismissSelfUpdate = [this] { heard_ += "dismiss "; },
+                           .openSettings = [this] { heard_ += "openSettings "; }},
                           prompt_};
   DashboardWindow window_{bridge_};
   PageState state_;
@@ -199,6 +200,12 @@ TEST_F(DashboardWindowTest, theFilterIsChosenByMouseAndByArrows) {
   ASSERT_NE(window_.window()->activeFocusItem(), nullptr);
   press(Qt::Key_Right);
   EXPECT_EQ(heard(), "filter:alerts ") << "the focus is still on the filter";
+}
+
+TEST_F(DashboardWindowTest, theSettingsOpenByTheirButtonAndTheirShortcut) {
+  click(item("openSettings"));
+  press(Qt::Key_Comma, Qt::ControlModifier);
+  EXPECT_EQ(heard(), "openSettings openSettings ");
 }
 
 TEST_F(DashboardWindowTest, shortcutsCheckForUpdates) {
