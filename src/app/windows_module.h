@@ -14,6 +14,7 @@ class UvMainLoop;
 class DeferralPromptController;
 struct DeferralPromptPage;
 class InstallConfirmationController;
+struct SettingsParts;
 
 // What the windows can cause beyond the model's operations. One that is absent is not offered.
 struct WindowActions {
@@ -30,6 +31,8 @@ struct WindowsHost {
   PromptWindows& promptWindows;
   InstallConfirmationController& confirmation;
   WindowActions actions{};
+  // What the settings window is made of, each time it opens; null where there is none to be opened.
+  const SettingsParts* settings = nullptr;
   // Told when a window comes to the front, and when none of ours is there any more.
   std::function<void(bool)> activeChanged = [](bool) {};
 };

@@ -23,10 +23,10 @@ StepState helperStepState(const HelperFields& helper, HelperStatus status) {
 // "45 seconds", "1 minute, 30 seconds".
 std::string elapsedText(Duration elapsed, const Locale& locale) {
   const auto seconds = std::max<std::int64_t>(std::chrono::floor<std::chrono::seconds>(elapsed).count(), 0);
-  const auto rest = fmt::format(fmt::runtime(localized(seconds % 60 == 1 ? "{} second" : "{} seconds")), seconds % 60);
+  const auto rest = localized(seconds % 60 == 1 ? "{} second" : "{} seconds", seconds % 60);
   if (seconds < 60) return rest;
   const auto minutes = locale.duration(seconds / 60, DurationUnit::minute);
-  return seconds % 60 == 0 ? minutes : fmt::format(fmt::runtime(localized("{}, {}")), minutes, rest);
+  return seconds % 60 == 0 ? minutes : localized("{}, {}", minutes, rest);
 }
 
 PageButton control(std::string text, bool enabled = true, std::string help = {}) {
@@ -74,9 +74,8 @@ Made installomatorStep(const FirstRunSetupInputs& inputs, const PageTexts& texts
   if (elapsed < kStillDownloading)
     made.description = localized("Downloading Installomator into /Library/Application Support/Corvane…");
   else if (elapsed < kLongerThanUsual)
-    made.description = fmt::format(
-        fmt::runtime(localized("Still downloading Installomator into /Library/Application Support/Corvane… ({})")),
-        elapsedText(elapsed, inputs.locale));
+    made.description = localized("Still downloading Installomator into /Library/Application Support/Corvane… ({})",
+                                 elapsedText(elapsed, inputs.locale));
   else
     made.description = texts.text(
         "This is taking longer than usual ({}). The root helper retries the download every 60 seconds. Tap Reveal Log "

@@ -84,7 +84,7 @@ std::string deferralsText(std::int64_t count, const Locale& locale) {
 std::string measured(const StepperRule& rule, std::int64_t value, const Locale& locale) {
   switch (rule.unit) {
     case Unit::seconds:
-      if (value < 60) return fmt::format(fmt::runtime(localized("{} seconds")), locale.number(value));
+      if (value < 60) return localized("{} seconds", locale.number(value));
       return hoursAndMinutesText(value / 60, locale);
     case Unit::minutes:
       return hoursAndMinutesText(value, locale);
@@ -139,7 +139,7 @@ std::string hoursAndMinutesText(std::int64_t minutes, const Locale& locale) {
   if (minutes < 60) return locale.duration(minutes, DurationUnit::minute);
   auto hours = locale.duration(minutes / 60, DurationUnit::hour);
   if (minutes % 60 == 0) return hours;
-  return fmt::format(fmt::runtime(localized("{}, {}")), hours, locale.duration(minutes % 60, DurationUnit::minute));
+  return localized("{}, {}", hours, locale.duration(minutes % 60, DurationUnit::minute));
 }
 
 std::string settingProblem(const SettingsViewModel& model, std::string_view key) {
@@ -152,12 +152,12 @@ std::string settingProblem(const SettingsViewModel& model, std::string_view key)
     return localized("This is no web address that begins with https://; nothing is sent to it.");
   if (setting->type == SettingType::labelList) {
     if (const auto wrong = firstWrongLabel(model.value(key)))
-      return fmt::format(fmt::runtime(localized("“{}” is no label and no pattern of labels.")), *wrong);
+      return localized("“{}” is no label and no pattern of labels.", *wrong);
   }
   if (key == "SelfUpdateLabel" && text.empty())
-    return fmt::format(fmt::runtime(localized("Without a label {} is used.")), defaultText("SelfUpdateLabel"));
+    return localized("Without a label {} is used.", defaultText("SelfUpdateLabel"));
   if (key == "SelfUpdateLabel" && !std::ranges::all_of(text, [](char sign) { return isOneOf(sign, "_-.+"); }))
-    return fmt::format(fmt::runtime(localized("“{}” is no label.")), text);
+    return localized("“{}” is no label.", text);
   if (key == "GitHubAPIToken" && text.find_first_of(" \t") != std::string::npos)
     return localized("A token holds no blanks; it is probably not whole, or more than a token.");
   return {};

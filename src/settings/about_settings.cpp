@@ -124,8 +124,7 @@ void AboutSettings::resetEnded(Uuid token, const Result<HelperResetResult>& answ
     outcome = outcomeOf(*answer);
   } else {
     const auto& error = answer.error();
-    outcome.text = fmt::format(fmt::runtime(localized("Reset Helper failed: {} (domain: {}, code: {})")), error.text,
-                               error.domain, error.code);
+    outcome.text = localized("Reset Helper failed: {} (domain: {}, code: {})", error.text, error.domain, error.code);
     log_.error(fmt::format("Reset Helper failed: {} (domain: {}, code: {})", error.text, error.domain, error.code));
   }
   s_.installation.endReset(token);

@@ -21,4 +21,8 @@ void DashboardBridge::copyText(const QString& text) { QGuiApplication::clipboard
 
 QString DashboardBridge::statusSectionTitle() const { return toQString(localized("Status")); }
 
+QString DashboardBridge::settingsTitle() const {
+  return actions_.openSettings ? toQString(localized("Settings")) : QString();
+}
+
 }  // namespace corvane::ui

@@ -12,7 +12,7 @@
 
 namespace corvane::ui {
 
-// What the page can ask for. Labels by their text. Only updateItself may be absent.
+// What the page can ask for. Labels by their text. Only updateItself and openSettings may be absent.
 struct DashboardActions {
   std::function<void()> discoverInstalledApps;
   std::function<void()> checkForUpdates;
@@ -30,6 +30,7 @@ struct DashboardActions {
   std::function<void()> dismissSelfUpdate;
   std::function<void(const std::string& key)> setupStep;
   std::function<void()> finishSetup;
+  std::function<void()> openSettings;
 };
 
 class DashboardBridge final : public QObject {
@@ -41,6 +42,7 @@ class DashboardBridge final : public QObject {
   Q_PROPERTY(corvane::ui::PromptBridge* prompt READ prompt CONSTANT)
   Q_PROPERTY(QString windowTitle READ windowTitle WRITE setWindowTitle NOTIFY windowTitleChanged)
   Q_PROPERTY(QString statusSectionTitle READ statusSectionTitle CONSTANT)
+  Q_PROPERTY(QString settingsTitle READ settingsTitle CONSTANT)
 
  public:
   // `prompt` outlives it.
@@ -58,6 +60,8 @@ class DashboardBridge final : public QObject {
   [[nodiscard]] PromptBridge* prompt() const { return &prompt_; }
   [[nodiscard]] QString windowTitle() const { return windowTitle_; }
   [[nodiscard]] QString statusSectionTitle() const;
+  // Of the button that opens them; empty where there are none.
+  [[nodiscard]] QString settingsTitle() const;
 
   Q_INVOKABLE void discoverInstalledApps() { actions_.discoverInstalledApps(); }
   Q_INVOKABLE void checkForUpdates() { actions_.checkForUpdates(); }
@@ -78,6 +82,9 @@ class DashboardBridge final : public QObject {
   Q_INVOKABLE void dismissSelfUpdate() { actions_.dismissSelfUpdate(); }
   Q_INVOKABLE void setupStep(const QString& key) { actions_.setupStep(key.toStdString()); }
   Q_INVOKABLE void finishSetup() { actions_.finishSetup(); }
+  Q_INVOKABLE void openSettings() {
+    if (actions_.openSettings) actions_.openSettings();
+  }
 
  Q_SIGNALS:
   void windowTitleChanged();

@@ -20,11 +20,11 @@ Duration untilItsNextMinute(Date moment, Date now) { return (moment - now) % kDa
 }  // namespace
 
 DashboardController::DashboardController(StatusViewModel& model, const WorkflowServices& services, PromptBridge& prompt,
-                                         WindowActions host)
+                                         WindowActions host, std::function<void()> openSettings)
     : model_(model),
       services_(services),
       host_(std::move(host)),
-      bridge_(actions(), prompt),
+      bridge_(actions(std::move(openSettings)), prompt),
       setup_(model, services, host_.revealLog) {
   setupChanges_ = setup_.observe([this] { bridge_.setSetupPage(setup_.page()); });
   bridge_.setSetupPage(setup_.page());
@@ -82,7 +82,7 @@ std::map<Label, Explanation> DashboardController::explanations() const {
   return told;
 }
 
-DashboardActions DashboardController::actions() {
+DashboardActions DashboardController::actions(std::function<void()> openSettings) {
   return {.discoverInstalledApps =
               [this] { whenIdle("discoverInstalledApps", [this] { model_.discoverInstalledApps(); }); },
           .checkForUpdates = [this] { whenIdle("checkForUpdates", [this] { model_.checkForUpdates(); }); },
@@ -102,7 +102,8 @@ DashboardActions DashboardController::actions() {
           .updateItself = host_.updateItself,
           .dismissSelfUpdate = [this] { dismissSelfUpdate(); },
           .setupStep = [this](const std::string& key) { setup_.act(key); },
-          .finishSetup = [this] { setup_.finish(); }};
+          .finishSetup = [this] { setup_.finish(); },
+          .openSettings = std::move(openSettings)};
 }
 
 // The page hears of a start in a later turn: a second click may come before its button is disabled.

@@ -1,6 +1,7 @@
 // Ties the dashboard to the model: a change of the model makes a new page, an action calls an operation.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -18,8 +19,9 @@ namespace corvane::ui {
 // Main thread. Holds the page's own state: which rows are expanded, and a dismissed banner.
 class DashboardController {
  public:
+  // `openSettings` may be absent.
   DashboardController(StatusViewModel& model, const WorkflowServices& services, PromptBridge& prompt,
-                      WindowActions host);
+                      WindowActions host, std::function<void()> openSettings = {});
 
   [[nodiscard]] DashboardBridge& bridge() { return bridge_; }
 
@@ -27,7 +29,7 @@ class DashboardController {
   void refresh();
 
  private:
-  [[nodiscard]] DashboardActions actions();
+  [[nodiscard]] DashboardActions actions(std::function<void()> openSettings);
   void whenIdle(std::string_view name, const std::function<void()>& start);
   void updateApp(const std::string& label);
   void toggleHistory(const Label& label);

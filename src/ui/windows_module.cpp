@@ -3,6 +3,8 @@
 
 #include <QGuiApplication>
 #include <QQuickWindow>
+#include <functional>
+#include <optional>
 
 #include "platform/qt/qt_main_loop.h"
 #include "platform/uv/uv_main_loop.h"
@@ -13,6 +15,7 @@
 #include "ui/desktop_appearance.h"
 #include "ui/page_engine.h"
 #include "ui/prompt_surface.h"
+#include "ui/settings_surface.h"
 #include "ui/windows_application.h"
 
 namespace corvane::ui {
@@ -34,13 +37,20 @@ int runWindows(WindowsHost& host) {
   QtMainLoop loop(host.loop);
   PromptSurface prompt(host.prompt, host.services);
   ConfirmationSurface confirmation(host.confirmation, host.services);
-  DashboardController controller(host.model, host.services, prompt.bridge(), host.actions);
+  std::optional<SettingsSurface> settings;
+  std::function<void()> openSettings;
+  if (host.settings != nullptr) {
+    settings.emplace(host.model, host.services, *host.settings, prompt.bridge());
+    openSettings = [&settings] { settings->open(); };
+  }
+  DashboardController controller(host.model, host.services, prompt.bridge(), host.actions, openSettings);
   DashboardWindow window(controller.bridge());
   if (!window.ok()) return 1;
   const DesktopAppearance appearance([&](const Appearance& wanted) {
     window.setAppearance(wanted);
     prompt.panel().setAppearance(wanted);
     confirmation.panel().setAppearance(wanted);
+    if (settings) settings->setAppearance(wanted);
   });
   host.promptWindows.attach(&prompt);
   const Lease detached([&] { host.promptWindows.attach(nullptr); });

@@ -13,7 +13,7 @@ namespace corvane::explained {
 
 template <class... Args>
 [[nodiscard]] std::string worded(std::string_view literal, const Args&... args) {
-  return fmt::format(fmt::runtime(localized(literal)), args...);
+  return localized(literal, args...);
 }
 
 // A setting that is named beside a step.

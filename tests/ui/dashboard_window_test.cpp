@@ -100,7 +100,8 @@ struct DashboardWindowTest : ::testing::Test {
                            .updateItself = [this] { heard_ += "itself "; },
                            .dismissSelfUpdate = [this] { heard_ += "dismiss "; },
                            .setupStep = [this](const std::string& key) { heard_ += "step:" + key + " "; },
-                           .finishSetup = [this] { heard_ += "finish "; }},
+                           .finishSetup = [this] { heard_ += "finish "; },
+                           .openSettings = [this] { heard_ += "openSettings "; }},
                           prompt_};
   DashboardWindow window_{bridge_};
   PageState state_;
@@ -245,6 +246,12 @@ TEST_F(DashboardWindowTest, theFilterIsChosenByMouseAndByArrows) {
   ASSERT_NE(window_.window()->activeFocusItem(), nullptr);
   press(Qt::Key_Right);
   EXPECT_EQ(heard(), "filter:alerts ") << "the focus is still on the filter";
+}
+
+TEST_F(DashboardWindowTest, theSettingsOpenByTheirButtonAndTheirShortcut) {
+  click(item("openSettings"));
+  press(Qt::Key_Comma, Qt::ControlModifier);
+  EXPECT_EQ(heard(), "openSettings openSettings ");
 }
 
 TEST_F(DashboardWindowTest, shortcutsCheckForUpdates) {

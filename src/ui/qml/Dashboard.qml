@@ -30,6 +30,12 @@ ApplicationWindow {
         onActivated: window.close()
     }
 
+    Shortcut {
+        sequences: [StandardKey.Preferences, "Ctrl+,"]
+        enabled: window.bridge.settingsTitle !== ""
+        onActivated: window.bridge.openSettings()
+    }
+
     readonly property bool compact: width < 760
 
     PromptOverlay {
@@ -77,6 +83,14 @@ ApplicationWindow {
                     }
                 }
                 Item { Layout.fillHeight: true }
+                IconButton {
+                    objectName: "openSettings"
+                    visible: window.bridge.settingsTitle !== ""
+                    symbol: "gearshape"
+                    text: window.bridge.settingsTitle
+                    help: text
+                    onClicked: window.bridge.openSettings()
+                }
                 RowLayout {
                     Layout.fillWidth: true
                     Layout.margins: Theme.inset
