@@ -10,12 +10,12 @@ namespace {
 std::string workText(const GateFields& gate, const PageTexts& texts) {
   if (gate.isPatching) {
     return gate.currentOperation == DiscoveryOperation::patchBackground || gate.helperPassOwnsPatchingState
-               ? texts.text("Background patching in progress...")
-               : texts.text("Patching in progress...");
+               ? texts.localized("Background patching in progress...")
+               : texts.localized("Patching in progress...");
   }
   if (!gate.isLoading) return {};
-  return gate.currentOperation == DiscoveryOperation::checkUpdates ? texts.text("Checking for updates...")
-                                                                   : texts.text("Discovering applications...");
+  return gate.currentOperation == DiscoveryOperation::checkUpdates ? texts.localized("Checking for updates...")
+                                                                   : texts.localized("Discovering applications...");
 }
 
 PageMessage workLine(const GateFields& gate, const PageTexts& texts) {
@@ -42,18 +42,18 @@ DashboardPage makeDashboardPage(const DashboardInputs& inputs) {
   const bool idle = !isBusy(fields);
 
   DashboardPage page;
-  page.title = texts.text("Status Dashboard");
-  page.subtitle = texts.text("Application update status and patching information");
-  page.discover = {.text = texts.text("Discover Applications"),
-                   .help = texts.text("Scan for installed applications"),
+  page.title = texts.localized("Status Dashboard");
+  page.subtitle = texts.localized("Application update status and patching information");
+  page.discover = {.text = texts.localized("Discover Applications"),
+                   .help = texts.localized("Scan for installed applications"),
                    .visible = true,
                    .enabled = idle};
-  page.check = {.text = texts.text("Check for Updates"),
-                .help = texts.text("Scan for installed applications and look up their latest versions"),
+  page.check = {.text = texts.localized("Check for Updates"),
+                .help = texts.localized("Scan for installed applications and look up their latest versions"),
                 .visible = true,
                 .enabled = idle};
-  page.updateAll = {.text = texts.text("Update All"),
-                    .help = texts.text("Install all pending updates"),
+  page.updateAll = {.text = texts.localized("Update All"),
+                    .help = texts.localized("Install all pending updates"),
                     .visible = true,
                     .enabled = idle && hasSomethingToUpdate(fields.inventory)};
   page.workLine = workLine(fields.gate, texts);
@@ -63,14 +63,14 @@ DashboardPage makeDashboardPage(const DashboardInputs& inputs) {
   page.cards = makeStatusCards(fields, texts);
   page.timestamps = makeTimestampPills(inputs, texts);
   page.nextStep = makeNextStep(inputs);
-  page.filterLabel = texts.text("Filter:");
+  page.filterLabel = texts.localized("Filter:");
   page.filters = makeFilterSegments(fields.filterMode, texts);
-  page.recheckAll = {
-      .text = texts.text("Re-check All Alerts"),
-      .help = texts.text("Re-run the latest-version check for every app currently in the Alerts bucket. Useful after a "
+  page.recheckAll = {.text = texts.localized("Re-check All Alerts"),
+                     .help = texts.localized(
+                         "Re-run the latest-version check for every app currently in the Alerts bucket. Useful after a "
                          "transient network or rate-limit issue."),
-      .visible = fields.filterMode == FilterMode::alerts && !inputs.listed.empty(),
-      .enabled = idle};
+                     .visible = fields.filterMode == FilterMode::alerts && !inputs.listed.empty(),
+                     .enabled = idle};
   page.empty = makeEmptyState(inputs, texts);
   page.helperBanner = makeHelperSetupBanner(inputs, texts);
   page.selfUpdateBanner = makeSelfUpdateBanner(inputs, texts);

@@ -44,7 +44,7 @@ std::string versionText(const PatchingReceipt& receipt, const PageTexts& texts) 
   auto version = receipt.version.value_or("");
   const auto target = receipt.targetVersion.value_or("");
   if (receipt.status == PatchingStatus::failure && !target.empty() && target != version)
-    return texts.text("Tried {}", target);
+    return texts.localized("Tried {}", target);
   return version;
 }
 
@@ -52,15 +52,15 @@ std::string detailText(const PatchingReceipt& receipt, const PageTexts& texts) {
   if (receipt.status != PatchingStatus::failure) return {};
   const auto code = receipt.installomatorExitCode;
   const auto detail = InstallomatorExitCode::detail(code, receipt.usedStagedInstaller.value_or(false));
-  return texts.text("{} (Installomator exit {})", detail.description, code);
+  return texts.localized("{} (Installomator exit {})", detail.description, code);
 }
 
 }  // namespace
 
 void fillHistory(AppStatusRow& row, const ExpandedHistory& history, const DashboardInputs& inputs,
                  const PageTexts& texts) {
-  row.receiptsTitle = texts.text("Recent patches");
-  if (history.receipts.empty()) row.receiptsEmptyText = texts.text("No patches recorded for this label yet.");
+  row.receiptsTitle = texts.localized("Recent patches");
+  if (history.receipts.empty()) row.receiptsEmptyText = texts.localized("No patches recorded for this label yet.");
   for (const auto& receipt : history.receipts) {
     const auto look = lookOf(receipt.status);
     row.receipts.push_back({.key = iso8601Utc(receipt.timestamp) + "#" + fmt::to_string(row.receipts.size()),
@@ -70,11 +70,11 @@ void fillHistory(AppStatusRow& row, const ExpandedHistory& history, const Dashbo
                             .version = versionText(receipt, texts),
                             .detail = detailText(receipt, texts)});
   }
-  if (!history.events.empty()) row.eventsTitle = texts.text("Deferral events");
+  if (!history.events.empty()) row.eventsTitle = texts.localized("Deferral events");
   for (const auto& event : history.events) {
     row.events.push_back({.key = event.id.text(),
                           .symbol = std::string(symbolOf(event.eventType)),
-                          .text = texts.text(displayText(event.eventType)),
+                          .text = texts.localized(displayText(event.eventType)),
                           .time = momentText(event.timestamp, inputs.now, inputs.locale)});
   }
 }

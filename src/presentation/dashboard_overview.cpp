@@ -37,13 +37,13 @@ bool countsAreBeingRenewed(const StatusFields& fields) {
 StatusCard pendingCard(const InventoryFields& inventory, const PageTexts& texts) {
   if (inventory.cycleCompletionMessage && inventory.updatesAwaitingNextCycle >= 1) {
     return {.key = "pending",
-            .title = texts.text("New Updates"),
+            .title = texts.localized("New Updates"),
             .value = fmt::to_string(inventory.updatesAwaitingNextCycle),
             .icon = "arrow.down.circle",
             .color = ColorRole::blue};
   }
   return {.key = "pending",
-          .title = texts.text("Pending Updates"),
+          .title = texts.localized("Pending Updates"),
           .value = fmt::to_string(inventory.pendingUpdates),
           .icon = "arrow.down.circle.fill",
           .color = inventory.pendingUpdates > 0 ? ColorRole::orange : ColorRole::secondary};
@@ -68,12 +68,12 @@ std::vector<StatusCard> makeStatusCards(const StatusFields& fields, const PageTe
   const auto& inventory = fields.inventory;
   std::vector<StatusCard> cards{pendingCard(inventory, texts),
                                 {.key = "upToDate",
-                                 .title = texts.text("Up to Date"),
+                                 .title = texts.localized("Up to Date"),
                                  .value = fmt::to_string(inventory.upToDateCount),
                                  .icon = "checkmark.circle.fill",
                                  .color = ColorRole::green},
                                 {.key = "alerts",
-                                 .title = texts.text("Alerts"),
+                                 .title = texts.localized("Alerts"),
                                  .value = fmt::to_string(inventory.alertCount),
                                  .icon = "exclamationmark.triangle.fill",
                                  .color = inventory.alertCount > 0 ? ColorRole::red : ColorRole::secondary}};
@@ -89,24 +89,24 @@ std::vector<StatusCard> makeStatusCards(const StatusFields& fields, const PageTe
 std::vector<TimestampPill> makeTimestampPills(const DashboardInputs& inputs, const PageTexts& texts) {
   const auto& inventory = inputs.fields.inventory;
   const auto moment = [&](std::optional<Date> date) {
-    return date ? momentText(*date, inputs.now, inputs.locale) : texts.text("Never");
+    return date ? momentText(*date, inputs.now, inputs.locale) : texts.localized("Never");
   };
   const auto valueColor = [](std::optional<Date> date) { return date ? ColorRole::primary : ColorRole::secondary; };
   std::vector<TimestampPill> pills{{.key = "discovery",
                                     .icon = "magnifyingglass",
-                                    .label = texts.text("Last Discovery"),
+                                    .label = texts.localized("Last Discovery"),
                                     .timestamp = moment(inventory.lastDiscoveryDate),
                                     .valueColor = valueColor(inventory.lastDiscoveryDate)},
                                    {.key = "check",
                                     .icon = "arrow.triangle.2.circlepath",
-                                    .label = texts.text("Last Check for Updates"),
+                                    .label = texts.localized("Last Check for Updates"),
                                     .timestamp = moment(inventory.lastUpdateCheckDate),
                                     .valueColor = valueColor(inventory.lastUpdateCheckDate)}};
   if (const auto deadline = inputs.fields.deferral.currentHardDeadlineDate) {
     const auto color = deadlineColor(*deadline, inputs.now);
     pills.push_back({.key = "deadline",
                      .icon = "calendar",
-                     .label = texts.text("Update Deadline"),
+                     .label = texts.localized("Update Deadline"),
                      .timestamp = moment(deadline),
                      .iconColor = color == ColorRole::primary ? ColorRole::secondary : color,
                      .valueColor = color});
@@ -115,7 +115,7 @@ std::vector<TimestampPill> makeTimestampPills(const DashboardInputs& inputs, con
   if (enforcement != nullptr) {
     pills.push_back({.key = "enforcement",
                      .icon = "timer",
-                     .label = texts.text("Installs Automatically"),
+                     .label = texts.localized("Installs Automatically"),
                      .timestamp = moment(enforcement->at),
                      .iconColor = ColorRole::orange,
                      .valueColor = ColorRole::orange});
@@ -140,8 +140,8 @@ std::vector<FilterSegment> makeFilterSegments(FilterMode selected, const PageTex
   std::vector<FilterSegment> segments;
   for (const auto& filter : kFilters) {
     segments.push_back({.key = std::string(rawName(filter.mode)),
-                        .text = texts.text(filter.text),
-                        .help = texts.text(filter.help),
+                        .text = texts.localized(filter.text),
+                        .help = texts.localized(filter.help),
                         .selected = filter.mode == selected});
   }
   return segments;
@@ -153,21 +153,23 @@ EmptyState makeEmptyState(const DashboardInputs& inputs, const PageTexts& texts)
   EmptyState empty{.visible = true, .symbol = "magnifyingglass"};
   if (!inventory.apps.empty()) {
     for (const auto& filter : kFilters)
-      if (filter.mode == inputs.fields.filterMode) empty.title = texts.text(filter.nothing);
-    empty.showAll = {
-        .text = texts.text("Show All"), .help = texts.text("Show every application"), .visible = true, .enabled = true};
+      if (filter.mode == inputs.fields.filterMode) empty.title = texts.localized(filter.nothing);
+    empty.showAll = {.text = texts.localized("Show All"),
+                     .help = texts.localized("Show every application"),
+                     .visible = true,
+                     .enabled = true};
     return empty;
   }
-  empty.check = {.text = texts.text("Check for Updates"),
-                 .help = texts.text("Scan for installed applications and look up their latest versions"),
+  empty.check = {.text = texts.localized("Check for Updates"),
+                 .help = texts.localized("Scan for installed applications and look up their latest versions"),
                  .visible = true,
                  .enabled = !isBusy(inputs.fields)};
   if (inventory.lastDiscoveryDate || inventory.lastUpdateCheckDate) {
-    empty.title = texts.text("No applicable applications discovered");
-    empty.text = texts.text("Corvane keeps checking in the background. Click Check for Updates to scan now.");
+    empty.title = texts.localized("No applicable applications discovered");
+    empty.text = texts.localized("Corvane keeps checking in the background. Click Check for Updates to scan now.");
   } else {
-    empty.title = texts.text("No applications discovered yet");
-    empty.text = texts.text("Click Check for Updates to scan installed apps and check for available updates.");
+    empty.title = texts.localized("No applications discovered yet");
+    empty.text = texts.localized("Click Check for Updates to scan installed apps and check for available updates.");
   }
   return empty;
 }

@@ -31,8 +31,8 @@ struct RowFacts {
 };
 
 std::string versionText(const AppInfo& app, const PageTexts& texts) {
-  if (const auto version = app.displayCurrentVersion()) return texts.text("Installed: {}", *version);
-  return app.isInstalled() ? std::string() : texts.text("Not installed (required)");
+  if (const auto version = app.displayCurrentVersion()) return texts.localized("Installed: {}", *version);
+  return app.isInstalled() ? std::string() : texts.localized("Not installed (required)");
 }
 
 struct StatusLine {
@@ -43,18 +43,18 @@ struct StatusLine {
 
 StatusLine statusLine(const RowFacts& row, const PageTexts& texts) {
   const auto latest = row.app.displayNewVersion();
-  if (row.app.teamIDMismatch) return {texts.text("Signature mismatch—won't update"), ColorRole::orange, {}};
-  if (row.leavesUpdatesToAppStore) return {texts.text("Updated by the App Store"), ColorRole::secondary, {}};
-  if (row.isForcedReinstall) return {texts.text("Required reinstall"), ColorRole::orange, {}};
+  if (row.app.teamIDMismatch) return {texts.localized("Signature mismatch—won't update"), ColorRole::orange, {}};
+  if (row.leavesUpdatesToAppStore) return {texts.localized("Updated by the App Store"), ColorRole::secondary, {}};
+  if (row.isForcedReinstall) return {texts.localized("Required reinstall"), ColorRole::orange, {}};
   if (!latest && row.app.updateCheckFailed)
-    return {texts.text("Couldn't retrieve latest version"), ColorRole::orange, {}};
+    return {texts.localized("Couldn't retrieve latest version"), ColorRole::orange, {}};
   if (!latest) return {};
-  StatusLine line{.text = texts.text("Latest: {}", *latest),
+  StatusLine line{.text = texts.localized("Latest: {}", *latest),
                   .color = row.hasUpdate ? ColorRole::orange : ColorRole::secondary};
   if (row.failureLimitHold)
-    line.failure = texts.text("Skipped until the next cycle");
+    line.failure = texts.localized("Skipped until the next cycle");
   else if (row.installFailure)
-    line.failure = texts.text("Last update failed");
+    line.failure = texts.localized("Last update failed");
   return line;
 }
 
@@ -65,8 +65,8 @@ struct StatusIcon {
 };
 
 std::string mismatchHelp(const AppInfo& app, const PageTexts& texts) {
-  const auto unknown = texts.text("unknown");
-  return texts.text(
+  const auto unknown = texts.localized("unknown");
+  return texts.localized(
       "This bundle is signed by a different vendor than the Installomator label expects (expected {}, found {}). "
       "Corvane "
       "won't auto-update sideloaded or third-party-signed builds.",
@@ -76,12 +76,12 @@ std::string mismatchHelp(const AppInfo& app, const PageTexts& texts) {
 // `text` and, behind `between`, the reason of the last failed check when there is one.
 std::string withLastFailure(std::string text, std::string_view between, const AppInfo& app, const PageTexts& texts) {
   if (!app.updateCheckFailureReason || app.updateCheckFailureReason->empty()) return text;
-  return text + std::string(between) + texts.text("Last failure: {}", *app.updateCheckFailureReason);
+  return text + std::string(between) + texts.localized("Last failure: {}", *app.updateCheckFailureReason);
 }
 
 std::string failureHelp(const RowFacts& row, const DashboardInputs& inputs, const PageTexts& texts) {
   if (row.failureLimitHold) {
-    return texts.text(
+    return texts.localized(
         "Corvane stopped trying after {} failed updates. It tries again after the next cycle starts or when a new "
         "version "
         "is released. Click Update to try now.",
@@ -91,19 +91,20 @@ std::string failureHelp(const RowFacts& row, const DashboardInputs& inputs, cons
   const auto& receipt = *row.installFailure;
   const auto detail =
       InstallomatorExitCode::detail(receipt.installomatorExitCode, receipt.usedStagedInstaller.value_or(false));
-  return texts.text("The last update failed ({}) {}", detail.shortName,
-                    momentText(receipt.timestamp, inputs.now, inputs.locale));
+  return texts.localized("The last update failed ({}) {}", detail.shortName,
+                         momentText(receipt.timestamp, inputs.now, inputs.locale));
 }
 
 StatusIcon statusIcon(const RowFacts& row, const DashboardInputs& inputs, const PageTexts& texts) {
   constexpr auto kWarning = "exclamationmark.triangle.fill";
   if (row.app.teamIDMismatch) return {"lock.shield.fill", ColorRole::orange, mismatchHelp(row.app, texts)};
   if (row.leavesUpdatesToAppStore) {
-    return {"bag.fill", ColorRole::secondary,
-            texts.text("Updated by the App Store. Corvane leaves this copy alone unless IGNORE_APP_STORE_APPS=yes.")};
+    return {
+        "bag.fill", ColorRole::secondary,
+        texts.localized("Updated by the App Store. Corvane leaves this copy alone unless IGNORE_APP_STORE_APPS=yes.")};
   }
   if (row.app.updateCheckFailed) {
-    auto help = texts.text(
+    auto help = texts.localized(
         "Corvane couldn't determine the latest version. The Update Now action is unavailable until a re-check "
         "succeeds.");
     return {kWarning, ColorRole::orange, withLastFailure(std::move(help), "\n\n", row.app, texts)};
@@ -123,10 +124,10 @@ std::string progressText(const AppInfo& app, const StatusFields& fields, const P
   const auto current = progress->currentLabel.value_or(labels.front());
   if (current == app.label) {
     const auto& prompt = fields.blockingPrompt.blockingPromptAppName;
-    return prompt && !prompt->empty() ? waitingForQuitText(*prompt) : texts.text("Updating…");
+    return prompt && !prompt->empty() ? waitingForQuitText(*prompt) : texts.localized("Updating…");
   }
   const bool isDone = place - labels.begin() < progress->done;
-  return isDone ? std::string() : texts.text("Waiting…");
+  return isDone ? std::string() : texts.localized("Waiting…");
 }
 
 std::string spokenText(const AppStatusRow& row) {
@@ -159,26 +160,28 @@ AppStatusRow makeAppStatusRow(const AppInfo& app, const DashboardInputs& inputs,
   row.statusIconColor = icon.color;
   row.statusIconHelp = std::move(icon.help);
   row.recheck = {
-      .text = texts.text("Re-check"),
-      .help = withLastFailure(texts.text("Re-check the latest available version for this app"), ".\n", app, texts),
+      .text = texts.localized("Re-check"),
+      .help = withLastFailure(texts.localized("Re-check the latest available version for this app"), ".\n", app, texts),
       .visible = app.updateCheckFailed,
       .enabled = app.updateCheckFailed && !busy};
   const bool offersUpdate = facts.hasUpdate && !app.teamIDMismatch && !app.updateCheckFailed;
-  row.update = {.text = texts.text("Update"),
-                .help = texts.text("Update this application now"),
+  row.update = {.text = texts.localized("Update"),
+                .help = texts.localized("Update this application now"),
                 .visible = offersUpdate,
                 .enabled = offersUpdate && !busy};
   row.progressText = progressText(app, inputs.fields, texts);
   row.spokenText = spokenText(row);
   row.isExpanded = expanded != inputs.expanded.end();
-  row.expanderHelp = row.isExpanded ? texts.text("Hide patch history") : texts.text("Show recent patch history");
+  row.expanderHelp =
+      row.isExpanded ? texts.localized("Hide patch history") : texts.localized("Show recent patch history");
   if (row.isExpanded) fillHistory(row, expanded->second, inputs, texts);
   const auto explained = inputs.explained.find(app.label);
   const bool tellsWhy = explained != inputs.explained.end();
-  row.whyButton = {.text = texts.text("Why?"),
-                   .help = tellsWhy ? texts.text("Hide why") : texts.text("Why it is so, and what happens next"),
-                   .visible = true,
-                   .enabled = true};
+  row.whyButton = {
+      .text = texts.localized("Why?"),
+      .help = tellsWhy ? texts.localized("Hide why") : texts.localized("Why it is so, and what happens next"),
+      .visible = true,
+      .enabled = true};
   if (tellsWhy) fillWhy(row, explained->second, texts);
   return row;
 }

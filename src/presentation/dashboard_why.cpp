@@ -20,8 +20,10 @@ void fillWhy(AppStatusRow& row, const Explanation& explanation, const PageTexts&
                          .detail = step.detail,
                          .source = step.key.empty() ? "" : fmt::format("{}, {}", step.key, sourceName(step.source))});
   }
-  why.copy = {
-      .text = texts.text("Copy"), .help = texts.text("Copy the explanation as text"), .visible = true, .enabled = true};
+  why.copy = {.text = texts.localized("Copy"),
+              .help = texts.localized("Copy the explanation as text"),
+              .visible = true,
+              .enabled = true};
   why.copyText = explanationText(explanation);
 }
 

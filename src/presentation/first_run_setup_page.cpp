@@ -23,7 +23,7 @@ StepState helperStepState(const HelperFields& helper, HelperStatus status) {
 // "45 seconds", "1 minute, 30 seconds".
 std::string elapsedText(Duration elapsed, const Locale& locale) {
   const auto seconds = std::max<std::int64_t>(std::chrono::floor<std::chrono::seconds>(elapsed).count(), 0);
-  const auto rest = localized(seconds % 60 == 1 ? "{} second" : "{} seconds", seconds % 60);
+  const auto rest = localized(seconds % 60 == 1 ? toLocalize("{} second") : toLocalize("{} seconds"), seconds % 60);
   if (seconds < 60) return rest;
   const auto minutes = locale.duration(seconds / 60, DurationUnit::minute);
   return seconds % 60 == 0 ? minutes : localized("{}, {}", minutes, rest);
@@ -43,33 +43,36 @@ Made helperStep(const FirstRunSetupInputs& inputs, const PageTexts& texts) {
   const auto state = helperStepState(inputs.fields.helper, inputs.helperStatus);
   switch (inputs.helperStatus) {
     case HelperStatus::enabled:
-      return {state, state == StepState::complete ? texts.text("Root helper is running.")
-                                                  : texts.text("Root helper registered. Waiting for it to start…")};
+      return {state, state == StepState::complete
+                         ? texts.localized("Root helper is running.")
+                         : texts.localized("Root helper registered. Waiting for it to start…")};
     case HelperStatus::requiresApproval:
-      return {state,
-              texts.text("Corvane needs approval in System Settings › Login Items & Extensions to install updates as "
-                         "root."),
-              control(texts.text("Open Login Items & Extensions"))};
+      return {
+          state,
+          texts.localized("Corvane needs approval in System Settings › Login Items & Extensions to install updates as "
+                          "root."),
+          control(texts.localized("Open Login Items & Extensions"))};
     case HelperStatus::notRegistered:
     case HelperStatus::notFound:
     case HelperStatus::unknown:
       break;
   }
-  return {state,
-          texts.text("Click Register Helper to install the root LaunchDaemon. macOS will ask you to approve it once."),
-          control(texts.text("Register Helper"))};
+  return {
+      state,
+      texts.localized("Click Register Helper to install the root LaunchDaemon. macOS will ask you to approve it once."),
+      control(texts.localized("Register Helper"))};
 }
 
 Made installomatorStep(const FirstRunSetupInputs& inputs, const PageTexts& texts) {
   const auto state = installomatorStepState(inputs.fields.helper, inputs.helperStatus);
-  if (state == StepState::complete) return {state, texts.text("Installomator is deployed and ready.")};
+  if (state == StepState::complete) return {state, texts.localized("Installomator is deployed and ready.")};
   if (state == StepState::pending)
-    return {state, texts.text("Installomator is deployed automatically once the helper is running.")};
+    return {state, texts.localized("Installomator is deployed automatically once the helper is running.")};
   Made made{.state = state};
   if (inputs.revealsLog)
-    made.control =
-        control(texts.text("Reveal Log"), true,
-                texts.text("Open the Corvane log file in Finder. Errors during Installomator download appear here."));
+    made.control = control(
+        texts.localized("Reveal Log"), true,
+        texts.localized("Open the Corvane log file in Finder. Errors during Installomator download appear here."));
   const auto elapsed = inputs.step2InProgressSince ? inputs.now - *inputs.step2InProgressSince : Duration::zero();
   if (elapsed < kStillDownloading)
     made.description = localized("Downloading Installomator into /Library/Application Support/Corvane…");
@@ -77,7 +80,7 @@ Made installomatorStep(const FirstRunSetupInputs& inputs, const PageTexts& texts
     made.description = localized("Still downloading Installomator into /Library/Application Support/Corvane… ({})",
                                  elapsedText(elapsed, inputs.locale));
   else
-    made.description = texts.text(
+    made.description = texts.localized(
         "This is taking longer than usual ({}). The root helper retries the download every 60 seconds. Tap Reveal Log "
         "to see what's happening, or check your network connection.",
         elapsedText(elapsed, inputs.locale));
@@ -90,26 +93,28 @@ Made discoveryStep(const FirstRunSetupInputs& inputs, StepState installomator, c
   if (!inventory.apps.empty() && inventory.lastDiscoveryDate) {
     const auto count = inventory.apps.size();
     const auto date = inputs.locale.mediumDateShortTime(*inventory.lastDiscoveryDate);
-    return {StepState::complete, texts.text(count == 1 ? "Found {} app on {}" : "Found {} apps on {}", count, date)};
+    return {StepState::complete,
+            texts.localized(count == 1 ? toLocalize("Found {} app on {}") : toLocalize("Found {} apps on {}"), count,
+                            date)};
   }
-  if (gate.isLoading) return {StepState::inProgress, texts.text("Scanning installed applications…")};
+  if (gate.isLoading) return {StepState::inProgress, texts.localized("Scanning installed applications…")};
   const bool ready = installomator == StepState::complete;
   return {StepState::pending,
-          ready ? texts.text("Run a one-time scan so Corvane knows what's installed on this Mac.")
-                : texts.text("Available once Installomator is ready."),
-          control(texts.text("Discover Apps"), ready && !isBusy(inputs.fields))};
+          ready ? texts.localized("Run a one-time scan so Corvane knows what's installed on this Mac.")
+                : texts.localized("Available once Installomator is ready."),
+          control(texts.localized("Discover Apps"), ready && !isBusy(inputs.fields))};
 }
 
 std::string spoken(StepState state, const PageTexts& texts) {
   switch (state) {
     case StepState::complete:
-      return texts.text("Complete");
+      return texts.localized("Complete");
     case StepState::inProgress:
-      return texts.text("In progress");
+      return texts.localized("In progress");
     case StepState::pending:
       break;
   }
-  return texts.text("To do");
+  return texts.localized("To do");
 }
 
 }  // namespace
@@ -135,8 +140,8 @@ FirstRunSetupPage makeFirstRunSetupPage(const FirstRunSetupInputs& inputs) {
   if (inputs.fields.helper.firstRunSetupCompleted) return {};
   const PageTexts texts(inputs.title);
   FirstRunSetupPage page{.visible = true,
-                         .title = texts.text("Welcome to Corvane"),
-                         .subtitle = texts.text("Three quick steps to set up automatic patching on this Mac.")};
+                         .title = texts.localized("Welcome to Corvane"),
+                         .subtitle = texts.localized("Three quick steps to set up automatic patching on this Mac.")};
   bool allComplete = true;
   const auto add = [&](std::string key, std::string title, Made made) {
     allComplete = allComplete && made.state == StepState::complete;
@@ -150,16 +155,16 @@ FirstRunSetupPage makeFirstRunSetupPage(const FirstRunSetupInputs& inputs) {
                           .description = std::move(made.description),
                           .control = std::move(made.control)});
   };
-  add("helper", texts.text("Approve the root helper"), helperStep(inputs, texts));
+  add("helper", texts.localized("Approve the root helper"), helperStep(inputs, texts));
   auto installomator = installomatorStep(inputs, texts);
   const auto ready = installomator.state;
-  add("installomator", texts.text("Wait for Installomator"), std::move(installomator));
-  add("discovery", texts.text("Discover installed apps"), discoveryStep(inputs, ready, texts));
-  page.skip = control(texts.text("Skip Setup"), true,
-                      texts.text("Hide this wizard. You can always run setup actions from the Status dashboard."));
-  page.done =
-      control(texts.text("Done"), allComplete,
-              allComplete ? texts.text("Continue to the dashboard.") : texts.text("Finish all setup steps first."));
+  add("installomator", texts.localized("Wait for Installomator"), std::move(installomator));
+  add("discovery", texts.localized("Discover installed apps"), discoveryStep(inputs, ready, texts));
+  page.skip = control(texts.localized("Skip Setup"), true,
+                      texts.localized("Hide this wizard. You can always run setup actions from the Status dashboard."));
+  page.done = control(
+      texts.localized("Done"), allComplete,
+      allComplete ? texts.localized("Continue to the dashboard.") : texts.localized("Finish all setup steps first."));
   return page;
 }
 

@@ -36,11 +36,11 @@ class PageTexts {
   // The localised literal, in which the configured title stands for the program's name. Values are filled in
   // afterwards, so that a name which is a value stays as it is.
   template <class... Args>
-  [[nodiscard]] std::string text(std::string_view literal, const Args&... args) const {
+  [[nodiscard]] std::string localized(std::string_view literal, const Args&... args) const {
     if constexpr (sizeof...(Args) == 0)
-      return title_.userFacing(localized(literal));
+      return title_.userFacing(corvane::localized(literal));
     else
-      return fmt::format(fmt::runtime(formatTitle_.userFacing(localized(literal))), args...);
+      return fmt::format(fmt::runtime(formatTitle_.userFacing(corvane::localized(literal))), args...);
   }
 
  private:

@@ -188,7 +188,7 @@ SettingsControl& SettingsForm::button(std::string_view key, std::string label, b
 void SettingsForm::lock(SettingsControl& control) const {
   control.enabled = false;
   control.mayDecrease = control.mayIncrease = false;
-  control.managed = text("Provided by your organization through managed configuration.");
+  control.managed = localized("Provided by your organization through managed configuration.");
 }
 
 SettingsControl& SettingsForm::add(ControlKind kind, std::string_view key, std::string label, std::string help) {
@@ -220,7 +220,7 @@ SettingsControl& SettingsForm::stepper(std::string_view key, std::string label, 
   const auto value = in.model.value(key).integer();
   made.hasOffState = rule.hasOffState;
   made.isOn = value.has_value();
-  made.value = value ? measured(rule, *value, in.locale) : text("No limit");
+  made.value = value ? measured(rule, *value, in.locale) : localized("No limit");
   made.mayDecrease = made.enabled && value && stepped(rule, *value, -1) != *value;
   made.mayIncrease = made.enabled && value && stepped(rule, *value, 1) != *value;
   return made;

@@ -101,7 +101,7 @@ class SettingsForm {
 
   const SettingsPageInput& in;
 
-  [[nodiscard]] std::string text(std::string_view literal) const { return texts_.text(literal); }
+  [[nodiscard]] std::string localized(std::string_view literal) const { return texts_.localized(literal); }
   [[nodiscard]] const PageTexts& texts() const { return texts_; }
 
   void section(std::string_view key, std::string title, std::string warning = {});
@@ -112,7 +112,8 @@ class SettingsForm {
   template <class E>
   SettingsControl& picker(std::string_view key, std::string label, std::string help = {}) {
     std::vector<ControlChoice> choices;
-    for (const auto& entry : CaseNames<E>::all) choices.push_back({std::string(entry.raw), localized(entry.display)});
+    for (const auto& entry : CaseNames<E>::all)
+      choices.push_back({std::string(entry.raw), corvane::localized(entry.display)});
     return picker(key, std::move(label), std::move(choices), std::move(help));
   }
   SettingsControl& stepper(std::string_view key, std::string label, std::string help = {});

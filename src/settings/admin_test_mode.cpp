@@ -26,13 +26,13 @@ void AdminTestMode::done(std::string_view message) { state_.lastActionMessage = 
 
 void AdminTestMode::triggerUpdateAll() {
   model_.updateAll(DeferralPromptHost::settings);
-  done("Triggered Update All.");
+  done(toLocalize("Triggered Update All."));
 }
 
 void AdminTestMode::triggerHardDeadlinePrompt() {
   s_.preferences.writePreference("HardDeferralDate", s_.clock.now() - 1s);
   model_.updateAll(DeferralPromptHost::standalone);
-  done("Set HardDeferralDate to past and triggered the standalone deadline dialog.");
+  done(toLocalize("Set HardDeferralDate to past and triggered the standalone deadline dialog."));
 }
 
 void AdminTestMode::postTestNotification() {
@@ -48,7 +48,7 @@ void AdminTestMode::postTestNotification() {
               [log = Logger(s_.log, "AdminTestModeView")](const Status& delivered) {
                 if (!delivered) log.error("Failed to deliver test notification: " + delivered.error().text);
               });
-  done("Posted test notification.");
+  done(toLocalize("Posted test notification."));
 }
 
 void AdminTestMode::resetDeferralState() {
@@ -56,7 +56,7 @@ void AdminTestMode::resetDeferralState() {
       .resetDeferralCounts();
   refresh();
   model_.refreshDeadlineDisplay();
-  done("Reset deferral state.");
+  done(toLocalize("Reset deferral state."));
 }
 
 // What it stands for stays what it was: only the moment is another.
@@ -64,7 +64,7 @@ void AdminTestMode::applyNextLaunch() {
   const auto stored = s_.preferences.moment();
   s_.preferences.writeNextAutoLaunch(state_.nextLaunchOverride, stored->automaticFocusDeferralArmed,
                                      stored->patchErrorRetryArmed);
-  done("Updated next auto-launch.");
+  done(toLocalize("Updated next auto-launch."));
 }
 
 void AdminTestMode::setFocusCount(std::int64_t count) {
@@ -83,7 +83,7 @@ void AdminTestMode::applyAnchor() {
   s_.preferences.writePatchingCadenceState(state);
   s_.preferences.writePreference("AdminTestModeAnchorOverrideActive", true);
   deadlinesFrom(state);
-  done("Updated patch cycle anchor and deadlines.");
+  done(toLocalize("Updated patch cycle anchor and deadlines."));
 }
 
 void AdminTestMode::useConfiguredCadence() {
@@ -93,7 +93,7 @@ void AdminTestMode::useConfiguredCadence() {
   s_.preferences.deletePreference("AdminTestModeAnchorOverrideActive");
   state_.anchorOverride = state.currentPatchingStartDate.value_or(state_.anchorOverride);
   deadlinesFrom(state);
-  done("Restored the configured patch cadence and deadlines.");
+  done(toLocalize("Restored the configured patch cadence and deadlines."));
 }
 
 void AdminTestMode::deadlinesFrom(const CadenceState& state) {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/localized.h"
 #include "core/discovery/app_discovery_service.h"
 #include "core/discovery/label_patterns.h"
 #include "core/policies/installomator_exit_code.h"
@@ -25,7 +26,7 @@ std::optional<std::string> matchingPattern(const std::vector<std::string>& patte
 }
 
 std::string matchText(const std::optional<std::string>& pattern) {
-  return pattern ? worded("\"{}\" fits the label.", *pattern) : std::string();
+  return pattern ? localized("\"{}\" fits the label.", *pattern) : std::string();
 }
 
 // Answers for its former name too, as far as that one counts.
@@ -45,17 +46,18 @@ class Walk {
       return decide(Verdict::ignored, step(facts_, Rule::ignored, true, matchText(pattern), kIgnoredLabels),
                     localized("The settings leave this label out."));
     if (AppDiscoveryService::isHiddenSelfUpdateLabel(label, config_))
-      return decide(Verdict::ignored,
-                    step(facts_, Rule::ignored, true, localized("This label is the program's own."),
-                         config_.selfUpdateEnabled ? "SelfUpdateEnabled" : "DiscoverSelfUpdateLabel"),
-                    localized(config_.selfUpdateEnabled ? "The program updates itself."
-                                                        : "The settings keep the program itself off the list."));
+      return decide(
+          Verdict::ignored,
+          step(facts_, Rule::ignored, true, localized("This label is the program's own."),
+               config_.selfUpdateEnabled ? "SelfUpdateEnabled" : "DiscoverSelfUpdateLabel"),
+          localized(config_.selfUpdateEnabled ? toLocalize("The program updates itself.")
+                                              : toLocalize("The settings keep the program itself off the list.")));
     // What is left of the rules that drop an application is its path.
     if (app != nullptr && AppDiscoveryService::droppingIgnoredApps({*app}, config_).empty())
       return decide(Verdict::ignored, step(facts_, Rule::ignored, true, app->appPath.value_or(""), "IgnoreFilePaths"),
                     localized("The settings leave out applications at this path."));
     add(step(facts_, Rule::ignored, false,
-             pattern ? worded("\"{}\" fits the label, but it is required or optional too.", *pattern) : "",
+             pattern ? localized("\"{}\" fits the label, but it is required or optional too.", *pattern) : "",
              kIgnoredLabels));
     const bool required = AppDiscoveryService::isRequiredLabel(label, std::nullopt, config_);
     const bool optional = AppDiscoveryService::isOptionalLabel(label, std::nullopt, config_);
@@ -72,8 +74,8 @@ class Walk {
     if (app.teamIDMismatch)
       return decide(Verdict::ignored,
                     step(facts_, Rule::signature, true,
-                         worded("Expected {}, found {}.", app.expectedTeamID.value_or(unknown),
-                                app.bundleTeamID.value_or(unknown))),
+                         localized("Expected {}, found {}.", app.expectedTeamID.value_or(unknown),
+                                   app.bundleTeamID.value_or(unknown))),
                     localized("It is signed by another vendor than its label expects, so it is never updated."));
     add(step(facts_, Rule::signature, false));
     constexpr auto kOptions = "InstallomatorOptions";
@@ -93,7 +95,7 @@ class Walk {
       return decide(Verdict::waiting,
                     step(facts_, Rule::checked, false,
                          app.updateCheckFailureReason && !app.updateCheckFailureReason->empty()
-                             ? worded("The last check failed: {}", *app.updateCheckFailureReason)
+                             ? localized("The last check failed: {}", *app.updateCheckFailureReason)
                              : localized("The last check failed.")),
                     localized("Its latest version could not be looked up."));
     const bool needed = appNeedsUpdate(app, facts_.apps);
@@ -101,7 +103,7 @@ class Walk {
       return decide(Verdict::waiting, step(facts_, Rule::checked, false, localized("It was not checked yet.")),
                     localized("Its latest version is not known yet."));
     add(step(facts_, Rule::checked, app.newVersion.has_value(),
-             app.newVersion ? worded("The latest version is {}.", *app.newVersion) : std::string()));
+             app.newVersion ? localized("The latest version is {}.", *app.newVersion) : std::string()));
 
     const bool reinstall = isForcedReinstallPending(app, facts_.apps);
     auto version = step(facts_, Rule::newerVersion, needed && !reinstall, versionDetail(app),
@@ -123,12 +125,12 @@ class Walk {
   bool isPutAside(const AppInfo& app) {
     const auto& label = app.label;
     if (const auto record = heldFailureRecord(label, facts_.apps))
-      return decide(
-          Verdict::held,
-          step(facts_, Rule::held, true,
-               worded(record->count == 1 ? "{} failure, the last one {}." : "{} failures in a row, the last one {}.",
-                      record->count, facts_.moment(record->lastFailureAt))),
-          localized("Its update failed too often, so it is skipped until the next cycle or version."));
+      return decide(Verdict::held,
+                    step(facts_, Rule::held, true,
+                         localized(record->count == 1 ? toLocalize("{} failure, the last one {}.")
+                                                      : toLocalize("{} failures in a row, the last one {}."),
+                                   record->count, facts_.moment(record->lastFailureAt))),
+                    localized("Its update failed too often, so it is skipped until the next cycle or version."));
     add(step(facts_, Rule::held, false));
     if (facts_.apps.cycleComplete) {
       const bool setAside = isHeldBack(label, facts_.apps);
@@ -173,7 +175,7 @@ class Walk {
     const auto nextCycle = facts_.cycle.nextCycleStartDate;
     switch (rule) {
       case Rule::held:
-        out_.next = nextCycle ? worded(
+        out_.next = nextCycle ? localized(
                                     "It is tried again after the next cycle starts, {}, or when a new version comes "
                                     "out.",
                                     facts_.moment(*nextCycle))
@@ -181,14 +183,15 @@ class Walk {
         out_.nextAt = nextCycle;
         return;
       case Rule::cycleComplete:
-        out_.next = nextCycle ? worded("It is pending again when the next cycle starts, {}.", facts_.moment(*nextCycle))
-                              : localized("It is pending again when the next cycle starts.");
+        out_.next = nextCycle
+                        ? localized("It is pending again when the next cycle starts, {}.", facts_.moment(*nextCycle))
+                        : localized("It is pending again when the next cycle starts.");
         out_.nextAt = nextCycle;
         return;
       case Rule::checked:
       case Rule::newerVersion:
-        out_.next = facts_.lastUpdateCheck ? worded("The next check for updates asks again; the last one was {}.",
-                                                    facts_.moment(*facts_.lastUpdateCheck))
+        out_.next = facts_.lastUpdateCheck ? localized("The next check for updates asks again; the last one was {}.",
+                                                       facts_.moment(*facts_.lastUpdateCheck))
                                            : localized("The first check for updates asks for its latest version.");
         return;
       case Rule::signature:
@@ -204,10 +207,10 @@ class Walk {
 
   [[nodiscard]] std::string versionDetail(const AppInfo& app) const {
     if (!app.isInstalled())
-      return localized(isNeeded(app) ? "It is not installed, and required."
-                                     : "It is not installed, and nothing requires it.");
+      return localized(isNeeded(app) ? toLocalize("It is not installed, and required.")
+                                     : toLocalize("It is not installed, and nothing requires it."));
     const auto installed = app.displayCurrentVersion().value_or(localized("unknown"));
-    return worded("Installed is {}, the latest is {}.", installed, app.newVersion.value_or(localized("unknown")));
+    return localized("Installed is {}, the latest is {}.", installed, app.newVersion.value_or(localized("unknown")));
   }
   [[nodiscard]] bool isNeeded(const AppInfo& app) const { return appNeedsUpdate(app, facts_.apps); }
 
@@ -220,13 +223,13 @@ class Walk {
     if (!app.isInstalled()) return localized("It is required and not installed.");
     if (isForcedReinstallPending(app, facts_.apps))
       return localized("It is required and is installed again once in every cycle.");
-    return worded("Version {} is newer than the installed one.", app.newVersion.value_or(localized("unknown")));
+    return localized("Version {} is newer than the installed one.", app.newVersion.value_or(localized("unknown")));
   }
 
   [[nodiscard]] std::string failureDetail(const PatchingReceipt& receipt) const {
     const auto detail =
         InstallomatorExitCode::detail(receipt.installomatorExitCode, receipt.usedStagedInstaller.value_or(false));
-    return worded("{}, {}.", detail.shortName, facts_.moment(receipt.timestamp));
+    return localized("{}, {}.", detail.shortName, facts_.moment(receipt.timestamp));
   }
 
   const ExplanationFacts& facts_;

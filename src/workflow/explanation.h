@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "base/localizable.h"
 #include "core/preferences/setting_values.h"
 #include "core/records/deferral_records.h"
 #include "core/records/enumerations.h"
@@ -28,11 +29,11 @@ enum class ExplainedVerdict {
 template <>
 struct CaseNames<ExplainedVerdict> {
   static constexpr auto all =
-      std::to_array<CaseName<ExplainedVerdict>>({{ExplainedVerdict::pending, "pending", "Pending"},
-                                                 {ExplainedVerdict::held, "held", "Held"},
-                                                 {ExplainedVerdict::waiting, "waiting", "Waiting"},
-                                                 {ExplainedVerdict::ignored, "ignored", "Ignored"},
-                                                 {ExplainedVerdict::upToDate, "upToDate", "Up to Date"}});
+      std::to_array<CaseName<ExplainedVerdict>>({{ExplainedVerdict::pending, "pending", toLocalize("Pending")},
+                                                 {ExplainedVerdict::held, "held", toLocalize("Held")},
+                                                 {ExplainedVerdict::waiting, "waiting", toLocalize("Waiting")},
+                                                 {ExplainedVerdict::ignored, "ignored", toLocalize("Ignored")},
+                                                 {ExplainedVerdict::upToDate, "upToDate", toLocalize("Up to Date")}});
 };
 
 enum class ExplainedRule {
@@ -65,27 +66,27 @@ enum class ExplainedRule {
 template <>
 struct CaseNames<ExplainedRule> {
   static constexpr auto all = std::to_array<CaseName<ExplainedRule>>(
-      {{ExplainedRule::ignored, "ignored", "Ignored by the settings"},
-       {ExplainedRule::required, "required", "Required"},
-       {ExplainedRule::optional, "optional", "Optional"},
-       {ExplainedRule::signature, "signature", "Signed by another vendor"},
-       {ExplainedRule::appStore, "appStore", "Updated by the App Store"},
-       {ExplainedRule::checked, "checked", "Latest version known"},
-       {ExplainedRule::newerVersion, "newerVersion", "Needs the latest version"},
-       {ExplainedRule::reinstall, "reinstall", "Required reinstall"},
-       {ExplainedRule::held, "held", "Held after failures"},
-       {ExplainedRule::cycleComplete, "cycleComplete", "Cycle complete"},
-       {ExplainedRule::lastUpdateFailed, "lastUpdateFailed", "Last update failed"},
-       {ExplainedRule::open, "open", "Open now"},
-       {ExplainedRule::patchedSilently, "patchedSilently", "Updated silently"},
-       {ExplainedRule::pending, "pending", "Updates pending"},
-       {ExplainedRule::deadline, "deadline", "Deadline reached"},
-       {ExplainedRule::deferralsLeft, "deferralsLeft", "Deferrals left"},
-       {ExplainedRule::focus, "focus", "Not to be disturbed"},
-       {ExplainedRule::businessHours, "businessHours", "Business hours now"},
-       {ExplainedRule::helper, "helper", "Root helper ready"},
-       {ExplainedRule::backgroundPass, "backgroundPass", "Background pass"},
-       {ExplainedRule::armed, "armed", "Something armed"}});
+      {{ExplainedRule::ignored, "ignored", toLocalize("Ignored by the settings")},
+       {ExplainedRule::required, "required", toLocalize("Required")},
+       {ExplainedRule::optional, "optional", toLocalize("Optional")},
+       {ExplainedRule::signature, "signature", toLocalize("Signed by another vendor")},
+       {ExplainedRule::appStore, "appStore", toLocalize("Updated by the App Store")},
+       {ExplainedRule::checked, "checked", toLocalize("Latest version known")},
+       {ExplainedRule::newerVersion, "newerVersion", toLocalize("Needs the latest version")},
+       {ExplainedRule::reinstall, "reinstall", toLocalize("Required reinstall")},
+       {ExplainedRule::held, "held", toLocalize("Held after failures")},
+       {ExplainedRule::cycleComplete, "cycleComplete", toLocalize("Cycle complete")},
+       {ExplainedRule::lastUpdateFailed, "lastUpdateFailed", toLocalize("Last update failed")},
+       {ExplainedRule::open, "open", toLocalize("Open now")},
+       {ExplainedRule::patchedSilently, "patchedSilently", toLocalize("Updated silently")},
+       {ExplainedRule::pending, "pending", toLocalize("Updates pending")},
+       {ExplainedRule::deadline, "deadline", toLocalize("Deadline reached")},
+       {ExplainedRule::deferralsLeft, "deferralsLeft", toLocalize("Deferrals left")},
+       {ExplainedRule::focus, "focus", toLocalize("Not to be disturbed")},
+       {ExplainedRule::businessHours, "businessHours", toLocalize("Business hours now")},
+       {ExplainedRule::helper, "helper", toLocalize("Root helper ready")},
+       {ExplainedRule::backgroundPass, "backgroundPass", toLocalize("Background pass")},
+       {ExplainedRule::armed, "armed", toLocalize("Something armed")}});
 };
 
 struct ExplanationStep {

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <chrono>
 
+#include "base/localized.h"
 #include "core/policies/running_bundles.h"
 #include "workflow/deferral_texts.h"
 #include "workflow/explanation_parts.h"
@@ -32,26 +33,26 @@ bool isPromptDue(const ExplanationFacts& facts) {
 struct ArmedPromptWords {
   const ExplanationFacts& facts;
   std::string operator()(const watchpoint::Enforcement& armed) const {
-    return worded("The deadline is reached: the updates install by themselves {}.", facts.moment(armed.at));
+    return localized("The deadline is reached: the updates install by themselves {}.", facts.moment(armed.at));
   }
   std::string operator()(const watchpoint::DeferralReminder& armed) const {
-    return worded("No prompt before {}: the updates are put off until then.", facts.moment(armed.at));
+    return localized("No prompt before {}: the updates are put off until then.", facts.moment(armed.at));
   }
   std::string operator()(const watchpoint::FocusDeferral& armed) const {
-    return worded("No prompt before {}: nobody was to be disturbed.", facts.moment(armed.at));
+    return localized("No prompt before {}: nobody was to be disturbed.", facts.moment(armed.at));
   }
 };
 
 struct ArmedNextWords {
   const ExplanationFacts& facts;
   std::string operator()(const watchpoint::Enforcement& armed) const {
-    return worded("The updates install by themselves {}.", facts.moment(armed.at));
+    return localized("The updates install by themselves {}.", facts.moment(armed.at));
   }
   std::string operator()(const watchpoint::DeferralReminder& armed) const {
-    return worded("The question comes back {}.", facts.moment(armed.at));
+    return localized("The question comes back {}.", facts.moment(armed.at));
   }
   std::string operator()(const watchpoint::FocusDeferral& armed) const {
-    return worded("It is looked at again {}.", facts.moment(armed.at));
+    return localized("It is looked at again {}.", facts.moment(armed.at));
   }
 };
 
@@ -62,15 +63,15 @@ std::string promptText(const ExplanationFacts& facts, bool closed) {
   if (facts.pending.cycleComplete) return localized("No prompt: this cycle is complete.");
   if (facts.pending.pending.empty()) return localized("No prompt: nothing is pending.");
   if (facts.armed) return std::visit(ArmedPromptWords{facts}, *facts.armed);
-  if (facts.due) return worded("A prompt is due since {}.", facts.moment(*facts.due));
+  if (facts.due) return localized("A prompt is due since {}.", facts.moment(*facts.due));
   if (closed) return localized("No prompt asks about it by itself, for it is closed.");
   if (openCount(facts) == 0) return localized("No prompt comes by itself: what is pending is closed.");
   if (facts.inFocus && facts.focusMayPutOff) return localized("No prompt now: the user is not to be disturbed.");
   if (isPromptDue(facts)) return localized("A prompt comes as soon as the pending updates are looked at again.");
-  return worded(facts.toldOpenApps == 1
-                    ? "No prompt comes by itself: the user was told of {} open application already."
-                    : "No prompt comes by itself: the user was told of {} open applications already.",
-                facts.toldOpenApps);
+  return localized(facts.toldOpenApps == 1
+                       ? toLocalize("No prompt comes by itself: the user was told of {} open application already.")
+                       : toLocalize("No prompt comes by itself: the user was told of {} open applications already."),
+                   facts.toldOpenApps);
 }
 
 struct Next {
@@ -84,12 +85,12 @@ Next nextOfPending(const ExplanationFacts& facts, const Silence& silence, bool s
   // A pass over what is closed waits for no deferral.
   if (someClosed && silence.obstacle.empty()) {
     if (const auto pass = nextBackgroundPass(facts))
-      return {worded("The background pass installs what is closed {}.", facts.moment(*pass)), pass};
+      return {localized("The background pass installs what is closed {}.", facts.moment(*pass)), pass};
     return {localized("The next background pass installs what is closed."), std::nullopt};
   }
   if (facts.armed) return {std::visit(ArmedNextWords{facts}, *facts.armed), momentOf(*facts.armed)};
   if (facts.hardDeadline && *facts.hardDeadline > facts.now)
-    return {worded("Update All asks at any time; the deadline is {}.", facts.moment(*facts.hardDeadline)),
+    return {localized("Update All asks at any time; the deadline is {}.", facts.moment(*facts.hardDeadline)),
             facts.hardDeadline};
   return {localized("Update All asks at any time; nothing is armed."), std::nullopt};
 }
@@ -147,9 +148,10 @@ ExplanationStep cycleStep(const ExplanationFacts& facts) {
   const auto& cycle = facts.cycle;
   std::string detail;
   if (cycle.currentPatchingStartDate)
-    detail = worded("The cycle began {}.", facts.moment(*cycle.currentPatchingStartDate));
+    detail = localized("The cycle began {}.", facts.moment(*cycle.currentPatchingStartDate));
   if (cycle.nextCycleStartDate)
-    detail += (detail.empty() ? "" : " ") + worded("The next one starts {}.", facts.moment(*cycle.nextCycleStartDate));
+    detail +=
+        (detail.empty() ? "" : " ") + localized("The next one starts {}.", facts.moment(*cycle.nextCycleStartDate));
   if (detail.empty()) detail = localized("No cycle is on record yet.");
   return step(facts, Rule::cycleComplete, facts.pending.cycleComplete, std::move(detail),
               facts.apps.config->monthlyPatchingCadenceEnabled ? "MonthlyPatchingCadenceEnabled" : "PatchWeekStartDay");
@@ -159,7 +161,7 @@ ExplanationStep pendingStep(const ExplanationFacts& facts) {
   const auto open = facts.pending.openLabels.size();
   const auto closed = facts.pending.closedLabels.size();
   return step(facts, Rule::pending, !facts.pending.pending.empty(),
-              facts.pending.pending.empty() ? std::string() : worded("{} open, {} closed.", open, closed));
+              facts.pending.pending.empty() ? std::string() : localized("{} open, {} closed.", open, closed));
 }
 
 ExplanationStep deadlineStep(const ExplanationFacts& facts) {
@@ -167,7 +169,7 @@ ExplanationStep deadlineStep(const ExplanationFacts& facts) {
   std::string detail;
   if (reached) detail = facts.deadlineReason;
   if (facts.hardDeadline)
-    detail += (detail.empty() ? "" : " ") + worded("The update deadline is {}.", facts.moment(*facts.hardDeadline));
+    detail += (detail.empty() ? "" : " ") + localized("The update deadline is {}.", facts.moment(*facts.hardDeadline));
   if (detail.empty()) detail = localized("No deadline stands.");
   const auto& config = *facts.apps.config;
   return step(facts, Rule::deadline, reached, std::move(detail),
@@ -178,7 +180,8 @@ ExplanationStep deferralsStep(const ExplanationFacts& facts) {
   const auto& limit = facts.apps.config->deadlineCountHard;
   const auto used = facts.deferrals.hardDeferralCount;
   const bool reached = facts.deadlineStatus == DeferralDeadlineStatus::hardDeadlineReached;
-  auto detail = limit ? worded("{} of {} used.", used, *limit) : worded("{} used; their number has no limit.", used);
+  auto detail =
+      limit ? localized("{} of {} used.", used, *limit) : localized("{} used; their number has no limit.", used);
   if (!reached && facts.limitSummary) detail += " " + *facts.limitSummary;
   return step(facts, Rule::deferralsLeft, !reached, std::move(detail), "DeadlineCountHard");
 }
@@ -192,7 +195,7 @@ ExplanationStep focusStep(const ExplanationFacts& facts) {
   else if (!facts.focusMayPutOff)
     detail = localized("Focus puts nothing off any more in this cycle.");
   else
-    detail = worded("Focus puts prompts off for {} min each time.", config.deferralTimerFocus);
+    detail = localized("Focus puts prompts off for {} min each time.", config.deferralTimerFocus);
   return step(facts, Rule::focus, facts.inFocus, std::move(detail),
               limited && facts.focusMayPutOff ? "DeferralTimerFocus" : "DeadlineCountFocus");
 }
@@ -202,7 +205,7 @@ ExplanationStep hoursStep(const ExplanationFacts& facts) {
   if (!facts.hasBusinessHours)
     detail = localized("None are set.");
   else if (facts.businessHoursEnd)
-    detail = worded("Nothing is forced before they end, {}.", facts.moment(*facts.businessHoursEnd));
+    detail = localized("Nothing is forced before they end, {}.", facts.moment(*facts.businessHoursEnd));
   return step(facts, Rule::businessHours, facts.businessHoursEnd.has_value(), std::move(detail),
               "BusinessHoursStartTime");
 }
@@ -223,8 +226,9 @@ ExplanationStep passStep(const ExplanationFacts& facts) {
   if (detail.empty()) {
     const bool inApp = facts.apps.config->backgroundPatchClosedAppsScheduler == BackgroundPatchSchedulerMode::inApp;
     const auto next = nextBackgroundPass(facts);
-    detail = localized(inApp ? "The application runs it while it is open." : "The root helper runs it.");
-    if (next) detail += " " + worded("It is due next {}.", facts.moment(*next));
+    detail = localized(inApp ? toLocalize("The application runs it while it is open.")
+                             : toLocalize("The root helper runs it."));
+    if (next) detail += " " + localized("It is due next {}.", facts.moment(*next));
   }
   return step(facts, Rule::backgroundPass, silence.obstacle.empty(), std::move(detail),
               silence.key.empty() ? "BackgroundPatchClosedAppsEnabled" : silence.key);
@@ -235,7 +239,7 @@ ExplanationStep armedStep(const ExplanationFacts& facts) {
   if (facts.armed)
     detail = facts.moment(momentOf(*facts.armed));
   else if (facts.due)
-    detail = worded("Due since {}.", facts.moment(*facts.due));
+    detail = localized("Due since {}.", facts.moment(*facts.due));
   return step(facts, Rule::armed, facts.armed || facts.due, std::move(detail));
 }
 
@@ -250,11 +254,11 @@ Explanation explainAll(const ExplanationFacts& facts) {
     tellOutlook(all, facts);
     return all;
   }
-  all.prompt =
-      localized(facts.pending.cycleComplete ? "No prompt: this cycle is complete." : "No prompt: nothing is pending.");
+  all.prompt = localized(facts.pending.cycleComplete ? toLocalize("No prompt: this cycle is complete.")
+                                                     : toLocalize("No prompt: nothing is pending."));
   all.next = localized("The next check for updates looks for new versions.");
   if (facts.pending.cycleComplete && facts.cycle.nextCycleStartDate) {
-    all.next = worded("The next cycle starts {}.", facts.moment(*facts.cycle.nextCycleStartDate));
+    all.next = localized("The next cycle starts {}.", facts.moment(*facts.cycle.nextCycleStartDate));
     all.nextAt = facts.cycle.nextCycleStartDate;
   }
   return all;

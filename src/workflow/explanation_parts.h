@@ -1,20 +1,12 @@
 // What the files of the explanation share.
 #pragma once
 
-#include <fmt/format.h>
-
 #include <string>
 #include <string_view>
 
-#include "base/localized.h"
 #include "workflow/explanation.h"
 
 namespace corvane::explained {
-
-template <class... Args>
-[[nodiscard]] std::string worded(std::string_view literal, const Args&... args) {
-  return localized(literal, args...);
-}
 
 // A setting that is named beside a step.
 [[nodiscard]] inline ExplanationStep step(const ExplanationFacts& facts, ExplainedRule rule, bool holds,
