@@ -165,6 +165,8 @@ void SettingsController::reveal(const std::string& key, bool revealed) {
 
 void SettingsController::press(const std::string& key) {
   if (!isOpen(key)) return;
+  if (const auto& control = *find(key); control.kind == ControlKind::link && parts_.openAddress)
+    parts_.openAddress(control.value);
   if (key == SettingsKeys::loginItems) services_.installation.openLoginItemsSettings();
   if (key == SettingsKeys::resetHelper) about_.askToResetHelper();
   if (key == SettingsKeys::generateBundle) about_.generateDiagnosticBundle();

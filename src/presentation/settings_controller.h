@@ -38,6 +38,8 @@ struct SettingsParts {
   std::function<void(Completion<Result<std::filesystem::path>>)> generateDiagnostics;
   // Shows a file where it lies.
   std::function<void(const std::filesystem::path&)> revealFile;
+  // Opens a web address in the user's browser.
+  std::function<void(const std::string&)> openAddress;
 };
 
 // Main thread. Made when the window opens, gone when it closes: edits that were not saved go with it.

@@ -62,13 +62,23 @@ void listen(BusSoleProcess& sole, NotificationCenter& notifications, const Logge
       [log] { log.warning("The session bus is gone; links cannot reach this instance any more."); });
 }
 
+// In the browser of the desktop, which knows which one that is.
+void openAddress(const std::string& address, const Logger& log) {
+  const auto started =
+      startDetached({.executable = "/usr/bin/xdg-open", .arguments = {address}, .environment = processEnvironment()});
+  if (!started) log.warning("The address could not be opened: " + started.error().text);
+}
+
+void reveal(DesktopOpener& opener, const std::filesystem::path& file, const Logger& log) {
+  opener.reveal(file, [log](const Status& shown) {
+    if (!shown) log.warning("The file could not be shown: " + shown.error().text);
+  });
+}
+
 // The helper's log, or this program's own where none is there yet.
 void revealLog(DesktopOpener& opener, UserMachine& machine, const Logger& log) {
   const auto& places = machine.places;
-  const auto file = machine.files.exists(places.logFile()) ? places.logFile() : places.userLogFile();
-  opener.reveal(file, [log](const Status& shown) {
-    if (!shown) log.warning("The log could not be shown: " + shown.error().text);
-  });
+  reveal(opener, machine.files.exists(places.logFile()) ? places.logFile() : places.userLogFile(), log);
 }
 
 template <class Function>
