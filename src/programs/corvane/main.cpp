@@ -21,6 +21,7 @@
 #include "background/self_update_lookup.h"
 #include "core/policies/gui_instance_policy.h"
 #include "core/preferences/display_title.h"
+#include "diagnostics/usage_telemetry.h"
 #include "notifications/crv_notification_delegate.h"
 #include "platform/posix/process_environment.h"
 #include "platform/posix/standard_descriptors.h"
@@ -140,7 +141,17 @@ int launch(UserMachine& machine, const LaunchArguments& arguments) {
                                  .entropy = machine.entropy,
                                  .log = machine.log});
   SelfUpdateLookup display({.preferences = services.preferences, .http = session.http, .clock = machine.clock});
-  const auto workflow = services.workflow(notices, display);
+  UsageTelemetry telemetry({.main = machine.loop.mainQueue(),
+                            .clock = machine.clock,
+                            .entropy = machine.entropy,
+                            .files = machine.files,
+                            .http = session.http,
+                            .preferences = services.preferences,
+                            .notifications = services.notifications,
+                            .log = machine.log,
+                            .queueFile = machine.places.usageSignals()});
+  telemetry.followSettings();
+  const auto workflow = services.workflow(notices, display, telemetry);
   StatusViewModel model(workflow);
   // The model begins once the helper is there; a cycle that is complete is shown as such before.
   model.refreshDeadlineDisplay();
@@ -171,10 +182,12 @@ int launch(UserMachine& machine, const LaunchArguments& arguments) {
                                      if (const auto& own = model.fields().selfUpdate.selfUpdateAvailable)
                                        model.startSelfUpdate(own->label);
                                    }},
-                   .activeChanged = [&](bool active) {
-                     machine.application.setActive(active);
-                     if (active) services.notifications.post(CorvaneDidBecomeActive());
-                   }};
+                   .logFilePath = [&] { return machine.log.logFilePath(); },
+                   .activeChanged =
+                       [&](bool active) {
+                         machine.application.setActive(active);
+                         if (active) services.notifications.post(CorvaneDidBecomeActive());
+                       }};
   auto* runWindows = windowsFunction<int(WindowsHost&)>(machine.bundle.path(), kRunWindowsSymbol);
   if (runWindows == nullptr) return 1;
 
