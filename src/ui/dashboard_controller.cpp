@@ -19,8 +19,8 @@ Duration untilItsNextMinute(Date moment, Date now) { return (moment - now) % kDa
 }  // namespace
 
 DashboardController::DashboardController(StatusViewModel& model, const WorkflowServices& services, PromptBridge& prompt,
-                                         WindowActions host)
-    : model_(model), services_(services), host_(std::move(host)), bridge_(actions(), prompt) {
+                                         WindowActions host, LogBridge* logs)
+    : model_(model), services_(services), host_(std::move(host)), bridge_(actions(), prompt, logs) {
   changes_ = model_.observe([this] { refresh(); });
   refresh();
 }

@@ -18,7 +18,7 @@ namespace corvane::ui {
 class DashboardController {
  public:
   DashboardController(StatusViewModel& model, const WorkflowServices& services, PromptBridge& prompt,
-                      WindowActions host);
+                      WindowActions host, LogBridge* logs = nullptr);
 
   [[nodiscard]] DashboardBridge& bridge() { return bridge_; }
 

@@ -11,6 +11,7 @@
 #include "ui/dashboard_controller.h"
 #include "ui/dashboard_window.h"
 #include "ui/desktop_appearance.h"
+#include "ui/log_controller.h"
 #include "ui/page_engine.h"
 #include "ui/prompt_surface.h"
 #include "ui/windows_application.h"
@@ -34,7 +35,16 @@ int runWindows(WindowsHost& host) {
   QtMainLoop loop(host.loop);
   PromptSurface prompt(host.prompt, host.services);
   ConfirmationSurface confirmation(host.confirmation, host.services);
-  DashboardController controller(host.model, host.services, prompt.bridge(), host.actions);
+  const auto& places = host.services.places;
+  LogViewModel logs({.main = host.services.main,
+                     .work = host.services.work,
+                     .files = host.services.files,
+                     .log = host.services.log,
+                     .systemLog = places.logFile(),
+                     .fallbackLog = places.userLogFile(),
+                     .currentWritePath = host.logFilePath});
+  LogController logPage(logs, host.services);
+  DashboardController controller(host.model, host.services, prompt.bridge(), host.actions, &logPage.bridge());
   DashboardWindow window(controller.bridge());
   if (!window.ok()) return 1;
   const DesktopAppearance appearance([&](const Appearance& wanted) {

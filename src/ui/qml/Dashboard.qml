@@ -16,14 +16,24 @@ ApplicationWindow {
     title: bridge.windowTitle
     color: Theme.window
 
+    readonly property bool showsLogs: bridge.selectedSection === "logs"
+
     Shortcut {
         sequences: [StandardKey.Refresh, "Ctrl+R"]
-        enabled: window.bridge.page.check.enabled
-        onActivated: window.bridge.checkForUpdates()
+        enabled: window.showsLogs || window.bridge.page.check.enabled
+        onActivated: window.showsLogs ? window.bridge.logs.refresh() : window.bridge.checkForUpdates()
     }
     Shortcut {
         sequences: [StandardKey.Find]
-        onActivated: page.focusFilter()
+        onActivated: window.showsLogs ? logPage.item.focusSearch() : page.focusFilter()
+    }
+    Shortcut {
+        sequence: "Ctrl+1"
+        onActivated: window.bridge.selectedSection = "status"
+    }
+    Shortcut {
+        sequence: "Ctrl+2"
+        onActivated: window.bridge.selectedSection = "logs"
     }
     Shortcut {
         sequences: [StandardKey.Close]
@@ -52,28 +62,16 @@ ApplicationWindow {
                 anchors.topMargin: Theme.margin
                 spacing: Theme.inset
 
-                Rectangle {
-                    Layout.fillWidth: true
-                    implicitHeight: 32
-                    radius: 7
-                    color: Theme.selected
-                    RowLayout {
-                        anchors.fill: parent
-                        anchors.leftMargin: 12
-                        spacing: Theme.grid
-                        Symbol {
-                            name: "gauge"
-                            role: "accent"
-                            size: 18
-                        }
-                        Text {
-                            Layout.fillWidth: true
-                            visible: !window.compact
-                            text: window.bridge.statusSectionTitle
-                            color: Theme.primary
-                            font.pixelSize: Theme.textSize
-                            font.weight: Font.Medium
-                        }
+                Repeater {
+                    model: window.bridge.sections
+                    SidebarItem {
+                        required property var modelData
+                        Layout.fillWidth: true
+                        objectName: "section-" + modelData.tag
+                        section: modelData
+                        compact: window.compact
+                        checked: window.bridge.selectedSection === modelData.tag
+                        onClicked: window.bridge.selectedSection = modelData.tag
                     }
                 }
                 Item { Layout.fillHeight: true }
@@ -105,11 +103,21 @@ ApplicationWindow {
 
         StatusPage {
             id: page
+            visible: !window.showsLogs
             Layout.fillWidth: true
             Layout.fillHeight: true
             page: window.bridge.page
             rows: window.bridge.rows
             actions: window.bridge
+        }
+
+        Loader {
+            id: logPage
+            visible: window.showsLogs
+            active: window.showsLogs || item !== null
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            sourceComponent: LogPage { logs: window.bridge.logs }
         }
     }
 }
