@@ -28,7 +28,7 @@ Services::Services(Ports ports)
       neutral(preferences),
       ports_(std::move(ports)) {}
 
-WorkflowServices Services::workflow(DeferralNotices& notices, SelfUpdateDisplay& display) {
+WorkflowServices Services::workflow(DeferralNotices& notices, SelfUpdateDisplay& display, UsageSignals& signals) {
   return {.main = ports_.main,
           .work = ports_.work,
           .clock = ports_.clock,
@@ -55,7 +55,7 @@ WorkflowServices Services::workflow(DeferralNotices& notices, SelfUpdateDisplay&
           .installFacts = installFacts,
           .prompts = promptWindows,
           .notices = notices,
-          .signals = neutral.signals,
+          .signals = signals,
           .selfUpdateDisplay = display};
 }
 

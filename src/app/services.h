@@ -64,9 +64,11 @@ class Services {
   explicit Services(Ports ports);
 
   [[nodiscard]] const Ports& ports() const { return ports_; }
-  // With the notices of a program that has some; a program without leaves them out.
-  [[nodiscard]] WorkflowServices workflow(DeferralNotices& notices, SelfUpdateDisplay& display);
-  [[nodiscard]] WorkflowServices workflow() { return workflow(neutral.notices, neutral.selfUpdateDisplay); }
+  // With the notices and the sink of a program that has some; a program without leaves them out.
+  [[nodiscard]] WorkflowServices workflow(DeferralNotices& notices, SelfUpdateDisplay& display, UsageSignals& signals);
+  [[nodiscard]] WorkflowServices workflow() {
+    return workflow(neutral.notices, neutral.selfUpdateDisplay, neutral.signals);
+  }
 
   NotificationCenter notifications;
   PreferenceManager preferences;

@@ -1,6 +1,7 @@
 // The door between the application and its windows module, which is opened when the first window is needed.
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <string>
 
@@ -33,6 +34,8 @@ struct WindowsHost {
   WindowActions actions{};
   // What the settings window is made of, each time it opens; null where there is none to be opened.
   const SettingsParts* settings = nullptr;
+  // Where the log is written to now.
+  std::function<std::filesystem::path()> logFilePath = [] { return std::filesystem::path(); };
   // Told when a window comes to the front, and when none of ours is there any more.
   std::function<void(bool)> activeChanged = [](bool) {};
 };

@@ -40,6 +40,7 @@ struct CorvaneConstants {
   }
   [[nodiscard]] std::filesystem::path userLogFile() const { return home / "Library/Logs/Corvane/crv.log"; }
   [[nodiscard]] std::filesystem::path userSupportFolder() const { return home / "Library/Application Support/Corvane"; }
+  [[nodiscard]] std::filesystem::path usageSignals() const { return userSupportFolder() / "usage-signals.json"; }
   [[nodiscard]] std::filesystem::path instanceLock() const { return userSupportFolder() / "gui.instance.lock"; }
   // Held by whoever writes the stored state: shared by the application, alone by a corvanectl that writes.
   [[nodiscard]] std::filesystem::path stateLock() const { return userSupportFolder() / "state.lock"; }

@@ -3,10 +3,13 @@
 
 #include <QObject>
 #include <QString>
+#include <QVariant>
 #include <functional>
 
 #include "presentation/dashboard_page.h"
 #include "presentation/first_run_setup_page.h"
+#include "presentation/shortcuts_sheet.h"
+#include "ui/log_bridge.h"
 #include "ui/page_map.h"
 #include "ui/prompt_bridge.h"
 
@@ -41,12 +44,15 @@ class DashboardBridge final : public QObject {
   Q_PROPERTY(QAbstractListModel* setupSteps READ setupSteps CONSTANT)
   Q_PROPERTY(corvane::ui::PromptBridge* prompt READ prompt CONSTANT)
   Q_PROPERTY(QString windowTitle READ windowTitle WRITE setWindowTitle NOTIFY windowTitleChanged)
-  Q_PROPERTY(QString statusSectionTitle READ statusSectionTitle CONSTANT)
   Q_PROPERTY(QString settingsTitle READ settingsTitle CONSTANT)
+  Q_PROPERTY(QVariant shortcuts READ shortcuts CONSTANT)
+  Q_PROPERTY(QVariantList sections READ sections CONSTANT)
+  Q_PROPERTY(QString selectedSection READ selectedSection WRITE selectSection NOTIFY selectedSectionChanged)
+  Q_PROPERTY(corvane::ui::LogBridge* logs READ logs CONSTANT)
 
  public:
-  // `prompt` outlives it.
-  DashboardBridge(DashboardActions actions, PromptBridge& prompt, QObject* parent = nullptr);
+  // `prompt` and `logs` outlive it; null is a window without the page of the logs.
+  DashboardBridge(DashboardActions actions, PromptBridge& prompt, LogBridge* logs = nullptr, QObject* parent = nullptr);
 
   // Hands QML the fields that differ from the page before.
   void setPage(const DashboardPage& page) { map_.set(page); }
@@ -59,9 +65,17 @@ class DashboardBridge final : public QObject {
   [[nodiscard]] QAbstractListModel* setupSteps() { return setup_.rows(); }
   [[nodiscard]] PromptBridge* prompt() const { return &prompt_; }
   [[nodiscard]] QString windowTitle() const { return windowTitle_; }
-  [[nodiscard]] QString statusSectionTitle() const;
   // Of the button that opens them; empty where there are none.
   [[nodiscard]] QString settingsTitle() const;
+  // What the sheet of shortcuts shows.
+  [[nodiscard]] QVariant shortcuts() const { return shortcuts_; }
+  void setShortcuts(const ShortcutsSheet& sheet) { shortcuts_ = toVariant(sheet); }
+  // Of the sidebar: tag, text and symbol of each.
+  [[nodiscard]] QVariantList sections() const;
+  [[nodiscard]] QString selectedSection() const { return selectedSection_; }
+  // By its tag. The log is read anew each time its page appears.
+  void selectSection(const QString& tag);
+  [[nodiscard]] LogBridge* logs() const { return logs_; }
 
   Q_INVOKABLE void discoverInstalledApps() { actions_.discoverInstalledApps(); }
   Q_INVOKABLE void checkForUpdates() { actions_.checkForUpdates(); }
@@ -88,13 +102,17 @@ class DashboardBridge final : public QObject {
 
  Q_SIGNALS:
   void windowTitleChanged();
+  void selectedSectionChanged();
 
  private:
   DashboardActions actions_;
   PromptBridge& prompt_;
+  LogBridge* logs_;
+  QString selectedSection_ = QStringLiteral("status");
   PageMap<DashboardPage, AppStatusRow> map_;
   PageMap<FirstRunSetupPage, SetupStep> setup_;
   QString windowTitle_;
+  QVariant shortcuts_ = toVariant(ShortcutsSheet());
 };
 
 }  // namespace corvane::ui

@@ -20,14 +20,15 @@ Duration untilItsNextMinute(Date moment, Date now) { return (moment - now) % kDa
 }  // namespace
 
 DashboardController::DashboardController(StatusViewModel& model, const WorkflowServices& services, PromptBridge& prompt,
-                                         WindowActions host, std::function<void()> openSettings)
+                                         WindowActions host, LogBridge* logs, std::function<void()> openSettings)
     : model_(model),
       services_(services),
       host_(std::move(host)),
-      bridge_(actions(std::move(openSettings)), prompt),
+      bridge_(actions(std::move(openSettings)), prompt, logs),
       setup_(model, services, host_.revealLog) {
   setupChanges_ = setup_.observe([this] { bridge_.setSetupPage(setup_.page()); });
   bridge_.setSetupPage(setup_.page());
+  bridge_.setShortcuts(makeShortcutsSheet(PageTexts(AppDisplayTitle(services_.preferences.loadConfiguration()))));
   changes_ = model_.observe([this] { refresh(); });
   refresh();
 }

@@ -19,9 +19,9 @@ namespace corvane::ui {
 // Main thread. Holds the page's own state: which rows are expanded, and a dismissed banner.
 class DashboardController {
  public:
-  // `openSettings` may be absent.
+  // Without `logs` the window has no page of them; `openSettings` may be absent too.
   DashboardController(StatusViewModel& model, const WorkflowServices& services, PromptBridge& prompt,
-                      WindowActions host, std::function<void()> openSettings = {});
+                      WindowActions host, LogBridge* logs = nullptr, std::function<void()> openSettings = {});
 
   [[nodiscard]] DashboardBridge& bridge() { return bridge_; }
 

@@ -13,6 +13,7 @@
 #include "ui/dashboard_controller.h"
 #include "ui/dashboard_window.h"
 #include "ui/desktop_appearance.h"
+#include "ui/log_controller.h"
 #include "ui/page_engine.h"
 #include "ui/prompt_surface.h"
 #include "ui/settings_surface.h"
@@ -43,7 +44,17 @@ int runWindows(WindowsHost& host) {
     settings.emplace(host.model, host.services, *host.settings, prompt.bridge());
     openSettings = [&settings] { settings->open(); };
   }
-  DashboardController controller(host.model, host.services, prompt.bridge(), host.actions, openSettings);
+  const auto& places = host.services.places;
+  LogViewModel logs({.main = host.services.main,
+                     .work = host.services.work,
+                     .files = host.services.files,
+                     .log = host.services.log,
+                     .systemLog = places.logFile(),
+                     .fallbackLog = places.userLogFile(),
+                     .currentWritePath = host.logFilePath});
+  LogController logPage(logs, host.services);
+  DashboardController controller(host.model, host.services, prompt.bridge(), host.actions, &logPage.bridge(),
+                                 openSettings);
   DashboardWindow window(controller.bridge());
   if (!window.ok()) return 1;
   const DesktopAppearance appearance([&](const Appearance& wanted) {

@@ -1,6 +1,7 @@
-// Draws the dashboard, the prompt, the confirmation and the settings in each of their states into a folder:
+// Draws the dashboard, the logs, the prompt, the confirmation and the settings in each of their states into a folder:
 // corvane_screenshots FOLDER [NAME...]
 #include <QGuiApplication>
+#include <QQuickItem>
 #include <QQuickWindow>
 #include <algorithm>
 #include <cstdio>
@@ -8,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "pictures/log_states.h"
 #include "pictures/page_states.h"
 #include "pictures/prompt_states.h"
 #include "pictures/settings_states.h"
@@ -40,6 +42,27 @@ bool draw(const PageState& state, const DeferralPromptPage& prompt, const std::f
   promptBridge.setPage(prompt);
   window.show();
   QCoreApplication::processEvents();
+  return save(window.grab(), folder, state.name);
+}
+
+bool draw(const LogState& state, const std::filesystem::path& folder) {
+  const auto behind = ordinaryState();
+  ui::PromptBridge promptBridge({});
+  ui::LogBridge logs({.refresh = [] {}, .clear = [] {}, .setLevel = [](auto&) {}, .setSearch = [](auto&) {}});
+  logs.setPage(state.page);
+  logs.setRows(state.rows, Calendar::utc());
+  ui::DashboardBridge bridge({}, promptBridge, &logs);
+  bridge.setWindowTitle(QStringLiteral("Corvane"));
+  bridge.setPage(behind.page());
+  ui::DashboardWindow window(bridge);
+  if (!window.ok()) return false;
+  window.setAppearance({.dark = state.dark, .reducedMotion = true});
+  window.resize(state.width, state.height);
+  window.show();
+  bridge.selectSection(QStringLiteral("logs"));
+  QCoreApplication::processEvents();
+  if (auto* list = window.window()->findChild<QQuickItem*>(QStringLiteral("logEntries")))
+    list->setProperty("current", state.chosen);
   return save(window.grab(), folder, state.name);
 }
 
@@ -111,6 +134,8 @@ int main(int argc, char** argv) {
   };
   for (const auto& state : allPageStates())
     if (wanted(state.name)) fine = draw(state, {}, arguments.front()) && fine;
+  for (const auto& state : allLogStates())
+    if (wanted(state.name)) fine = draw(state, arguments.front()) && fine;
   for (const auto& state : allPromptStates())
     if (wanted(state.name)) fine = draw(state, arguments.front()) && fine;
   for (const auto& state : allSettingsStates())

@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <system_error>
@@ -24,13 +25,16 @@
 #include "background/self_update_lookup.h"
 #include "core/policies/gui_instance_policy.h"
 #include "core/preferences/display_title.h"
+#include "diagnostics/usage_telemetry.h"
 #include "notifications/crv_notification_delegate.h"
 #include "platform/linux/gettext_texts.h"
+#include "platform/posix/detached_process.h"
 #include "platform/posix/executable_bundle.h"
 #include "platform/posix/process_environment.h"
 #include "platform/posix/standard_descriptors.h"
 #include "presentation/deferral_prompt_controller.h"
 #include "presentation/install_confirmation_controller.h"
+#include "presentation/settings_controller.h"
 #include "programs/corvane/session_machine.h"
 #include "programs/user/user_diagnostics.h"
 #include "programs/user/user_machine.h"
@@ -184,7 +188,17 @@ int launch(UserMachine& machine, const LaunchArguments& arguments) {
                                  .entropy = machine.entropy,
                                  .log = machine.log});
   SelfUpdateLookup display({.preferences = services.preferences, .http = session.http, .clock = machine.clock});
-  const auto workflow = services.workflow(notices, display);
+  UsageTelemetry telemetry({.main = machine.loop.mainQueue(),
+                            .clock = machine.clock,
+                            .entropy = machine.entropy,
+                            .files = machine.files,
+                            .http = session.http,
+                            .preferences = services.preferences,
+                            .notifications = services.notifications,
+                            .log = machine.log,
+                            .queueFile = machine.places.usageSignals()});
+  telemetry.followSettings();
+  const auto workflow = services.workflow(notices, display, telemetry);
   StatusViewModel model(workflow);
   // The model begins once the helper is there; a cycle that is complete is shown as such before.
   model.refreshDeadlineDisplay();
@@ -204,6 +218,18 @@ int launch(UserMachine& machine, const LaunchArguments& arguments) {
                               .http = session.http,
                               .bundle = machine.bundle,
                               .userName = userShortName()});
+  // Made when the first bundle is asked for.
+  std::optional<UserDiagnostics> diagnostics;
+  const SettingsParts settings{.telemetry = telemetry,
+                               .center = session.notifications,
+                               .bundle = machine.bundle,
+                               .generateDiagnostics =
+                                   [&](Completion<Result<std::filesystem::path>> done) {
+                                     if (!diagnostics) diagnostics.emplace(machine, services);
+                                     diagnostics->service.toDesktop()(std::move(done));
+                                   },
+                               .revealFile = [&](const auto& file) { reveal(session.opener, file, log); },
+                               .openAddress = [&](const auto& address) { openAddress(address, log); }};
   WindowsHost host{.model = model,
                    .services = workflow,
                    .loop = machine.loop,
@@ -216,10 +242,13 @@ int launch(UserMachine& machine, const LaunchArguments& arguments) {
                                        model.startSelfUpdate(own->label);
                                    },
                                .revealLog = [&] { revealLog(session.opener, machine, log); }},
-                   .activeChanged = [&](bool active) {
-                     machine.application.setActive(active);
-                     if (active) services.notifications.post(CorvaneDidBecomeActive());
-                   }};
+                   .settings = &settings,
+                   .logFilePath = [&] { return machine.log.logFilePath(); },
+                   .activeChanged =
+                       [&](bool active) {
+                         machine.application.setActive(active);
+                         if (active) services.notifications.post(CorvaneDidBecomeActive());
+                       }};
   auto* runWindows = windowsFunction<int(WindowsHost&)>(machine.bundle.path(), kRunWindowsSymbol);
   if (runWindows == nullptr) return 1;
 

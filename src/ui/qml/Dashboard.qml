@@ -16,14 +16,24 @@ ApplicationWindow {
     title: bridge.windowTitle
     color: Theme.window
 
+    readonly property bool showsLogs: bridge.selectedSection === "logs"
+
     Shortcut {
         sequences: [StandardKey.Refresh, "Ctrl+R"]
-        enabled: window.bridge.page.check.enabled
-        onActivated: window.bridge.checkForUpdates()
+        enabled: window.showsLogs || window.bridge.page.check.enabled
+        onActivated: window.showsLogs ? window.bridge.logs.refresh() : window.bridge.checkForUpdates()
     }
     Shortcut {
         sequences: [StandardKey.Find]
-        onActivated: page.focusFilter()
+        onActivated: window.showsLogs ? logPage.item.focusSearch() : page.focusFilter()
+    }
+    Shortcut {
+        sequence: "Ctrl+1"
+        onActivated: window.bridge.selectedSection = "status"
+    }
+    Shortcut {
+        sequence: "Ctrl+2"
+        onActivated: window.bridge.selectedSection = "logs"
     }
     Shortcut {
         sequences: [StandardKey.Close]
@@ -34,6 +44,16 @@ ApplicationWindow {
         sequences: [StandardKey.Preferences, "Ctrl+,"]
         enabled: window.bridge.settingsTitle !== ""
         onActivated: window.bridge.openSettings()
+    }
+
+    Shortcut {
+        sequences: ["Ctrl+?", "Ctrl+Shift+/"]
+        onActivated: shortcuts.open()
+    }
+    ShortcutsSheet {
+        id: shortcuts
+        objectName: "shortcutsSheet"
+        sheet: window.bridge.shortcuts
     }
 
     readonly property bool compact: width < 760
@@ -58,28 +78,16 @@ ApplicationWindow {
                 anchors.topMargin: Theme.margin
                 spacing: Theme.inset
 
-                Rectangle {
-                    Layout.fillWidth: true
-                    implicitHeight: 32
-                    radius: 7
-                    color: Theme.selected
-                    RowLayout {
-                        anchors.fill: parent
-                        anchors.leftMargin: 12
-                        spacing: Theme.grid
-                        Symbol {
-                            name: "gauge"
-                            role: "accent"
-                            size: 18
-                        }
-                        Text {
-                            Layout.fillWidth: true
-                            visible: !window.compact
-                            text: window.bridge.statusSectionTitle
-                            color: Theme.primary
-                            font.pixelSize: Theme.textSize
-                            font.weight: Font.Medium
-                        }
+                Repeater {
+                    model: window.bridge.sections
+                    SidebarItem {
+                        required property var modelData
+                        Layout.fillWidth: true
+                        objectName: "section-" + modelData.tag
+                        section: modelData
+                        compact: window.compact
+                        checked: window.bridge.selectedSection === modelData.tag
+                        onClicked: window.bridge.selectedSection = modelData.tag
                     }
                 }
                 Item { Layout.fillHeight: true }
@@ -119,7 +127,7 @@ ApplicationWindow {
 
         StatusPage {
             id: page
-            visible: !window.bridge.setup.visible
+            visible: !window.showsLogs && !window.bridge.setup.visible
             Layout.fillWidth: true
             Layout.fillHeight: true
             page: window.bridge.page
@@ -128,7 +136,7 @@ ApplicationWindow {
         }
         Loader {
             active: window.bridge.setup.visible
-            visible: active
+            visible: active && !window.showsLogs
             Layout.fillWidth: true
             Layout.fillHeight: true
             sourceComponent: FirstRunSetup {
@@ -136,6 +144,14 @@ ApplicationWindow {
                 steps: window.bridge.setupSteps
                 actions: window.bridge
             }
+        }
+        Loader {
+            id: logPage
+            visible: window.showsLogs
+            active: window.showsLogs || item !== null
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            sourceComponent: LogPage { logs: window.bridge.logs }
         }
     }
 }
