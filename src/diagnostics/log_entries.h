@@ -20,10 +20,11 @@ enum class LogEntryLevel { all, info, warning, error };
 
 template <>
 struct CaseNames<LogEntryLevel> {
-  static constexpr auto all = std::to_array<CaseName<LogEntryLevel>>({{LogEntryLevel::all, "all", "All"},
-                                                                      {LogEntryLevel::info, "info", "Info"},
-                                                                      {LogEntryLevel::warning, "warning", "Warnings"},
-                                                                      {LogEntryLevel::error, "error", "Errors"}});
+  static constexpr auto all =
+      std::to_array<CaseName<LogEntryLevel>>({{LogEntryLevel::all, "all", toLocalize("All")},
+                                              {LogEntryLevel::info, "info", toLocalize("Info")},
+                                              {LogEntryLevel::warning, "warning", toLocalize("Warnings")},
+                                              {LogEntryLevel::error, "error", toLocalize("Errors")}});
 };
 
 // Which entry of which load; an entry of a later load never has the same.

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/localized.h"
 #include "core/logging/log_file_catalog.h"
 #include "core/logging/log_record_codec.h"
 
@@ -86,16 +87,16 @@ void LogViewModel::take(const Paths& paths, Loaded loaded) {
 
 void LogViewModel::tellStatus(const Paths& considered, const Paths& read) {
   if (read.empty()) {
-    logPath_ = "Log files (none present): " + joined(considered, " | ");
-    logPathStatusHelp_ =
+    logPath_ = localized("Log files (none present): {}", joined(considered, " | "));
+    logPathStatusHelp_ = localized(
         "Looked for the system log and the per-user fallback. Neither file exists yet. Clear never creates or "
-        "truncates these files.";
+        "truncates these files.");
   } else if (read.size() == 1) {
-    logPath_ = "Log file: " + read.front().string();
-    logPathStatusHelp_ = "On-disk log files are never modified by Clear.";
+    logPath_ = localized("Log file: {}", read.front().string());
+    logPathStatusHelp_ = localized(kNeverModified);
   } else {
-    logPath_ = "Log files: " + joined(read, " | ");
-    logPathStatusHelp_ = fmt::format(
+    logPath_ = localized("Log files: {}", joined(read, " | "));
+    logPathStatusHelp_ = localized(
         "Merged {} on-disk log file(s). Clear only empties the display; files are not modified.", read.size());
   }
 }

@@ -7,9 +7,11 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/lifeline.h"
+#include "base/localized.h"
 #include "base/main_queue.h"
 #include "base/observers.h"
 #include "base/work_queue.h"
@@ -37,6 +39,8 @@ class LogViewModel {
   using LogLevel = LogEntryLevel;
   using LogEntry = corvane::LogEntry;
 
+  // What stands beside the path while there is one to read.
+  static constexpr std::string_view kNeverModified = toLocalize("On-disk log files are never modified by Clear.");
   // Of a longer file only the end is read.
   static constexpr std::size_t kMostBytes = 512U << 20U;
 
@@ -91,7 +95,7 @@ class LogViewModel {
   LogLevel level_ = LogLevel::all;
   std::string searchText_;
   std::string logPath_;
-  std::string logPathStatusHelp_ = "On-disk log files are never modified by Clear.";
+  std::string logPathStatusHelp_ = localized(kNeverModified);
   bool canClear_ = false;
   bool hasLoaded_ = false;
   Cancel load_;       // of the one load that is out

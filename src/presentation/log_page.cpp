@@ -30,13 +30,13 @@ std::string oneLine(std::string_view message) {
 }
 
 std::vector<FilterSegment> filtersOf(LogEntryLevel chosen, const PageTexts& texts) {
-  const std::string help[] = {texts.text("Show entries of every level."),
-                              texts.text("Show informational entries only."), texts.text("Show warnings only."),
-                              texts.text("Show errors only.")};
+  const std::string help[] = {texts.localized("Show entries of every level."),
+                              texts.localized("Show informational entries only."),
+                              texts.localized("Show warnings only."), texts.localized("Show errors only.")};
   std::vector<FilterSegment> segments;
   for (const auto& name : CaseNames<LogEntryLevel>::all)
     segments.push_back({.key = std::string(name.raw),
-                        .text = texts.text(name.display),
+                        .text = texts.localized(name.display),
                         .help = help[segments.size()],
                         .selected = name.value == chosen});
   return segments;
@@ -45,16 +45,20 @@ std::vector<FilterSegment> filtersOf(LogEntryLevel chosen, const PageTexts& text
 EmptyState emptyStateOf(const LogViewModel& model, const PageTexts& texts) {
   if (!model.filteredLogs().empty()) return {};
   if (model.isLoading() || !model.hasLoaded())
-    return {.visible = true, .symbol = "clock", .title = texts.text("Reading the log files…")};
-  if (model.isFiltering()) return {.visible = true, .symbol = "magnifyingglass", .title = texts.text("Searching…")};
+    return {.visible = true, .symbol = "clock", .title = texts.localized("Reading the log files…")};
+  if (model.isFiltering())
+    return {.visible = true, .symbol = "magnifyingglass", .title = texts.localized("Searching…")};
   const bool nothingAtAll = model.logs().empty();
-  EmptyState empty{.visible = true,
-                   .symbol = nothingAtAll ? "app" : "magnifyingglass",
-                   .title = texts.text(nothingAtAll ? "No log entries" : "No matching entries"),
-                   .text = texts.text(nothingAtAll ? "Refresh reads the log files again."
-                                                   : "No entry has this level and holds this text.")};
+  EmptyState empty{
+      .visible = true,
+      .symbol = nothingAtAll ? "app" : "magnifyingglass",
+      .title = texts.localized(nothingAtAll ? toLocalize("No log entries") : toLocalize("No matching entries")),
+      .text = texts.localized(nothingAtAll ? toLocalize("Refresh reads the log files again.")
+                                           : toLocalize("No entry has this level and holds this text."))};
   auto& button = nothingAtAll ? empty.check : empty.showAll;
-  button = {.text = texts.text(nothingAtAll ? "Refresh" : "Show All"), .visible = true, .enabled = true};
+  button = {.text = texts.localized(nothingAtAll ? toLocalize("Refresh") : toLocalize("Show All")),
+            .visible = true,
+            .enabled = true};
   return empty;
 }
 
@@ -62,40 +66,41 @@ std::string countTextOf(const LogViewModel& model, const Locale& locale, const P
   const auto number = [&](std::size_t count) { return locale.number(static_cast<std::int64_t>(count)); };
   const auto all = model.logs().size();
   const auto shown = model.filteredLogs().size();
-  if (model.isLoading()) return texts.text("Reading the log files…");
-  if (model.isFiltering()) return texts.text("Searching…");
+  if (model.isLoading()) return texts.localized("Reading the log files…");
+  if (model.isFiltering()) return texts.localized("Searching…");
   if (all == 0) return {};
-  if (shown == all) return all == 1 ? texts.text("1 entry") : texts.text("{} entries", number(all));
-  return texts.text("{} of {} entries", number(shown), number(all));
+  if (shown == all) return all == 1 ? texts.localized("1 entry") : texts.localized("{} entries", number(all));
+  return texts.localized("{} of {} entries", number(shown), number(all));
 }
 
 }  // namespace
 
 LogPage makeLogPage(const LogViewModel& model, const Locale& locale, const PageTexts& texts) {
-  return {.title = texts.text("Logs"),
-          .pathStatus = model.logPath(),
-          .pathHelp = model.logPathStatusHelp(),
-          .filters = filtersOf(model.logLevelFilter(), texts),
-          .filterSymbol = "line.3.horizontal.decrease.circle",
-          .searchText = model.searchText(),
-          .searchPrompt = texts.text("Filter by source or text…"),
-          .clearSearchHelp = texts.text("Clear the search text."),
-          .refresh = {.text = texts.text("Refresh"),
-                      .help = texts.text("Read the log files again."),
-                      .visible = true,
-                      .enabled = true},
-          .clear = {.text = texts.text("Clear"),
-                    .help = texts.text("Clear the displayed log entries. The on-disk log file is not modified — click "
-                                       "Refresh to reload it."),
-                    .visible = true,
-                    .enabled = model.canClear()},
-          .copy = {.text = texts.text("Copy"),
-                   .help = texts.text("Copy the whole entry."),
-                   .visible = true,
-                   .enabled = true},
-          .countText = countTextOf(model, locale, texts),
-          .loading = model.isLoading(),
-          .empty = emptyStateOf(model, texts)};
+  return {
+      .title = texts.localized("Logs"),
+      .pathStatus = model.logPath(),
+      .pathHelp = model.logPathStatusHelp(),
+      .filters = filtersOf(model.logLevelFilter(), texts),
+      .filterSymbol = "line.3.horizontal.decrease.circle",
+      .searchText = model.searchText(),
+      .searchPrompt = texts.localized("Filter by source or text…"),
+      .clearSearchHelp = texts.localized("Clear the search text."),
+      .refresh = {.text = texts.localized("Refresh"),
+                  .help = texts.localized("Read the log files again."),
+                  .visible = true,
+                  .enabled = true},
+      .clear = {.text = texts.localized("Clear"),
+                .help = texts.localized("Clear the displayed log entries. The on-disk log file is not modified — click "
+                                        "Refresh to reload it."),
+                .visible = true,
+                .enabled = model.canClear()},
+      .copy = {.text = texts.localized("Copy"),
+               .help = texts.localized("Copy the whole entry."),
+               .visible = true,
+               .enabled = true},
+      .countText = countTextOf(model, locale, texts),
+      .loading = model.isLoading(),
+      .empty = emptyStateOf(model, texts)};
 }
 
 LogRow makeLogRow(const LogEntry& entry, const Calendar& calendar) {
