@@ -27,6 +27,10 @@ _corvanectl() {
     deadline)
       words='--help --json'
       ;;
+    explain)
+      words='--help --json'
+      [[ $word != -* ]] && words+=" $(corvanectl list 2>/dev/null | awk 'NR > 1 { print $1 }')"
+      ;;
     history)
       words='--help --json'
       [[ $word != -* ]] && words+=" $(corvanectl list 2>/dev/null | awk 'NR > 1 { print $1 }')"
@@ -34,12 +38,16 @@ _corvanectl() {
     settings)
       words='--help --json'
       ;;
+    bundle)
+      words='--help --output --json'
+      [[ $word != -* ]] && COMPREPLY=($(compgen -f -- "$word"))
+      ;;
     validate)
       words='--help --json'
       [[ $word != -* ]] && COMPREPLY=($(compgen -f -- "$word"))
       ;;
   esac
-  [[ $COMP_CWORD -eq 1 ]] && words='status list discover check update defer deadline history settings validate help --help --version'
+  [[ $COMP_CWORD -eq 1 ]] && words='status list discover check update defer deadline explain history settings bundle validate help --help --version'
   COMPREPLY+=($(compgen -W "$words" -- "$word"))
 }
 complete -F _corvanectl corvanectl
