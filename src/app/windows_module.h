@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <string_view>
 
 #include "app/prompt_windows.h"
 #include "workflow/status_view_model.h"
@@ -34,6 +35,8 @@ struct WindowsHost {
   WindowActions actions{};
   // What the settings window is made of, each time it opens; null where there is none to be opened.
   const SettingsParts* settings = nullptr;
+  // The user's words for a literal. The module has a text catalogue of its own, which speaks as this does.
+  std::function<std::string(std::string_view)> texts{};
   // Where the log is written to now.
   std::function<std::filesystem::path()> logFilePath = [] { return std::filesystem::path(); };
   // Told when a window comes to the front, and when none of ours is there any more.

@@ -24,7 +24,7 @@ constexpr auto kRows = std::to_array<Row>({
     {"Ctrl+Tab", toLocalize("Go to the next section of the settings")},
     {"Esc", toLocalize("Close what floats above the window")},
     {"Ctrl+W", toLocalize("Close the window")},
-    {"Ctrl+?", toLocalize("Show these shortcuts")},
+    {"F1, Ctrl+?", toLocalize("Show these shortcuts")},
 });
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <functional>
 #include <optional>
 
+#include "base/localized.h"
 #include "platform/qt/qt_main_loop.h"
 #include "platform/uv/uv_main_loop.h"
 #include "presentation/deferral_prompt_controller.h"
@@ -30,6 +31,7 @@ struct Arguments {
 };
 
 int runWindows(WindowsHost& host) {
+  installTextCatalogue(host.texts);
   Arguments arguments;
   QGuiApplication application(arguments.count, arguments.list);
   prepareApplication();

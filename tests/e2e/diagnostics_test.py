@@ -23,10 +23,11 @@ class Diagnostics(sample_mac.SampleMacTest):
     def environment(self):
         return super().environment() | {"TMPDIR": str(self.temporary)}
 
-    def corvane(self, *arguments, expect=0):
+    def corvane(self, *arguments, expect=0, language="C"):
         outcome = self.outcome(subprocess.Popen(
             [PROGRAM, "--generate-diagnostic-bundle", *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-            stderr=subprocess.PIPE, text=True, env=self.environment(), cwd=self.root))
+            stderr=subprocess.PIPE, text=True, env=self.environment() | {"LANG": language},
+            cwd=self.root))
         self.assertEqual(outcome.code, expect, outcome)
         self.assertEqual(list(self.temporary.iterdir()), [], "the staging folder stays behind")
         return outcome
@@ -112,6 +113,10 @@ class Diagnostics(sample_mac.SampleMacTest):
         self.assertEqual(self.corvane("--output", "--verbose", expect=1).err,
                          "Corvane: Missing path after --output. "
                          "Example: --generate-diagnostic-bundle --output /var/tmp\n")
+        # Also where the system lacks that locale's data.
+        self.assertEqual(self.corvane("--output", expect=1, language="de_DE.UTF-8").err,
+                         "Corvane: Nach --output fehlt ein Pfad. "
+                         "Beispiel: --generate-diagnostic-bundle --output /var/tmp\n")
 
 
 if __name__ == "__main__":

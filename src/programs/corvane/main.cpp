@@ -23,6 +23,7 @@
 #include "app/windows_module.h"
 #include "background/deferral_notifications.h"
 #include "background/self_update_lookup.h"
+#include "base/localized.h"
 #include "core/policies/gui_instance_policy.h"
 #include "core/preferences/display_title.h"
 #include "diagnostics/usage_telemetry.h"
@@ -243,6 +244,7 @@ int launch(UserMachine& machine, const LaunchArguments& arguments) {
                                    },
                                .revealLog = [&] { revealLog(session.opener, machine, log); }},
                    .settings = &settings,
+                   .texts = [](std::string_view literal) { return localized(literal); },
                    .logFilePath = [&] { return machine.log.logFilePath(); },
                    .activeChanged =
                        [&](bool active) {

@@ -47,7 +47,7 @@ ApplicationWindow {
     }
 
     Shortcut {
-        sequences: ["Ctrl+?", "Ctrl+Shift+/"]
+        sequences: [StandardKey.HelpContents, "Ctrl+?"]  // one for each press: two that fit are none
         onActivated: shortcuts.open()
     }
     ShortcutsSheet {
