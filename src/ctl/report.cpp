@@ -22,31 +22,9 @@ std::string dateText(const std::optional<Date>& date, const Calendar& calendar) 
 JsonValue textJson(const std::optional<std::string>& text) { return text ? JsonValue(*text) : JsonValue(); }
 
 std::string_view typeName(SettingType type) {
-  switch (type) {
-    case SettingType::boolean:
-    case SettingType::flexibleBoolean:
-      return "boolean";
-    case SettingType::integer:
-    case SettingType::optionalInteger:
-      return "integer";
-    case SettingType::text:
-    case SettingType::optionalText:
-    case SettingType::timeOfDay:
-    case SettingType::enumeration:
-      return "string";
-    case SettingType::labelList:
-    case SettingType::pathList:
-      return "list of strings";
-    case SettingType::integerList:
-      return "list of integers";
-    case SettingType::dictionary:
-      return "dictionary";
-    case SettingType::date:
-      return "date";
-    case SettingType::data:
-      break;
-  }
-  return "data";
+  if (type == SettingType::integerList) return "list of integers";
+  const auto name = propertyListTypeName(type);
+  return name == "array" ? "list of strings" : name;
 }
 
 std::vector<std::size_t> columnWidths(const std::vector<std::vector<std::string>>& rows) {

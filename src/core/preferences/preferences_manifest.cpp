@@ -1,6 +1,7 @@
 // docs/org.corvane.Corvane.manifest.plist.
 #include "base/plist.h"
 #include "core/places.h"
+#include "core/preferences/setting_values.h"
 #include "core/preferences/settings_table.h"
 
 namespace corvane {
@@ -12,33 +13,6 @@ PlistArray namesOf(SettingChoices choices) {
   PlistArray names;
   for (std::size_t i = 0; !choices(i).empty(); ++i) names.emplace_back(choices(i));
   return names;
-}
-
-std::string_view typeName(SettingType type) {
-  switch (type) {
-    case SettingType::boolean:
-    case SettingType::flexibleBoolean:
-      return "boolean";
-    case SettingType::integer:
-    case SettingType::optionalInteger:
-      return "integer";
-    case SettingType::text:
-    case SettingType::optionalText:
-    case SettingType::timeOfDay:
-    case SettingType::enumeration:
-      return "string";
-    case SettingType::labelList:
-    case SettingType::pathList:
-    case SettingType::integerList:
-      return "array";
-    case SettingType::dictionary:
-      return "dictionary";
-    case SettingType::date:
-      return "date";
-    case SettingType::data:
-      return "data";
-  }
-  return {};
 }
 
 PlistValue defaultOf(const SettingDefault& fallback) {
@@ -77,12 +51,12 @@ PlistDict entryOf(const Setting& setting) {
   PlistDict entry{{"pfm_name", setting.key},
                   {"pfm_title", titleOf(setting)},
                   {"pfm_description", setting.meaning},
-                  {"pfm_type", typeName(setting.type)}};
+                  {"pfm_type", propertyListTypeName(setting.type)}};
   if (auto fallback = defaultOf(setting.fallback); fallback != PlistValue()) entry["pfm_default"] = std::move(fallback);
   if (setting.neverLogged) entry["pfm_sensitive"] = true;
   if (setting.type == SettingType::timeOfDay) entry["pfm_format"] = kTimeFormat;
   if (setting.type == SettingType::enumeration) entry["pfm_range_list"] = namesOf(setting.choices);
-  const auto type = typeName(setting.type);
+  const auto type = propertyListTypeName(setting.type);
   if (type == "array" || type == "dictionary")
     entry["pfm_subkeys"] = elementsOf(setting);
   else

@@ -217,6 +217,33 @@ JsonValue jsonFrom(const SettingDefault& fallback) {
   return nullptr;
 }
 
+std::string_view propertyListTypeName(SettingType type) {
+  switch (type) {
+    case SettingType::boolean:
+    case SettingType::flexibleBoolean:
+      return "boolean";
+    case SettingType::integer:
+    case SettingType::optionalInteger:
+      return "integer";
+    case SettingType::text:
+    case SettingType::optionalText:
+    case SettingType::timeOfDay:
+    case SettingType::enumeration:
+      return "string";
+    case SettingType::labelList:
+    case SettingType::pathList:
+    case SettingType::integerList:
+      return "array";
+    case SettingType::dictionary:
+      return "dictionary";
+    case SettingType::date:
+      return "date";
+    case SettingType::data:
+      break;
+  }
+  return "data";
+}
+
 std::string_view sourceName(ValueSource source) {
   switch (source) {
     case ValueSource::managed:

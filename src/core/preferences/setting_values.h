@@ -33,6 +33,9 @@ struct EffectiveValue {
   std::optional<PlistValue> value;  // absent: the default, which is in the table
 };
 
+// "boolean", "integer", "string", "array", "dictionary", "date" or "data".
+[[nodiscard]] std::string_view propertyListTypeName(SettingType type);
+
 // The value in its canonical form: lists as lists of texts, enumerations by their raw string, flexible
 // booleans as booleans. Absent when it has another type, is out of range or says nothing.
 [[nodiscard]] std::optional<PlistValue> canonical(const Setting& setting, const PlistValue& value);
