@@ -1,5 +1,6 @@
 #include "presentation/settings_controller.h"
 
+#include "core/preferences/installer_options.h"
 #include "platform/scripted/scripted_user_notifications.h"
 #include "workflow/workflow_fixture.h"
 
@@ -72,6 +73,16 @@ TEST_F(SettingsControllerTest, everyKeyStandsOnceAndEverySavedOneHasAControl) {
                 setting->key == "InstallomatorOptions")
         << setting->key;
   EXPECT_EQ(controller->page().bannerCaption, "Contact Desk with questions about configured settings.");
+}
+
+TEST_F(SettingsControllerTest, thePickersOfferWhatTheToolTakes) {
+  openTab("installomator");
+  for (const auto* key : {"NOTIFY", "BLOCKING_PROCESS_ACTION", "LOGO"}) {
+    std::vector<std::string> offered;
+    for (const auto& choice : control(key).choices)
+      if (choice.value != "custom") offered.push_back(choice.value);
+    EXPECT_TRUE(std::ranges::equal(offered, findInstallerOption(key)->values)) << key;
+  }
 }
 
 TEST_F(SettingsControllerTest, stepsWithinTheRangeAndTowardsItFromOutside) {

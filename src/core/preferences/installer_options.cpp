@@ -70,8 +70,6 @@ bool isPlainNumber(std::string_view value) {
   return !value.empty() && value.size() <= kMostDigits && std::ranges::all_of(value, isDigit);
 }
 
-std::span<const InstallerOption> installerOptions() { return kOptions; }
-
 const InstallerOption* findInstallerOption(std::string_view key) {
   const auto found = std::ranges::find(kOptions, key, &InstallerOption::key);
   return found == kOptions.end() ? nullptr : &*found;

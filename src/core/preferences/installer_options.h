@@ -25,7 +25,6 @@ struct InstallerOption {
 // Few digits and nothing else.
 [[nodiscard]] bool isPlainNumber(std::string_view value);
 
-[[nodiscard]] std::span<const InstallerOption> installerOptions();
 // Null for a key that the table does not hold.
 [[nodiscard]] const InstallerOption* findInstallerOption(std::string_view key);
 [[nodiscard]] bool takesValue(const InstallerOption& option, std::string_view value);
