@@ -9,7 +9,7 @@
 
 namespace corvane {
 
-enum class DurationUnit { minute, hour, day };
+enum class DurationUnit { second, minute, hour, day };
 
 // Main thread. All wordings follow the user's locale; en_US gives the wordings that the tests hold.
 class Locale {

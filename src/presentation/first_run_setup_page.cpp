@@ -20,15 +20,6 @@ StepState helperStepState(const HelperFields& helper, HelperStatus status) {
   return status == HelperStatus::requiresApproval ? StepState::inProgress : StepState::pending;
 }
 
-// "45 seconds", "1 minute, 30 seconds".
-std::string elapsedText(Duration elapsed, const Locale& locale) {
-  const auto seconds = std::max<std::int64_t>(std::chrono::floor<std::chrono::seconds>(elapsed).count(), 0);
-  const auto rest = localized(seconds % 60 == 1 ? toLocalize("{} second") : toLocalize("{} seconds"), seconds % 60);
-  if (seconds < 60) return rest;
-  const auto minutes = locale.duration(seconds / 60, DurationUnit::minute);
-  return seconds % 60 == 0 ? minutes : localized("{}, {}", minutes, rest);
-}
-
 PageButton control(std::string text, bool enabled = true, std::string help = {}) {
   return {.text = std::move(text), .help = std::move(help), .visible = true, .enabled = enabled};
 }
@@ -73,17 +64,18 @@ Made installomatorStep(const FirstRunSetupInputs& inputs, const PageTexts& texts
     made.control = control(
         texts.localized("Reveal Log"), true,
         texts.localized("Open the Corvane log file in Finder. Errors during Installomator download appear here."));
-  const auto elapsed = inputs.step2InProgressSince ? inputs.now - *inputs.step2InProgressSince : Duration::zero();
+  const auto elapsed = std::max(inputs.now - inputs.step2InProgressSince.value_or(inputs.now), Duration::zero());
+  const auto elapsedText = amountText(std::chrono::floor<std::chrono::seconds>(elapsed), inputs.locale);
   if (elapsed < kStillDownloading)
     made.description = localized("Downloading Installomator into /Library/Application Support/Corvane…");
   else if (elapsed < kLongerThanUsual)
-    made.description = localized("Still downloading Installomator into /Library/Application Support/Corvane… ({})",
-                                 elapsedText(elapsed, inputs.locale));
+    made.description =
+        localized("Still downloading Installomator into /Library/Application Support/Corvane… ({})", elapsedText);
   else
     made.description = texts.localized(
         "This is taking longer than usual ({}). The root helper retries the download every 60 seconds. Tap Reveal Log "
         "to see what's happening, or check your network connection.",
-        elapsedText(elapsed, inputs.locale));
+        elapsedText);
   return made;
 }
 

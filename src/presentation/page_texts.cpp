@@ -1,6 +1,5 @@
 #include "presentation/page_texts.h"
 
-#include <chrono>
 #include <cstdint>
 
 namespace corvane {
@@ -68,11 +67,19 @@ std::string remainingText(Date moment, Date now, const Locale& locale) {
   const auto left = begun(moment - now);
   if (left < 1min) return localized("less than a minute");
   const auto minutes = std::chrono::floor<std::chrono::minutes>(left).count();
-  if (left < 1h) return locale.duration(minutes, DurationUnit::minute);
   if (left >= 48h) return locale.duration(calendarDaysBetween(now, moment, locale), DurationUnit::day);
-  auto hours = locale.duration(minutes / 60, DurationUnit::hour);
-  if (left >= 24h || minutes % 60 == 0) return hours;
-  return localized("{}, {}", hours, locale.duration(minutes % 60, DurationUnit::minute));
+  if (left >= 24h) return locale.duration(minutes / 60, DurationUnit::hour);
+  return amountText(std::chrono::minutes(minutes), locale);
+}
+
+std::string amountText(std::chrono::seconds amount, const Locale& locale) {
+  if (amount < 1min) return locale.duration(amount.count(), DurationUnit::second);
+  const bool inHours = amount >= 1h;
+  const auto whole = inHours ? amount / 1h : amount / 1min;
+  const auto rest = inHours ? amount % 1h / 1min : amount % 1min / 1s;
+  auto text = locale.duration(whole, inHours ? DurationUnit::hour : DurationUnit::minute);
+  if (rest == 0) return text;
+  return localized("{}, {}", text, locale.duration(rest, inHours ? DurationUnit::minute : DurationUnit::second));
 }
 
 std::string monogramOf(const std::string& name) {

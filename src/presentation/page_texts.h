@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <chrono>
 #include <string>
 #include <string_view>
 
@@ -24,6 +25,10 @@ namespace corvane {
 // What is left until a moment ahead, by the same measure but to the minute within a day: "59 minutes",
 // "1 hour, 59 minutes", "2 days". Main thread.
 [[nodiscard]] std::string remainingText(Date moment, Date now, const Locale& locale);
+
+// A length of time in its two largest units, hours and below: "45 seconds", "1 minute, 30 seconds", "24 hours",
+// "1 hour, 30 minutes". Main thread.
+[[nodiscard]] std::string amountText(std::chrono::seconds amount, const Locale& locale);
 
 // What stands for an application without an icon: the first letter of its name, whatever its alphabet.
 [[nodiscard]] std::string monogramOf(const std::string& name);

@@ -84,10 +84,9 @@ std::string deferralsText(std::int64_t count, const Locale& locale) {
 std::string measured(const StepperRule& rule, std::int64_t value, const Locale& locale) {
   switch (rule.unit) {
     case Unit::seconds:
-      if (value < 60) return localized("{} seconds", locale.number(value));
-      return hoursAndMinutesText(value / 60, locale);
+      return amountText(std::chrono::seconds(value), locale);
     case Unit::minutes:
-      return hoursAndMinutesText(value, locale);
+      return amountText(std::chrono::minutes(value), locale);
     case Unit::hours:
       return locale.duration(value, DurationUnit::hour);
     case Unit::days:
@@ -133,13 +132,6 @@ std::optional<Date> dateFromField(std::string_view text, const Calendar& calenda
   const auto date = std::chrono::year(year) / std::chrono::month(month) / std::chrono::day(day);
   if (!minutes || !date.ok()) return std::nullopt;
   return calendar.at(date, std::chrono::minutes(*minutes));
-}
-
-std::string hoursAndMinutesText(std::int64_t minutes, const Locale& locale) {
-  if (minutes < 60) return locale.duration(minutes, DurationUnit::minute);
-  auto hours = locale.duration(minutes / 60, DurationUnit::hour);
-  if (minutes % 60 == 0) return hours;
-  return localized("{}, {}", hours, locale.duration(minutes % 60, DurationUnit::minute));
 }
 
 std::string settingProblem(const SettingsViewModel& model, std::string_view key) {

@@ -88,9 +88,6 @@ struct StepperRule {
 [[nodiscard]] std::string dateFieldText(Date date, const Calendar& calendar);
 [[nodiscard]] std::optional<Date> dateFromField(std::string_view text, const Calendar& calendar);
 
-// "24 hours", "1 hour, 30 minutes", by hours and minutes. Main thread.
-[[nodiscard]] std::string hoursAndMinutesText(std::int64_t minutes, const Locale& locale);
-
 // What is wrong with a field as it stands, localised; empty when nothing is.
 [[nodiscard]] std::string settingProblem(const SettingsViewModel& model, std::string_view key);
 

@@ -35,6 +35,7 @@ TYPED_TEST(LocaleContract, NumbersAndDurationsAreWordedInFull) {
   EXPECT_EQ(world.locale.number(7), "7");
   EXPECT_EQ(world.locale.number(1204), "1,204");
   EXPECT_EQ(world.locale.number(-1204567), "-1,204,567");
+  EXPECT_EQ(world.locale.duration(45, DurationUnit::second), "45 seconds");
   EXPECT_EQ(world.locale.duration(1, DurationUnit::hour), "1 hour");
   EXPECT_EQ(world.locale.duration(90, DurationUnit::minute), "90 minutes");
   EXPECT_EQ(world.locale.duration(0, DurationUnit::day), "0 days");

@@ -40,6 +40,20 @@ std::string zoneInPath(std::string_view path) {
   return std::string(zone);
 }
 
+icu::MeasureUnit measureOf(DurationUnit unit) {
+  switch (unit) {
+    case DurationUnit::second:
+      return icu::MeasureUnit::getSecond();
+    case DurationUnit::minute:
+      return icu::MeasureUnit::getMinute();
+    case DurationUnit::hour:
+      return icu::MeasureUnit::getHour();
+    case DurationUnit::day:
+      break;
+  }
+  return icu::MeasureUnit::getDay();
+}
+
 }  // namespace
 
 std::string localeNameFromEnvironment() {
@@ -143,13 +157,9 @@ std::string LinuxLocale::number(std::int64_t value) const {
 }
 
 std::string LinuxLocale::duration(std::int64_t count, DurationUnit unit) const {
-  using Unit = icu::MeasureUnit;
-  const auto measured = unit == DurationUnit::minute ? Unit::getMinute()
-                        : unit == DurationUnit::hour ? Unit::getHour()
-                                                     : Unit::getDay();
   UErrorCode status = U_ZERO_ERROR;
   const auto text = icu::number::NumberFormatter::withLocale(wording_->locale)
-                        .unit(measured)
+                        .unit(measureOf(unit))
                         .unitWidth(UNUM_UNIT_WIDTH_FULL_NAME)
                         .formatInt(count, status)
                         .toString(status);

@@ -51,8 +51,8 @@ std::string ScriptedLocale::number(std::int64_t value) const {
 }
 
 std::string ScriptedLocale::duration(std::int64_t count, DurationUnit unit) const {
-  const auto* name = unit == DurationUnit::minute ? "minute" : unit == DurationUnit::hour ? "hour" : "day";
-  return fmt::format("{} {}{}", number(count), name, count == 1 ? "" : "s");
+  constexpr std::array<std::string_view, 4> kNames = {"second", "minute", "hour", "day"};
+  return fmt::format("{} {}{}", number(count), kNames.at(static_cast<std::size_t>(unit)), count == 1 ? "" : "s");
 }
 
 // A number becomes a digit's place, its length and its digits, so that longer ones come behind shorter ones.
