@@ -1,10 +1,8 @@
 // A question over a window, with its two answers. Escape is a No.
 import QtQuick
-import QtQuick.Controls as Controls
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
-Dialog {
+Sheet {
     id: root
 
     required property string question
@@ -13,68 +11,53 @@ Dialog {
     required property var no
     signal answered(bool yes)
 
-    parent: Controls.Overlay.overlay
-    anchors.centerIn: parent
     width: Math.min(Theme.scaled(400), parent ? parent.width - 2 * Theme.margin : 0)
-    padding: Theme.margin
-    modal: true
-    focus: true
-    closePolicy: Popup.NoAutoClose
-    onOpened: noButton.forceActiveFocus(Qt.PopupFocusReason)
 
-    Controls.Overlay.modal: Rectangle { color: "#66000000" }
-    enter: Transition {
-        NumberAnimation { property: "opacity"; from: 0; to: 1; duration: Theme.motion }
-    }
-    exit: Transition {
-        NumberAnimation { property: "opacity"; to: 0; duration: Theme.motion }
-    }
-    background: Rectangle {
-        radius: Theme.radius
-        color: Theme.card
-        border.width: 1
-        border.color: Theme.outline
-    }
-
-    contentItem: ColumnLayout {
-        spacing: Theme.grid
-        Keys.onEscapePressed: root.answered(false)
-        Accessible.role: Accessible.Dialog
-        Accessible.name: root.question
-        Accessible.description: root.text
-
-        Text {
-            Layout.fillWidth: true
-            text: root.question
-            color: Theme.primary
-            font.pixelSize: Theme.headingSize
-            font.weight: Font.DemiBold
-            wrapMode: Text.Wrap
-        }
-        Text {
-            Layout.fillWidth: true
-            text: root.text
-            color: Theme.secondary
-            font.pixelSize: Theme.textSize
-            lineHeight: 1.25
-            wrapMode: Text.Wrap
-        }
-        RowLayout {
-            Layout.fillWidth: true
-            Layout.topMargin: 2 * Theme.grid
+    body: Component {
+        ColumnLayout {
             spacing: Theme.grid
-            Item { Layout.fillWidth: true }
-            ActionButton {
-                id: noButton
-                objectName: "answerNo"
-                button: root.no
-                onClicked: root.answered(false)
+            Keys.onEscapePressed: root.answered(false)
+            Accessible.role: Accessible.Dialog
+            Accessible.name: root.question
+            Accessible.description: root.text
+
+            Text {
+                Layout.fillWidth: true
+                text: root.question
+                color: Theme.primary
+                font.pixelSize: Theme.headingSize
+                font.weight: Font.DemiBold
+                wrapMode: Text.Wrap
             }
-            ActionButton {
-                objectName: "answerYes"
-                button: root.yes
-                primary: true
-                onClicked: root.answered(true)
+            Text {
+                Layout.fillWidth: true
+                text: root.text
+                color: Theme.secondary
+                font.pixelSize: Theme.textSize
+                lineHeight: 1.25
+                wrapMode: Text.Wrap
+            }
+            RowLayout {
+                Layout.fillWidth: true
+                Layout.topMargin: 2 * Theme.grid
+                spacing: Theme.grid
+                Item { Layout.fillWidth: true }
+                ActionButton {
+                    id: noButton
+                    objectName: "answerNo"
+                    button: root.no
+                    onClicked: root.answered(false)
+                    Connections {
+                        target: root
+                        function onOpened() { noButton.forceActiveFocus(Qt.PopupFocusReason) }
+                    }
+                }
+                ActionButton {
+                    objectName: "answerYes"
+                    button: root.yes
+                    primary: true
+                    onClicked: root.answered(true)
+                }
             }
         }
     }

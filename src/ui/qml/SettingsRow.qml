@@ -91,18 +91,27 @@ Item {
             width: parent.width
             text: root.helpIsLabel ? "" : root.help
         }
-        SettingsCaption {
-            objectName: "problem:" + root.key
+        // Few rows have either.
+        Loader {
             width: parent.width
-            text: root.problem
-            symbol: "exclamationmark.triangle.fill"
-            role: "red"
+            active: root.problem !== ""
+            visible: active
+            sourceComponent: SettingsCaption {
+                objectName: "problem:" + root.key
+                text: root.problem
+                symbol: "exclamationmark.triangle.fill"
+                role: "red"
+            }
         }
-        SettingsCaption {
-            objectName: "managed:" + root.key
+        Loader {
             width: parent.width
-            text: root.managed
-            symbol: "lock.fill"
+            active: root.managed !== ""
+            visible: active
+            sourceComponent: SettingsCaption {
+                objectName: "managed:" + root.key
+                text: root.managed
+                symbol: "lock.fill"
+            }
         }
     }
 
