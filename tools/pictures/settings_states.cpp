@@ -1,5 +1,7 @@
 #include "pictures/settings_states.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace corvane {
@@ -155,6 +157,7 @@ std::vector<SettingsState> allSettingsStates() {
   narrow.width = 560;
   narrow.height = 900;
   states.push_back(narrow);
+  std::ranges::move(settingsTabStates(), std::back_inserter(states));
   const auto light = states;
   for (auto copy : light) {
     copy.name += "-dark";

@@ -20,6 +20,11 @@ struct SettingsState {
 // A page with a control of each kind, written by hand: what the window draws without knowing what it is about.
 [[nodiscard]] SettingsPage everyKindOfControl();
 
+// The four tabs as the form makes them: of a person who decides alone, of an organisation that decides everything and
+// has long names, and in the test mode.
+[[nodiscard]] std::vector<SettingsState> settingsTabStates();
+
+// All of them, light and dark.
 [[nodiscard]] std::vector<SettingsState> allSettingsStates();
 
 }  // namespace corvane
