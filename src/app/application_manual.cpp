@@ -22,7 +22,9 @@ std::string applicationManual() {
       {"0", "The application was quit, another instance runs already, or the job is done."},
       {"1",
        "The job failed, no display takes a window, or the folder in CORVANE_ROOT is not to be trusted; a line on "
-       "standard error says which."}};
+       "standard error says which."},
+      {"A signal",
+       "A job that SIGINT, SIGTERM or SIGHUP interrupts takes away what it had gathered and ends by that signal."}};
   const ManualPage::Entry variables[] = {
       {"CORVANE_ROOT",
        "The system root to work on, an absolute path, instead of /. Its folder must belong to the user, and nobody "
