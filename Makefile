@@ -9,7 +9,7 @@
 #   make format       clang-format over the sources
 #   make lint         clang-tidy over the sources
 #   make texts        gather the texts and merge the languages with them
-#   make docs         write the generated documents, the manual and the completions anew
+#   make docs         write the generated documents, the manuals and the completions anew
 #   make clean        remove build/
 
 SHELL := /bin/sh
@@ -61,10 +61,11 @@ lint: build/debug/build.ninja
 	@tools/lint
 
 docs: build/debug/build.ninja
-	@cmake --build --preset debug --target corvane_core_preferences_tests corvane_ctl_tests
+	@cmake --build --preset debug --target corvane_core_preferences_tests corvane_ctl_tests \
+	  corvane_app_tests corvane_helper_tests
 	@mkdir -p packaging/man packaging/completion
-	@CORVANE_UPDATE_DOCS=1 build/debug/tests/corvane_core_preferences_tests --gtest_filter='*Document*'
-	@CORVANE_UPDATE_DOCS=1 build/debug/tests/corvane_ctl_tests --gtest_filter='*Document*'
+	@for part in core_preferences ctl app helper; do \
+	  CORVANE_UPDATE_DOCS=1 build/debug/tests/corvane_$${part}_tests --gtest_filter='*Document*' || exit 1; done
 
 texts:
 	@tools/texts

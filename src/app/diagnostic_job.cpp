@@ -58,7 +58,14 @@ Result<fs::path> awaitDiagnosticBundle(const DiagnosticWriter& write, const fs::
   // Shared, for the answer may come after nobody waits for it any more.
   const auto outcome = std::make_shared<std::optional<Result<fs::path>>>();
   write(output, [outcome](Result<fs::path> result) { *outcome = std::move(result); });
-  if (pump([&] { return outcome->has_value(); }, kDiagnosticLimit)) return **outcome;
+  switch (pump([&] { return outcome->has_value(); }, kDiagnosticLimit)) {
+    case Waited::done:
+      return **outcome;
+    case Waited::interrupted:
+      return failure("CRVDiagnosticJob", EINTR, localized("The diagnostic bundle was given up."));
+    case Waited::tooLong:
+      break;
+  }
   return failure("CRVDiagnosticJob", ETIMEDOUT, localized("Timed out generating the diagnostic bundle."));
 }
 

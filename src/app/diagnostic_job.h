@@ -34,10 +34,11 @@ using HomeOf = std::function<std::optional<std::filesystem::path>(std::string_vi
 [[nodiscard]] std::string byteCountText(std::uint64_t bytes);
 
 using DiagnosticWriter = std::function<void(std::filesystem::path output, Completion<Result<std::filesystem::path>>)>;
-using DiagnosticPump = std::function<bool(const std::function<bool()>& done, Duration limit)>;
+enum class Waited { done, tooLong, interrupted };
+using DiagnosticPump = std::function<Waited(const std::function<bool()>& done, Duration limit)>;
 
-// Has `write` write a bundle to `output` and waits for it, at most kDiagnosticLimit. What comes later is lost. At top
-// level only.
+// Has `write` write a bundle to `output` and waits for it, at most kDiagnosticLimit and until it is interrupted. What
+// comes later is lost. At top level only.
 [[nodiscard]] Result<std::filesystem::path> awaitDiagnosticBundle(const DiagnosticWriter& write,
                                                                   const std::filesystem::path& output,
                                                                   const DiagnosticPump& pump);

@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "base/ascii.h"
+#include "base/manual_page.h"
+#include "core/places.h"
 #include "ctl/command.h"
 
 namespace corvane::ctl {
@@ -53,20 +55,6 @@ std::string summaryOf(const VerbFacts& facts) {
   return std::string(trimmed(overview.substr(start, overview.find('\n', start) - start)));
 }
 
-std::string roff(std::string_view line) {
-  std::string text = line.starts_with('.') || line.starts_with('\'') ? "\\&" : "";
-  for (const char c : line) text += c == '-' ? "\\-" : c == '\\' ? "\\e" : std::string(1, c);
-  return text;
-}
-
-// Help as it stands, each line a line.
-std::string verbatim(std::string_view help) {
-  std::string text = ".nf\n";
-  std::istringstream lines{std::string(help)};
-  for (std::string line; std::getline(lines, line);) text += line.empty() ? ".sp\n" : roff(line) + "\n";
-  return text + ".fi\n";
-}
-
 constexpr std::string_view kMade = "made from the commands of corvanectl by `make docs`";
 // Labels stand in the first column, under their head.
 constexpr std::string_view kLabels = "corvanectl list 2>/dev/null | awk 'NR > 1 { print $1 }'";
@@ -74,15 +62,18 @@ constexpr std::string_view kLabels = "corvanectl list 2>/dev/null | awk 'NR > 1 
 }  // namespace
 
 std::string manualPage() {
-  auto text = fmt::format(
-      ".\\\" {}\n.TH CORVANECTL 1 \"\" Corvane\n.SH NAME\ncorvanectl \\- keep the applications on a Mac up to date\n"
-      ".SH SYNOPSIS\n.B corvanectl\n.I COMMAND\n[\\fILABEL\\fR...] [\\-\\-json]\n.SH OVERVIEW\n",
-      kMade);
-  text += verbatim(overviewHelp()) + ".SH COMMANDS\n";
-  for (const auto& facts : verbs()) text += fmt::format(".SS {}\n{}", facts.name, verbatim(facts.help));
-  return text +
-         ".SH FILES\n.TP\n.I ~/Library/Preferences/org.corvane.Corvane.plist\nThe user's settings and state.\n.TP\n"
-         ".I /Library/Managed Preferences/org.corvane.Corvane.plist\nWhat a configuration profile sets.\n";
+  const CorvaneConstants places{.root = "/", .home = "~"};
+  const ManualPage::Entry files[] = {
+      {places.userPreferencesPath(), "The user's settings and state."},
+      {places.managedPreferencesPath(), "What a configuration profile sets."},
+  };
+  ManualPage page("corvanectl", 1, "keep the applications on a Mac up to date", kMade);
+  page.heading("SYNOPSIS").paragraph("corvanectl COMMAND [LABEL...] [--json]");
+  page.heading("OVERVIEW").verbatim(overviewHelp()).heading("COMMANDS");
+  for (const auto& facts : verbs()) page.subheading(facts.name).verbatim(facts.help);
+  page.heading("FILES").entries(files);
+  page.heading("SEE ALSO").paragraph("Corvane(1), CorvaneRootHelper(8)");
+  return page.text();
 }
 
 std::string bashCompletion() {

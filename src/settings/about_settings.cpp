@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "base/ascii.h"
 #include "base/localized.h"
 #include "base/plist.h"
 
@@ -46,7 +47,7 @@ std::optional<std::string> systemVersion(const Files& files, const CorvaneConsta
   if (values == nullptr) return std::nullopt;
   const auto found = values->find("ProductVersion");
   const auto text = found == values->end() ? std::nullopt : found->second.string();
-  return text ? std::optional<std::string>(*text) : std::nullopt;
+  return text && !trimmed(*text).empty() ? std::optional<std::string>(*text) : std::nullopt;
 }
 
 }  // namespace

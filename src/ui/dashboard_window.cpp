@@ -11,10 +11,7 @@ DashboardWindow::DashboardWindow(DashboardBridge& bridge)
 
 DashboardWindow::~DashboardWindow() = default;
 
-void DashboardWindow::show() {
-  window_->show();
-  bringToFront(*window_);
-}
+void DashboardWindow::show() { showInFront(*window_); }
 
 void DashboardWindow::resize(int width, int height) { window_->resize(width, height); }
 

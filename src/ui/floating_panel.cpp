@@ -35,8 +35,7 @@ bool FloatingPanel::make() {
 bool FloatingPanel::show() {
   if (window_ == nullptr && !make()) return false;
   if (!window_->isVisible()) centre();
-  window_->show();
-  bringToFront(*window_);
+  showInFront(*window_);
   return true;
 }
 

@@ -41,7 +41,12 @@ void applyAppearance(QQuickWindow& window, const Appearance& appearance) {
   theme->setProperty("textScale", appearance.textScale);
 }
 
-void bringToFront(QQuickWindow& window) {
+void showInFront(QQuickWindow& window) {
+  // Shown once more, a maximised one would be made small.
+  if (!window.isVisible())
+    window.show();
+  else
+    window.setWindowStates(window.windowStates() & ~Qt::WindowMinimized);
   // A platform without a screen has no order of windows, and says so each time.
   if (QGuiApplication::platformName() != QStringLiteral("offscreen")) window.raise();
   window.requestActivate();

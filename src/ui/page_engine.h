@@ -17,8 +17,9 @@ namespace corvane::ui {
 
 void applyAppearance(QQuickWindow& window, const Appearance& appearance);
 
-// Raises the window and asks for the keyboard.
-void bringToFront(QQuickWindow& window);
+// Shows the window where it is hidden or minimised, raises it and asks for the keyboard. It keeps the size that its
+// user gave it.
+void showInFront(QQuickWindow& window);
 
 // What the window shows now, once its pictures have come.
 [[nodiscard]] QImage grabWhole(QQuickWindow& window);

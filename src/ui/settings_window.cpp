@@ -19,10 +19,7 @@ SettingsWindow::~SettingsWindow() {
   if (window_ != nullptr) window_->disconnect(this);
 }
 
-void SettingsWindow::show() {
-  window_->show();
-  bringToFront(*window_);
-}
+void SettingsWindow::show() { showInFront(*window_); }
 
 void SettingsWindow::setAppearance(const Appearance& appearance) { applyAppearance(*window_, appearance); }
 

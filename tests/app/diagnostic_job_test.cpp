@@ -30,7 +30,7 @@ struct DiagnosticJobTest : ::testing::Test {
                                         .pump =
                                             [this](const auto& done, Duration limit) {
                                               waited = limit;
-                                              return done();
+                                              return done() ? Waited::done : ending;
                                             },
                                         .out = [this](std::string_view text) { out += text; },
                                         .err = [this](std::string_view text) { err += text; }});
@@ -40,6 +40,7 @@ struct DiagnosticJobTest : ::testing::Test {
   std::filesystem::path zip = disk.write("x.zip", std::string(842'600, 'x'));
   std::optional<Result<std::filesystem::path>> answer = zip;
   bool terminal = false;
+  Waited ending = Waited::tooLong;  // of a wait without an answer
   Duration waited{};
   std::string asked;
   std::string out;
@@ -83,6 +84,10 @@ TEST_F(DiagnosticJobTest, FailsWithALineAndNoPath) {
   EXPECT_EQ(err,
             "Contoso Updates: Unable to write diagnostic bundle to /var/tmp: "
             "Timed out generating the diagnostic bundle.\n");
+  ending = Waited::interrupted;
+  EXPECT_EQ(run({}), 1);
+  EXPECT_EQ(err,
+            "Contoso Updates: Unable to write diagnostic bundle to /var/tmp: The diagnostic bundle was given up.\n");
   EXPECT_EQ(out, "");
 }
 

@@ -3,6 +3,7 @@
 import os
 import plistlib
 import re
+import signal
 import stat
 import subprocess
 import zipfile
@@ -99,6 +100,27 @@ class Diagnostics(sample_mac.SampleMacTest):
         files = self.opened(self.home / "x.zip")
         self.assertLessEqual({"metadata.txt", "prefs/"}, set(files))
         self.assertIn(b"Installomator.sh: missing\n", files["metadata.txt"])
+
+    def test_a_run_that_is_interrupted_leaves_nothing(self):
+        with open(self.root / "Library/Logs/Corvane/crv.log", "wb") as log:
+            log.truncate(256 << 20)  # takes its time, and no room here
+        output = ["--output", self.root / "x.zip"]
+        copying, zipping = 1, 2  # what the staging folder holds then
+        for program, entries, told in (([PROGRAM, "--generate-diagnostic-bundle"], copying, signal.SIGINT),
+                                       ([PROGRAM.with_name("corvanectl"), "bundle"], zipping, signal.SIGINT),
+                                       ([PROGRAM.with_name("corvanectl"), "bundle"], zipping, signal.SIGTERM)):
+            with self.subTest(program=program[0].name, entries=entries, told=told):
+                process = subprocess.Popen([*program, *output], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                           stderr=subprocess.PIPE, text=True, env=self.environment(),
+                                           start_new_session=True)
+                self.addCleanup(self.end, process)
+                sample_mac.eventually(lambda: len(list(self.temporary.glob("CorvaneDiagnostic-*/*"))) >= entries)
+                os.killpg(process.pid, told)  # as a terminal does
+                outcome = self.outcome(process)
+                self.assertEqual((outcome.code, outcome.out), (-told, ""), outcome)
+                self.assertEqual(list(self.temporary.iterdir()), [])
+                self.assertFalse((self.root / "x.zip").exists())
+                self.assertIn("The diagnostic bundle was given up.", outcome.err)
 
     def test_outputs_that_cannot_be(self):
         (self.root / "file").write_text("kept")

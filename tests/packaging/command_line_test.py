@@ -1,4 +1,4 @@
-"""The manual formats without a word, and the completions complete."""
+"""The manuals format without a word, and the completions complete."""
 
 import os
 import shutil
@@ -13,11 +13,14 @@ COMPLETION = PACKAGING / "completion"
 
 class CommandLine(unittest.TestCase):
     @unittest.skipUnless(shutil.which("man"), "this machine has no man")
-    def test_the_manual_formats_without_warnings(self):
-        shown = subprocess.run(["man", "--warnings", "-l", PACKAGING / "man/corvanectl.1"], capture_output=True, text=True,
-                               env={**os.environ, "LC_ALL": "C.UTF-8", "MANWIDTH": "100"}, check=True)
-        self.assertEqual(shown.stderr, "")
-        self.assertIn("corvanectl validate FILE [--json]", shown.stdout)
+    def test_the_manuals_format_without_warnings(self):
+        for manual, line in (("corvanectl.1", "corvanectl validate FILE [--json]"),
+                             ("Corvane.1", "~/Library/Preferences/org.corvane.Corvane.plist"),
+                             ("CorvaneRootHelper.8", "  --user-home PATH              the home of that user")):
+            shown = subprocess.run(["man", "--warnings", "-l", PACKAGING / "man" / manual], capture_output=True,
+                                   text=True, env={**os.environ, "LC_ALL": "C.UTF-8", "MANWIDTH": "100"}, check=True)
+            self.assertEqual(shown.stderr, "", manual)
+            self.assertIn(line, shown.stdout, manual)
 
     def test_bash_completes_commands_options_values_and_labels(self):
         folder = Path(tempfile.mkdtemp(prefix="corvane-completion-"))

@@ -192,6 +192,33 @@ TEST_F(SettingsControllerTest, asksBeforeTheHelperIsResetAndTellsHowItEnded) {
   EXPECT_EQ(registration.registered, asked);
 }
 
+TEST_F(SettingsControllerTest, theVersionOfTheSystemIsShownWhereItsFileStatesOne) {
+  const auto file = places.root / "System/Library/CoreServices/SystemVersion.plist";
+  const auto document = [](const std::string& value) {
+    return "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>ProductVersion</key>" + value + "</dict></plist>";
+  };
+  openTab("about");
+  EXPECT_FALSE(has("systemVersion"));
+  const auto binary = writePlist(PlistDict{{"ProductVersion", "26.1"}}, PlistFormat::binary);
+  for (const auto& bytes : {document("<string>26.1</string>"), *binary}) {
+    files.put(file, bytes);
+    openTab("about");
+    EXPECT_EQ(control("systemVersion").value, "26.1");
+  }
+  for (const auto& bytes :
+       {std::string(), std::string("no property list"), binary->substr(0, binary->size() / 2),
+        document("<integer>26</integer>"), document("<string></string>"), document("<string> </string>"),
+        document("<array><string>26.1</string></array>"),
+        std::string("<?xml version=\"1.0\"?><plist version=\"1.0\"><array><string>26.1</string></array></plist>")}) {
+    files.put(file, bytes);
+    openTab("about");
+    EXPECT_FALSE(has("systemVersion")) << bytes;
+  }
+  files.failPath(file, EIO);
+  openTab("about");
+  EXPECT_FALSE(has("systemVersion"));
+}
+
 TEST_F(SettingsControllerTest, aBundleIsToldOfAlsoWhenTheWindowHasGone) {
   openTab("about");
   controller->press("generateBundle");

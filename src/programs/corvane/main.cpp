@@ -37,6 +37,7 @@
 #include "presentation/install_confirmation_controller.h"
 #include "presentation/settings_controller.h"
 #include "programs/corvane/session_machine.h"
+#include "programs/user/interruption.h"
 #include "programs/user/user_diagnostics.h"
 #include "programs/user/user_machine.h"
 #include "programs/user/user_places.h"
@@ -125,20 +126,22 @@ bool displayAtHand() {
 }
 
 int writeDiagnosticBundle(const CorvaneConstants& places, std::span<const std::string_view> arguments) {
+  Interruption interruption;
   UserMachine machine(places);
   AskedFor focus;
   const Services services(machine.ports(focus));
   UserDiagnostics diagnostics(machine, services);
   std::error_code none;
   const int code = runDiagnosticJob(
-      arguments, {.title = AppDisplayTitle(services.preferences.loadConfiguration()).current(),
-                  .homeOf = diagnostics.homes(),
-                  .current = std::filesystem::current_path(none),
-                  .terminal = isatty(STDERR_FILENO) != 0,
-                  .write = diagnostics.writer(),
-                  .pump = [&](const auto& done, Duration limit) { return machine.loop.pump(done, limit); },
-                  .out = [](std::string_view text) { fmt::print("{}", text); },
-                  .err = [](std::string_view text) { fmt::print(stderr, "{}", text); }});
+      arguments,
+      {.title = AppDisplayTitle(services.preferences.loadConfiguration()).current(),
+       .homeOf = diagnostics.homes(),
+       .current = std::filesystem::current_path(none),
+       .terminal = isatty(STDERR_FILENO) != 0,
+       .write = diagnostics.writer(),
+       .pump = [&](const auto& done, Duration limit) { return interruption.pump(machine.loop, done, limit); },
+       .out = [](std::string_view text) { fmt::print("{}", text); },
+       .err = [](std::string_view text) { fmt::print(stderr, "{}", text); }});
   // A script reads the path there, and must not take its lack for success.
   return std::fflush(stdout) == 0 ? code : 1;
 }

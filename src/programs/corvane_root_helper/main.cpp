@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include "base/notification_center.h"
@@ -50,6 +51,7 @@
 #include "platform/posix/system_clock.h"
 #include "platform/posix/system_entropy.h"
 #include "platform/uv/uv_child_processes.h"
+#include "platform/uv/uv_end_signals.h"
 #include "platform/uv/uv_main_loop.h"
 #include "platform/uv/uv_work_queue.h"
 
@@ -113,28 +115,6 @@ std::uint64_t freeBytes(const std::filesystem::path& folder) {
 CorvaneConstants constantsFor(const std::filesystem::path& root, const std::optional<ConsoleUser>& user) {
   return {.root = root, .home = user ? user->home : std::filesystem::path(kNobodysHome)};
 }
-
-// The signals that end the helper, heard by the loop.
-class EndSignals {
- public:
-  EndSignals(uv_loop_t* loop, std::function<void()> end) : end_(std::move(end)) {
-    int at = 0;
-    for (const int number : {SIGTERM, SIGINT}) {
-      uv_signal_init(loop, &signals_[at]);
-      signals_[at].data = this;
-      uv_signal_start(
-          &signals_[at], [](uv_signal_t* s, int) { static_cast<EndSignals*>(s->data)->end_(); }, number);
-      ++at;
-    }
-  }
-  void close() {
-    for (auto& one : signals_) uv_close(reinterpret_cast<uv_handle_t*>(&one), nullptr);
-  }
-
- private:
-  std::function<void()> end_;
-  uv_signal_t signals_[2]{};
-};
 
 // All of a helper, in the order in which each leans on those before it.
 class Daemon {
@@ -265,7 +245,8 @@ class Daemon {
     const auto tidying = main_.every(
         kTidying, [] { malloc_trim(0); }, kTidying / 2);
     Lease limit;
-    EndSignals signals(loop_.loop(), [&] {
+    std::optional<UvEndSignals> signals;
+    signals.emplace(loop_.loop(), std::initializer_list<int>{SIGTERM, SIGINT}, [&](int) {
       if (limit.active()) return;
       log.info("Told to end.");
       heartbeat.reset();
@@ -280,7 +261,7 @@ class Daemon {
     });
     const int code = loop_.run();
     limit.release();
-    signals.close();
+    signals.reset();
     listener->reset();
     loop_.turn();
     log.info("Ended.");

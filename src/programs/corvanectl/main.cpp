@@ -17,6 +17,7 @@
 #include "ctl/session.h"
 #include "ctl/text_width.h"
 #include "platform/posix/standard_descriptors.h"
+#include "programs/user/interruption.h"
 #include "programs/user/user_diagnostics.h"
 #include "programs/user/user_machine.h"
 #include "programs/user/user_places.h"
@@ -75,6 +76,7 @@ void tellWhenWaitingEnds() {
 int run(const ctl::Command& command) {
   const auto places = placesFromEnvironment();
   if (!places) return fail(places.error(), command.json, ExitCode::failed);
+  Interruption interruption;
   UserMachine machine(*places);
   AskedFor focus;
   Services services(machine.ports(focus));
@@ -98,7 +100,7 @@ int run(const ctl::Command& command) {
             return awaitDiagnosticBundle(
                 diagnostics.writer(),
                 standardizedPath(output, diagnostics.homes(), std::filesystem::current_path(none)),
-                [&](const auto& done, Duration limit) { return machine.loop.pump(done, limit); });
+                [&](const auto& done, Duration limit) { return interruption.pump(machine.loop, done, limit); });
           },
       .columns = columnsOf(STDOUT_FILENO),
       .out = [](std::string_view text) { write(stdout, text); },
