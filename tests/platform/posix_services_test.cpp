@@ -1,5 +1,4 @@
-// The small services of a POSIX machine: trust in folders, the session's lock, the own bundle, chance.
-#include <sys/stat.h>
+// The small services of a POSIX machine: the session's lock, the own bundle, chance.
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -7,32 +6,13 @@
 
 #include "base/plist.h"
 #include "platform/posix/executable_bundle.h"
-#include "platform/posix/folder_ownership.h"
 #include "platform/posix/instance_lock.h"
-#include "platform/posix/process_application.h"
 #include "platform/posix/system_entropy.h"
 #include "platform/scripted/scripted_entropy.h"
 #include "support/temporary_folder.h"
 #include "support/test.h"
 
 namespace corvane::testing {
-
-TEST(FolderOwnershipTest, OnlyAFolderOfOursThatNobodyElseMayWriteToIsTrusted) {
-  TemporaryFolder folder;
-  const auto root = folder.path() / "root";
-  EXPECT_THAT(checkOwnFolder(root).error().text, HasSubstr(root.string()));
-  folder.write("root/file", "");
-  EXPECT_TRUE(checkOwnFolder(root));
-  EXPECT_THAT(checkOwnFolder(root / "file").error().text, HasSubstr("is not a folder"));
-  for (const mode_t mode : {0775, 0757, 0777, 01777}) {
-    ASSERT_EQ(::chmod(root.c_str(), mode), 0);
-    EXPECT_THAT(checkOwnFolder(root).error().text, HasSubstr("written to by others")) << mode;
-  }
-  ASSERT_EQ(::chmod(root.c_str(), 0755), 0);
-  if (::geteuid() != 0) return;
-  ASSERT_EQ(::chown(root.c_str(), 65534, 65534), 0);
-  EXPECT_THAT(checkOwnFolder(root).error().text, HasSubstr("does not belong"));
-}
 
 TEST(InstanceLockTest, OneHoldsAndTheNextGetsItWhenTheProcessEndsHowever) {
   TemporaryFolder folder;
@@ -117,15 +97,6 @@ TEST(ExecutableBundleTest, OutsideABundleTheFolderStandsForIt) {
   const ExecutableBundle bundle("/build/src/programs/Corvane");
   EXPECT_EQ(bundle.path(), "/build/src/programs");
   EXPECT_EQ(ExecutableBundle().path(), ExecutableBundle::runningExecutable().parent_path());
-}
-
-TEST(ProcessApplicationTest, TheBadgeIsPassedOnWhenItChanges) {
-  std::vector<std::optional<std::string>> shown;
-  ProcessApplication application([&](const auto& label) { shown.push_back(label); });
-  EXPECT_EQ(application.activationPolicy(), ActivationPolicy::accessory);
-  for (const auto& label : {std::optional<std::string>("3"), std::optional<std::string>("3"), {}})
-    application.setBadge(label);
-  EXPECT_THAT(shown, ::testing::ElementsAre("3", std::nullopt));
 }
 
 template <class T>
