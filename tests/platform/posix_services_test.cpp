@@ -7,6 +7,7 @@
 #include "base/plist.h"
 #include "platform/posix/executable_bundle.h"
 #include "platform/posix/instance_lock.h"
+#include "platform/posix/process_application.h"
 #include "platform/posix/system_entropy.h"
 #include "platform/scripted/scripted_entropy.h"
 #include "support/temporary_folder.h"
@@ -97,6 +98,15 @@ TEST(ExecutableBundleTest, OutsideABundleTheFolderStandsForIt) {
   const ExecutableBundle bundle("/build/src/programs/Corvane");
   EXPECT_EQ(bundle.path(), "/build/src/programs");
   EXPECT_EQ(ExecutableBundle().path(), ExecutableBundle::runningExecutable().parent_path());
+}
+
+TEST(ProcessApplicationTest, TheBadgeIsPassedOnWhenItChanges) {
+  std::vector<std::optional<std::string>> shown;
+  ProcessApplication application([&](const auto& label) { shown.push_back(label); });
+  EXPECT_EQ(application.activationPolicy(), ActivationPolicy::accessory);
+  for (const auto& label : {std::optional<std::string>("3"), std::optional<std::string>("3"), {}})
+    application.setBadge(label);
+  EXPECT_THAT(shown, ::testing::ElementsAre("3", std::nullopt));
 }
 
 template <class T>
