@@ -95,7 +95,7 @@ void SimulatedMac::store(const SimulatedMacPlan& plan) {
   domains_.setManaged(plan.settings);
   domains_.setUser(plan.state);
   helper_.apps = plan.apps;
-  preferences_.writeDiscoveredApps(helper_.check({}, plan.checkedBefore));
+  preferences_.writeDiscoveredApps(helper_.check({}, false));
   preferences_.writePreference("LastDiscoveryDate", time_.now() - 24h);
 }
 

@@ -36,7 +36,6 @@ struct SimulatedMacPlan {
   PlistDict state;     // what an earlier life of the program has stored
   Habits habits;
   std::optional<std::string> dailyCheck = "09:00";  // all applications are checked each day at this local time
-  bool checkedBefore = false;                       // the versions on offer are known from the start
   bool keepsLog = true;
 };
 

@@ -61,6 +61,8 @@ TEST(PlacesFromEnvironment, AnyOtherRootIsRefusedWithTheReason) {
       {foreign, "CORVANE_ROOT: " + foreign + " does not belong to the user who runs this program", EPERM},
       {made("group", 0775), "may be written to by others; take that right away", EPERM},
       {made("world", 0757), "may be written to by others; take that right away", EPERM},
+      {made("all", 0777), "may be written to by others; take that right away", EPERM},
+      {made("sticky", 01777), "may be written to by others; take that right away", EPERM},
       {folder.write("file", ""), "is not a folder", ENOTDIR},
       {folder.path() / "gone", "cannot be looked at: No such file or directory", ENOENT},
   };
@@ -130,33 +132,6 @@ TEST(Services, StandOnAnEmptyMachineAndLeaveItAsItWas) {
     EXPECT_TRUE(services.receipts.readAllReceipts().empty());
   }
   EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
-}
-
-// What another program writes to either file is in force without a restart.
-TEST(Services, AManagedPreferenceWrittenByAnotherProgramIsTaken) {
-  const testing::TemporaryFolder folder;
-  UserMachine machine({.root = folder.path(), .home = folder.path() / "Users/ada"});
-  AskedFor focus;
-  Services services(machine.ports(focus));
-  const auto watching = services.preferences.startWatching();
-  int changes = 0;
-  const auto observing =
-      services.notifications.observe<CorvaneSettingsDidChange>([&](const CorvaneSettingsDidChange&) { ++changes; });
-  EXPECT_EQ(services.preferences.loadConfiguration()->supportTeamName, "");
-
-  const PlistDict managed{{"SupportTeamName", "Service Desk"}};
-  folder.write(std::filesystem::relative(machine.places.managedPreferencesPath(), folder.path()),
-               writePlist(managed, PlistFormat::xml).value());
-  EXPECT_TRUE(machine.loop.pump([&] { return changes > 0; }, 10s));
-  EXPECT_EQ(services.preferences.loadConfiguration()->supportTeamName, "Service Desk");
-  EXPECT_EQ(services.preferences.valueSource("SupportTeamName"), ValueSource::managed);
-
-  changes = 0;
-  const PlistDict user{{"SupportTeamName", "Somebody"}, {"VerboseMode", true}};
-  folder.write(std::filesystem::relative(machine.places.userPreferencesPath(), folder.path()),
-               writePlist(user, PlistFormat::binary).value());
-  EXPECT_TRUE(machine.loop.pump([&] { return services.preferences.loadConfiguration()->verboseMode; }, 10s));
-  EXPECT_EQ(services.preferences.loadConfiguration()->supportTeamName, "Service Desk");
 }
 
 }  // namespace

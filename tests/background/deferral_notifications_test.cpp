@@ -55,16 +55,6 @@ TEST_F(DeferralNotificationsTest, whoeverWantsToKnowHearsWhenTheyAreGone) {
   EXPECT_TRUE(children.started().back().detached);
 }
 
-TEST_F(DeferralNotificationsTest, newCountsAreToldAndRemembered) {
-  notices.notifyUpdatesAvailable({.open = 2, .total = 3, .closedAppsHandledElsewhere = true});
-  notices.notifyUpdatesAvailable({.open = 0, .total = 1, .closedAppsWaitForACPower = true});
-  ASSERT_EQ(service.added.size(), 2U);
-  EXPECT_EQ(service.added[0].body,
-            "1 closed app is being updated in the background. Quit the open apps or open Corvane to update now.");
-  EXPECT_EQ(service.added[1].title, "App updates are waiting");
-  EXPECT_EQ(world.preferences.readLastNotifiedPendingUpdatesCount(), 0);
-}
-
 TEST_F(DeferralNotificationsTest, remindersAreThoseOfTheMoment) {
   notices.scheduleReminders(time().now() + 40min, 2);
   ASSERT_EQ(requests().size(), 2U);

@@ -5,19 +5,10 @@
 #include <thread>
 
 #include "base/main_queue.h"
-#include "platform/clock.h"
+#include "platform/posix/system_clock.h"
 #include "support/test.h"
 
 namespace corvane {
-
-// The machine's clocks, for the drivers that really wait.
-class RealClock final : public Clock {
- public:
-  [[nodiscard]] Date now() const override { return std::chrono::floor<Duration>(std::chrono::system_clock::now()); }
-  [[nodiscard]] SteadyTime steadyNow() const override {
-    return std::chrono::floor<Duration>(std::chrono::steady_clock::now());
-  }
-};
 
 template <class Driver>
 struct MainQueueContract : testing::Test {

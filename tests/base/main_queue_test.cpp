@@ -15,7 +15,7 @@ namespace corvane {
 namespace {
 
 struct UvDriver {
-  RealClock clock;
+  SystemClock clock;
   UvMainLoop loop{clock};
   MainQueue& main() { return loop.mainQueue(); }
   bool runUntil(const std::function<bool()>& done) { return loop.pump(done, 10s); }
@@ -35,7 +35,7 @@ using Drivers = testing::Types<UvDriver, VirtualDriver>;
 INSTANTIATE_TYPED_TEST_SUITE_P(Real, MainQueueContract, Drivers);
 
 TEST(UvMainLoopTest, QuitGivesItsCodeAndEndsAPump) {
-  RealClock clock;
+  SystemClock clock;
   UvMainLoop loop(clock);
   loop.mainQueue().post([&] { loop.quit(7); });
   EXPECT_EQ(loop.run(), 7);
@@ -43,7 +43,7 @@ TEST(UvMainLoopTest, QuitGivesItsCodeAndEndsAPump) {
 }
 
 TEST(UvMainLoopTest, APumpEndsAtItsLimit) {
-  RealClock clock;
+  SystemClock clock;
   UvMainLoop loop(clock);
   EXPECT_FALSE(loop.pump([] { return false; }, 2ms));
 }
@@ -52,7 +52,7 @@ TEST(UvMainLoopTest, APumpEndsAtItsLimit) {
 struct JumpingClock final : Clock {
   [[nodiscard]] Date now() const override { return real.now() + ahead; }
   [[nodiscard]] SteadyTime steadyNow() const override { return real.steadyNow(); }
-  RealClock real;
+  SystemClock real;
   Duration ahead{};
 };
 
@@ -72,7 +72,7 @@ TEST(UvMainLoopTest, AJumpOfTheClockIsNoticedAtOnce) {
 }
 
 TEST(UvWorkQueueTest, AnswersComeBackAndDyingDropsWhatWaits) {
-  RealClock clock;
+  SystemClock clock;
   UvMainLoop loop(clock);
   const auto witness = std::make_shared<int>(1);
   std::atomic<int> started = 0;

@@ -72,9 +72,7 @@ TEST_F(CtlDeferral, UpdateAllDecidesAsTheWindowDoesAndTellsTheQuestion) {
 }
 
 TEST_F(CtlDeferral, UpdateAllInACompleteCycleInstallsAndTellsHowThatEnded) {
-  preferences.writePatchingCadenceState({.currentPatchingStartDate = time.now() - 24h,
-                                         .lastPatchingCompletionDate = time.now() - 1h,
-                                         .nextCycleStartDate = time.now() + 72h});
+  completeCycle();
   know({outdated("a"), current("b")});
   answerDiscoveries({Apps{outdated("a")}, Apps{outdated("a")}});
   runAnswer = PatchRunAnswer{.success = false, .message = "Updated 0 of 1. Failed: a."};

@@ -1,25 +1,11 @@
 """The application as a person starts it: once, a second time, and without a display."""
 
-import subprocess
 import unittest
 
 import sample_mac
 
-PROGRAM = sample_mac.BUNDLE / "Contents/MacOS/Corvane"
-WINDOWS = list((sample_mac.BUNDLE / "Contents").glob("PlugIns/libcorvane_windows.so"))
 
-
-class Application(sample_mac.SampleMacTest):
-    def environment(self):
-        return super().environment() | {"QT_QPA_PLATFORM": "offscreen", "QT_QUICK_BACKEND": "software",
-                                        "DBUS_SESSION_BUS_ADDRESS": "disabled:", "XDG_RUNTIME_DIR": str(self.home)}
-
-    def start(self, *arguments, environment=None):
-        process = subprocess.Popen([PROGRAM, *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                                   stderr=subprocess.PIPE, text=True, env=environment or self.environment())
-        self.addCleanup(self.end, process)
-        return process
-
+class Application(sample_mac.OffscreenTest):
     def test_without_a_window(self):
         usage = self.outcome(self.start("--help"))
         self.assertEqual(usage.code, 0)
@@ -39,19 +25,19 @@ class Application(sample_mac.SampleMacTest):
         self.addCleanup(self.end, run)
         self.assertTrue(sample_mac.eventually(lambda: self.run_record().get("childPid")))
         application = self.start()
-        self.assertTrue(sample_mac.eventually(lambda: self.log_lines("A corvanectl is at work")), self.log())
+        self.reaches("A corvanectl is at work")
         self.assertIsNone(application.poll(), "the launch waits")
         self.assertFalse(self.log_lines("Launched v"))
         self.end(run)
-        self.assertTrue(sample_mac.eventually(lambda: self.log_lines("Launched v")), self.log())
+        self.reaches("Launched v")
 
-    @unittest.skipUnless(WINDOWS, "built without windows")
+    @unittest.skipUnless(sample_mac.HAS_WINDOWS, "built without windows")
     def test_an_open_application_is_asked_about_and_nothing_else(self):
         self.sample("open", "Quill")
         self.addCleanup(self.sample, "close", "Quill")
         self.start()
-        self.assertTrue(sample_mac.eventually(lambda: self.log_lines("presenting the deferral dialog")), self.log())
-        self.assertTrue(sample_mac.eventually(lambda: self.log_lines("checking deferral status")), self.log())
+        self.reaches("presenting the deferral dialog")
+        self.reaches("checking deferral status")
         said = [line.rpartition("StatusViewModel: ")[2] for line in self.log().splitlines()]
         order = [line for line in said if line.startswith(("Staging ", "1 open", "Rechecking", "Update All"))]
         self.assertRegex("\n".join(order), r"^Staging (\d+) update\(s\) before closed-app patching and the deferral\.\n"
@@ -60,10 +46,10 @@ class Application(sample_mac.SampleMacTest):
                                            r"Update All — checking deferral status$")
         self.assertEqual(self.user()["LastNotifiedPendingUpdatesCount"], 1)
 
-    @unittest.skipUnless(WINDOWS, "built without windows")
+    @unittest.skipUnless(sample_mac.HAS_WINDOWS, "built without windows")
     def test_one_runs_and_owns_the_state(self):
         first = self.start()
-        self.assertTrue(sample_mac.eventually(lambda: self.log_lines("Check for Updates summary")), self.log())
+        self.reaches("Check for Updates summary")
         self.assertRegex(self.log_lines("Launched v")[0],
                          r"Corvane: Launched v0\.1\.0 \(\S+\); helperStatus=\w+; silentLaunch=false; "
                          r"backgroundLaunch=false; showDashboard=true; uid=\d+$")
@@ -76,8 +62,7 @@ class Application(sample_mac.SampleMacTest):
 
         # Another program's change of the preferences is taken like a save in its own settings.
         self.change_user({"VerboseMode": True, "IgnoredLabels": ["quill"]})
-        self.assertTrue(sample_mac.eventually(lambda: self.log_lines("[VERBOSE] StatusViewModel: Dock badge set to")),
-                        self.log())
+        self.reaches("[VERBOSE] StatusViewModel: Dock badge set to")
 
         # However it ends, the claim ends with it.
         first.kill()

@@ -22,9 +22,7 @@ class Unwatched(desktop.DesktopTest):
 
     def setUp(self):
         super().setUp()
-        for fragment in (self.support / "fragments/labels").iterdir():
-            if fragment.stem not in self.LABELS:
-                fragment.unlink()
+        self.keep_labels(*self.LABELS)
         # Quill is open, Hazel Stopwatch closed, and for both the vendor has nothing new yet.
         self.new = {"quill": self.offer("quill", "2.3.1"), "hazelstopwatch": self.offer("hazelstopwatch", "0.9")}
         self.sample("open", "Quill")

@@ -12,8 +12,6 @@ from datetime import datetime, timezone
 import sample_mac
 from sample_mac import eventually
 
-PROGRAM = sample_mac.BUNDLE / "Contents/MacOS/Corvane"
-WINDOWS = list((sample_mac.BUNDLE / "Contents").glob("PlugIns/libcorvane_windows.so"))
 FIRST_TICK = 300 + 60  # seconds until the schedulers' first, with what a timer may be late
 STEADY_AHEAD = os.environ["CORVANE_TEST_STEADY_AHEAD_LIBRARY"]
 NOTIFICATIONS = "org.freedesktop.Notifications"
@@ -80,7 +78,7 @@ class AnotherWindow:
         self.x.XCloseDisplay(self.display)
 
 
-@unittest.skipUnless(WINDOWS, "built without windows")
+@unittest.skipUnless(sample_mac.HAS_WINDOWS, "built without windows")
 class DesktopTest(sample_mac.SampleMacTest):
     def setUp(self):
         super().setUp()
@@ -160,7 +158,7 @@ class DesktopTest(sample_mac.SampleMacTest):
 
     # The application.
 
-    def start(self, *arguments, program=PROGRAM):
+    def start(self, *arguments, program=sample_mac.PROGRAM):
         process = subprocess.Popen([program, *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
                                    stderr=subprocess.DEVNULL,
                                    env=self.environment() | {"LD_PRELOAD": STEADY_AHEAD,
@@ -168,10 +166,6 @@ class DesktopTest(sample_mac.SampleMacTest):
                                                              "ASAN_OPTIONS": "verify_asan_link_order=0"})
         self.addCleanup(self.end, process)
         return process
-
-    def reaches(self, text, count=1):
-        self.assertTrue(eventually(lambda: len(self.log_lines(text)) >= count, limit=sample_mac.LIMIT),
-                        f"no \"{text}\" in\n{self.log()}")
 
     def later(self, seconds):
         """So much steady time passes for the application alone; a file beside its settings wakes it to notice."""

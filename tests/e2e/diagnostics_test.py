@@ -11,7 +11,6 @@ from pathlib import Path
 
 import sample_mac
 
-PROGRAM = sample_mac.BUNDLE / "Contents/MacOS/Corvane"
 SECRETS = {"WebhookURLSlack": "https://hooks.example/slack-secret", "WebhookURLTeams": "https://hooks.example/teams-secret"}
 
 
@@ -26,8 +25,8 @@ class Diagnostics(sample_mac.SampleMacTest):
 
     def corvane(self, *arguments, expect=0, language="C"):
         outcome = self.outcome(subprocess.Popen(
-            [PROGRAM, "--generate-diagnostic-bundle", *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-            stderr=subprocess.PIPE, text=True, env=self.environment() | {"LANG": language},
+            [sample_mac.PROGRAM, "--generate-diagnostic-bundle", *arguments], stdin=subprocess.DEVNULL,
+            stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, env=self.environment() | {"LANG": language},
             cwd=self.root))
         self.assertEqual(outcome.code, expect, outcome)
         self.assertEqual(list(self.temporary.iterdir()), [], "the staging folder stays behind")

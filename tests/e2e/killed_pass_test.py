@@ -17,9 +17,7 @@ LONG = "30\n"
 class KilledPass(sample_mac.SampleMacTest):
     def setUp(self):
         super().setUp()
-        for fragment in (self.support / "fragments/labels").iterdir():
-            if fragment.stem not in LABELS:
-                fragment.unlink()
+        self.keep_labels(*LABELS)
         self.change_user({"BackgroundPatchClosedAppsEnabled": True, "BackgroundPatchClosedAppsScheduler": "helperDaemon"})
 
     def test_while_it_asks_for_versions(self):

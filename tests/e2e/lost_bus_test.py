@@ -17,9 +17,7 @@ NEWS = "SelfUpdateScheduler: Self-update available (0.1.0 -> 2.4). Surfacing to 
 class LostBus(desktop.DesktopTest):
     def setUp(self):
         super().setUp()
-        for fragment in (self.support / "fragments/labels").iterdir():
-            if fragment.stem != "quill":
-                fragment.unlink()
+        self.keep_labels("quill")
         self.ctl("discover")
 
     def look_for_its_update(self, policy):

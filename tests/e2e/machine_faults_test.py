@@ -104,8 +104,7 @@ class InstallersPrompt(sample_mac.SampleMacTest):
         self.addCleanup(self.sample, "down")
         self.sample("open", "Quill")
         run, shown = self.ctl_on_terminal("update", "quill")
-        self.assertTrue(sample_mac.eventually(
-            lambda: self.log_lines("Waiting for you to quit Quill. Installomator's prompt is on screen.")), self.log())
+        self.reaches("Waiting for you to quit Quill. Installomator's prompt is on screen.")
         self.sample("answer", "quit")
         self.assertIn("Waiting for you to quit Quill…", shown())
         self.assertEqual(run.returncode, 0, self.log())

@@ -58,24 +58,6 @@ class MainJob(sample_mac.SampleMacTest):
         self.assertEqual(self.receipts()[-1]["installomatorExitCode"], -1)
         self.assertEqual(self.receipts()[-1]["status"], "failure")
 
-    def test_two_writers_at_once(self):
-        self.ctl("discover")
-        self.order("delay", "quill", "20\n")
-        first = self.ctl_start("update", "quill")
-        self.addCleanup(self.end, first)
-        self.assertTrue(sample_mac.eventually(lambda: "setting variable from argument DEBUG=0" in self.log()))
-        second = self.ctl("check", "--json", expect=3)
-        self.assertEqual(second.json["error"]["code"], 3)
-        self.assertEqual(second.json["error"]["text"],
-                         "Corvane or another corvanectl is at work and owns the state. Do this in the window, or quit "
-                         "it and try again.")
-        self.assertEqual(second.err, "")
-        # Those that only read go on.
-        for verb in ("list", "status", "history", "settings"):
-            self.ctl(verb)
-        first.kill()
-        first.communicate()
-
     def test_what_is_asked_wrongly_and_what_nobody_knows(self):
         unknown = self.ctl("update", "nosuchlabel", expect=1)
         self.assertEqual(unknown.out, "")

@@ -3,14 +3,9 @@
 import http.server
 import io
 import json
-import os
-import signal
-import socket
-import struct
 import tarfile
 import threading
 import unittest
-from pathlib import Path
 
 import sample_mac
 
@@ -43,28 +38,6 @@ class Staging(OwnHelperTest):
         self.assertIs(self.receipts()[-1]["usedStagedInstaller"], True)
         self.assertEqual(self.staged(), [])
 
-    def test_a_helper_killed_in_a_download_leaves_nothing_to_install_from(self):
-        self.order("delay", "quill", "30")
-        helper = self.start_helper()
-        with socket.socket(socket.AF_UNIX) as connection:
-            connection.connect(str(self.root / "var/run/corvane/helper.sock"))
-            body = b'{"version":1,"id":"t","op":"startPatching","labels":[],"alsoStageLabels":["quill"]}'
-            connection.sendall(struct.pack(">I", len(body)) + body)
-            record = self.support / "helper-staging.json"
-            self.assertTrue(sample_mac.eventually(lambda: record.exists() and "childStamp" in record.read_text()))
-            tool = json.loads(record.read_text())["childPid"]
-            self.assertTrue(sample_mac.eventually(lambda: (self.support / "Staging/quill.partial").exists()))
-            helper.send_signal(signal.SIGKILL)
-            helper.wait()
-        (self.control / "delay/quill").unlink()
-        self.start_helper()
-        self.assertTrue(sample_mac.eventually(lambda: not os.path.exists(f"/proc/{tool}/exe")), "the download goes on")
-        self.assertTrue(self.log_lines("while quill was being staged"), self.log())
-        self.assertEqual(self.staged(), [])
-        self.assertEqual(self.patch(["quill"])["message"], "Updated 1 of 1.", self.log())
-        self.assertIs(self.receipts()[-1]["usedStagedInstaller"], False)
-
-
 class Fetching(OwnHelperTest):
     """The source host is the vendors' server."""
 
@@ -94,7 +67,7 @@ class Fetching(OwnHelperTest):
         self.end(helper)
         self.offer('#!/bin/zsh\nVERSION="99.2"\nif [[ ; then\n')
         self.start_with_host()
-        self.assertTrue(sample_mac.eventually(lambda: self.log_lines("its syntax is damaged")), self.log())
+        self.reaches("its syntax is damaged")
         self.assertEqual(self.script(), newer)
 
 

@@ -23,6 +23,8 @@ PROGRAMS = Path(os.environ["CORVANE_TEST_PROGRAMS"])
 
 # Few labels keep a run short; those that hang or are slow are tried elsewhere.
 LABELS = ("quill", "ostravamaps", "larkspurnotes", "hazelstopwatch", "rookeryserver", "brindlechat", "uebersee")
+PROGRAM = BUNDLE / "Contents/MacOS/Corvane"
+HAS_WINDOWS = any((BUNDLE / "Contents").glob("PlugIns/libcorvane_windows.so"))
 DOMAIN = "org.corvane.Corvane.plist"
 LIMIT = 60  # seconds a command may take before the test gives it up
 
@@ -230,6 +232,10 @@ class SampleMacTest(unittest.TestCase):
     def log_lines(self, text):
         return [line for line in self.log().splitlines() if text in line]
 
+    def reaches(self, text, count=1):
+        self.assertTrue(eventually(lambda: len(self.log_lines(text)) >= count, limit=LIMIT),
+                        f"no \"{text}\" in\n{self.log()}")
+
     @staticmethod
     def put_preferences(file, values, form):
         """As a preference daemon does: the file is replaced, never seen half written."""
@@ -252,6 +258,11 @@ class SampleMacTest(unittest.TestCase):
         info = self.root / "Applications" / f"{bundle}.app/Contents/Info.plist"
         return plistlib.loads(info.read_bytes())["CFBundleShortVersionString"]
 
+    def keep_labels(self, *labels):
+        for fragment in (self.support / "fragments/labels").iterdir():
+            if fragment.stem not in labels:
+                fragment.unlink()
+
     def order(self, kind, label, text):
         (self.control / kind / label).write_text(text)
 
@@ -261,6 +272,20 @@ class SampleMacTest(unittest.TestCase):
 
     def states(self, outcome):
         return {app["label"]: app["state"] for app in outcome.json["apps"]}
+
+
+class OffscreenTest(SampleMacTest):
+    """The application without a desktop: its windows are drawn, and nobody sees them."""
+
+    def environment(self):
+        return super().environment() | {"QT_QPA_PLATFORM": "offscreen", "QT_QUICK_BACKEND": "software",
+                                        "DBUS_SESSION_BUS_ADDRESS": "disabled:", "XDG_RUNTIME_DIR": str(self.home)}
+
+    def start(self, *arguments, environment=None):
+        process = subprocess.Popen([PROGRAM, *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                   stderr=subprocess.PIPE, text=True, env=environment or self.environment())
+        self.addCleanup(self.end, process)
+        return process
 
 
 def main():

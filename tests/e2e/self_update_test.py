@@ -30,8 +30,7 @@ class SelfUpdate(desktop.DesktopTest):
     def setUp(self):
         super().setUp()
         labels = self.support / "fragments/labels"
-        for fragment in labels.iterdir():
-            fragment.unlink()
+        self.keep_labels()
         (labels / "corvane4.sh").write_text(LABEL.format(port=self.port))
         vendor = self.root / "vendor"
         (vendor / "corvane4").mkdir()

@@ -46,7 +46,7 @@ TEST_F(HelperLimits, TakesSixtyFourPeersAndTurnsTheNextAway) {
   EXPECT_TRUE(hasEnded(tooMany));
   for (const int fd : peers) close(fd);
   close(tooMany);
-  EXPECT_TRUE(eventually([&] { return ask(ask::Status{}).has_value(); })) << "places come free";
+  EXPECT_TRUE(testing::eventually([&] { return ask(ask::Status{}).has_value(); })) << "places come free";
 }
 
 TEST_F(HelperLimits, QueuesEightRunsBehindTheOneInHand) {
@@ -158,7 +158,7 @@ TEST_F(HelperLimits, EndsInGoodOrderThoughItsScansHang) {
   }
   EXPECT_EQ(stopped.size(), 2U);
   int status = -1;
-  const bool ended = eventually([&] { return waitpid(pid_, &status, WNOHANG) == pid_; });
+  const bool ended = testing::eventually([&] { return waitpid(pid_, &status, WNOHANG) == pid_; });
   EXPECT_TRUE(ended);
   if (ended) pid_ = -1;
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;

@@ -9,13 +9,13 @@
 #include <unistd.h>
 
 #include <fstream>
-#include <thread>
 
 #include "base/atomic_file.h"
 #include "base/frame.h"
 #include "core/client/helper_messages.h"
 #include "core/places.h"
 #include "core/records/history_records.h"
+#include "support/started_program.h"
 #include "support/temporary_folder.h"
 #include "support/test.h"
 #include "support/unix_socket.h"
@@ -37,14 +37,6 @@ case "$1" in
 esac
 env > "$root/tool-environment";
 )";
-
-inline bool eventually(const std::function<bool()>& holds) {
-  for (int i = 0; i < 2000; ++i) {
-    if (holds()) return true;
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  }
-  return false;
-}
 
 struct HelperProcess : ::testing::Test {
   void SetUp() override {
@@ -78,7 +70,7 @@ struct HelperProcess : ::testing::Test {
     const std::string home = places_.home.string();
     const char* arguments[] = {CORVANE_HELPER_PROGRAM, "--root", root.c_str(), "--user-home", home.c_str(), nullptr};
     ASSERT_EQ(posix_spawn(&pid_, CORVANE_HELPER_PROGRAM, nullptr, nullptr, const_cast<char**>(arguments), environ), 0);
-    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(places_.helperHeartbeat()); }));
+    ASSERT_TRUE(testing::eventually([&] { return std::filesystem::exists(places_.helperHeartbeat()); }));
   }
   int end(int signal) {
     if (pid_ <= 0) return -1;

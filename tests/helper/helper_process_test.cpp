@@ -55,7 +55,7 @@ TEST_F(HelperProcess, AnswersDuringARunAndEndsItWhenToldToStop) {
   const auto request = encodeFrame(
       composeRequest({.id = "t", .question = ask::StartPatching{.labels = {Label("slow")}, .alsoStageLabels = {}}}));
   ASSERT_GT(send(run, request.data(), request.size(), 0), 0);
-  ASSERT_TRUE(eventually([&] { return std::filesystem::exists(folder_.path() / "slow-started"); }));
+  ASSERT_TRUE(testing::eventually([&] { return std::filesystem::exists(folder_.path() / "slow-started"); }));
   const auto progress = patchProgressFromJson(ask(ask::PatchingProgress{}).value());
   EXPECT_EQ(progress, (PatchProgressInfo{true, "slow", 0, 1}));
   EXPECT_TRUE(ask(ask::Status{}));

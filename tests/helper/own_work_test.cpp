@@ -215,6 +215,7 @@ TEST_F(OwnWorkFixture, ADiscoveryThatFoundNoNetworkIsTriedAgainInAnHour) {
   start();
   machine.advance(kFirstOwnWork + 10min);
   EXPECT_EQ(network.probes, 1);
+  EXPECT_FALSE(told().lastScheduledDiscoverySummary) << "behind a portal";
   network.state.captivePortal = false;
   machine.advance(1h);
   EXPECT_TRUE(told().lastScheduledDiscoverySummary);

@@ -125,17 +125,6 @@ TEST_F(PatchRunnerFixture, TheToolIsAskedOnlyWhereItMustBe) {
   EXPECT_FALSE(files.exists(kRecord));
 }
 
-TEST_F(PatchRunnerFixture, ARequiredApplicationIsReinstalledWhereTheOptionsForceIt) {
-  label("required", "2.0", "2.0");
-  label("other", "2.0", "2.0");
-  setting.config.requiredLabels = {"required"};
-  setting.config.installomatorOptions = "INSTALL=force";
-  runToEnd({"required", "other"});
-  EXPECT_EQ(answer->value(), (PatchRunAnswer{true, "Updated 1 of 2.", 1}));
-  ASSERT_EQ(children.started().size(), 1U);
-  EXPECT_EQ(children.started()[0].arguments, (std::vector<std::string>{"required", "DEBUG=0", "INSTALL='force'"}));
-}
-
 TEST_F(PatchRunnerFixture, ProgressFollowsTheLabels) {
   label("first", "1.0", "2.0");
   label("second", "1.0", "2.0");

@@ -7,12 +7,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <thread>
-
 #include "platform/posix/process_stamp.h"
 #include "platform/scripted/scripted_files.h"
 #include "platform/scripted/virtual_time.h"
 #include "support/recording_log.h"
+#include "support/started_program.h"
 #include "support/temporary_folder.h"
 #include "support/test.h"
 
@@ -42,11 +41,7 @@ struct RunRecordFixture : ::testing::Test {
     const char* arguments[] = {"sh", "-c", script.c_str(), nullptr};
     ASSERT_EQ(posix_spawn(&leader, "/bin/sh", nullptr, &attributes, const_cast<char**>(arguments), environ), 0);
     posix_spawnattr_destroy(&attributes);
-    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(folder.path() / "ready"); }));
-  }
-  static bool eventually(const std::function<bool()>& holds) {
-    for (int i = 0; i < 2000 && !holds(); ++i) std::this_thread::sleep_for(5ms);
-    return holds();
+    ASSERT_TRUE(testing::eventually([&] { return std::filesystem::exists(folder.path() / "ready"); }));
   }
   void writeRecord() {
     RunRecord record(kRecord, files, machine.clock(), log);
@@ -65,7 +60,7 @@ TEST_F(RunRecordFixture, EndsWhatOutlivedTheToolAndIgnoresThePoliteSignal) {
   const auto stamp = processStamp(leader).value();
   ASSERT_EQ(processesOfSession(leader, stamp).size(), 2U);
   ::kill(leader, SIGKILL);
-  ASSERT_TRUE(eventually([&] { return processesOfSession(leader, stamp).size() == 1; }));
+  ASSERT_TRUE(testing::eventually([&] { return processesOfSession(leader, stamp).size() == 1; }));
   settle(100ms);
   EXPECT_TRUE(processesOfSession(leader, stamp).empty());
   EXPECT_TRUE(log.holds("Ended the installer that was left running for quill."));

@@ -1,13 +1,9 @@
 // The real notifier, on a bus with a notification service, as the router starts it.
-
-#include "notifications/crv_notification_router.h"
-#include "platform/scripted/scripted_own_bundle.h"
-#include "platform/scripted/scripted_user_notifications.h"
+#include "notifications/persistent_notification_request.h"
 #include "platform/uv/uv_child_processes.h"
+#include "support/bus_test.h"
 #include "support/notification_server.h"
-#include "support/real_loop.h"
-#include "support/recording_log.h"
-#include "support/test.h"
+#include "support/temporary_folder.h"
 
 namespace corvane::testing {
 namespace {
@@ -18,20 +14,19 @@ using Operation = Request::Operation;
 constexpr const char* kInBundle =
     "Corvane.app/Contents/Helpers/Corvane Notification.app/Contents/MacOS/Corvane Notification";
 
-struct NotifierProcessTest : ::testing::Test {
+struct NotifierProcessTest : BusTest {
   void SetUp() override {
-    if (!isInstalled(PrivateBus::kDaemon)) GTEST_SKIP() << "needs dbus-daemon";
-    ASSERT_TRUE(bus_.works());
+    BusTest::SetUp();
+    if (IsSkipped() || HasFatalFailure()) return;
     std::filesystem::create_directories((folder_.path() / kInBundle).parent_path());
     std::filesystem::copy_file(CORVANE_NOTIFIER_PROGRAM, folder_.path() / kInBundle);
     folder_.writeExecutable("Corvane.app/Contents/MacOS/Corvane",
                             "#!/bin/sh\necho \"$#:$*:$DISPLAY\" >>\"" + opened().string() + "\"\n");
-    bundle_.bundlePath = folder_.path() / "Corvane.app";
   }
   void TearDown() override {
     if (!bus_.works()) return;
     run({.operation = Operation::clearAll});
-    EXPECT_TRUE(loop_.wait([this] { return running_ == 0; })) << "nothing is left that could keep one running";
+    EXPECT_TRUE(wait([this] { return running_ == 0; })) << "nothing is left that could keep one running";
   }
 
   [[nodiscard]] std::filesystem::path opened() const { return folder_.path() / "opened"; }
@@ -67,7 +62,7 @@ struct NotifierProcessTest : ::testing::Test {
   Started ask(const Request& request) { return start({"--request", request.encoded()}); }
   ChildExit runWith(std::vector<std::string> arguments) {
     const auto exit = start(std::move(arguments)).exit;
-    EXPECT_TRUE(loop_.wait([&] { return exit->has_value(); }));
+    EXPECT_TRUE(wait([&] { return exit->has_value(); }));
     return exit->value_or(ChildExit{.code = -2});
   }
   ChildExit run(const Request& request) { return runWith({"--request", request.encoded()}); }
@@ -82,17 +77,14 @@ struct NotifierProcessTest : ::testing::Test {
             .openActionTitle = "Open Acme Updates"};
   }
   bool shows(const NotificationServer& server, const std::vector<std::string>& titles) {
-    return loop_.wait([&] { return server.titles() == titles; });
+    return wait([&] { return server.titles() == titles; });
   }
   bool ended(int left = 0) {
-    return loop_.wait([&, left] { return running_ == left; });
+    return wait([&, left] { return running_ == left; });
   }
 
-  PrivateBus bus_;
   TemporaryFolder folder_;
-  RealLoop loop_;
   UvChildProcesses children_{loop_.loop(), loop_.mainQueue()};
-  ScriptedOwnBundle bundle_;
   Environment environment_;
   int running_ = 0;
 };
@@ -157,11 +149,10 @@ TEST_F(NotifierProcessTest, aClickOpensTheApplicationWithTheLink) {
   ASSERT_TRUE(shows(server, {"button", "body"}));
   server.choose(server.numberOf("button"), "crv.openDeferralPrompt");
   ASSERT_TRUE(shows(server, {"body"}));
-  EXPECT_TRUE(loop_.wait([&] { return TemporaryFolder::read(opened()) == "1:corvane://show-deferral-prompt::7\n"; }));
+  EXPECT_TRUE(wait([&] { return TemporaryFolder::read(opened()) == "1:corvane://show-deferral-prompt::7\n"; }));
   server.choose(server.numberOf("body"), "default");
   EXPECT_TRUE(ended());
-  EXPECT_TRUE(
-      loop_.wait([&] { return TemporaryFolder::read(opened()) == "1:corvane://show-deferral-prompt::7\n0:::7\n"; }));
+  EXPECT_TRUE(wait([&] { return TemporaryFolder::read(opened()) == "1:corvane://show-deferral-prompt::7\n0:::7\n"; }));
 }
 
 TEST_F(NotifierProcessTest, itEndsWithTheSession) {
@@ -188,37 +179,12 @@ TEST_F(NotifierProcessTest, manyAtOnceLoseNothing) {
     ended(0);
     for (const auto& name : names) ask(note(name));
     ask({.operation = Operation::cancel, .identifiers = {"never"}});
-    EXPECT_TRUE(loop_.wait([&] { return server.titles().size() == names.size(); }));
+    EXPECT_TRUE(wait([&] { return server.titles().size() == names.size(); }));
     EXPECT_TRUE(ended(1));
     EXPECT_EQ(run({.operation = Operation::clearAll}).code, 0);
     EXPECT_TRUE(ended());
     EXPECT_TRUE(shows(server, {}));
   }
-}
-
-TEST_F(NotifierProcessTest, theRouterReachesIt) {
-  NotificationServer server(bus_);
-  SystemClock clock;
-  RecordingLog log;
-  ScriptedUserNotifications own(loop_.mainQueue());
-  CRVNotificationRouter router({.service = own,
-                                .children = children_,
-                                .main = loop_.mainQueue(),
-                                .clock = clock,
-                                .bundle = bundle_,
-                                .log = log,
-                                .environment = environment()});
-  const CorvaneConfiguration config;
-  std::optional<Status> delivered;
-  router.post({.type = CRVNotificationType::hardDeadlineReminder, .identifier = "reminder", .title = "Reminder"},
-              config, [&](Status status) { delivered = std::move(status); });
-  EXPECT_TRUE(shows(server, {"Reminder"}));
-  EXPECT_TRUE(delivered && *delivered);
-  bool cleared = false;
-  router.clearDelivered([&] { cleared = true; });
-  EXPECT_TRUE(loop_.wait([&] { return cleared; }));
-  EXPECT_TRUE(shows(server, {})) << "the caller waits for that";
-  EXPECT_THAT(log.messages(), IsEmpty());
 }
 
 }  // namespace

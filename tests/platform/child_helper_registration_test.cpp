@@ -3,11 +3,6 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <functional>
-#include <string>
-#include <vector>
-
 #include "base/json.h"
 #include "platform/posix/process_stamp.h"
 #include "support/helper_registration_contract.h"
@@ -19,62 +14,26 @@ namespace corvane::testing {
 
 namespace {
 
-pid_t recordedProcess(const std::filesystem::path& record) {
-  const auto json = parseJson(TemporaryFolder::read(record));
-  return json && json->find("pid") != nullptr ? static_cast<pid_t>(*json->find("pid")->integer()) : 0;
-}
-
 class ChildWorld {
  public:
   ~ChildWorld() {
-    if (const auto pid = recordedProcess(record_); pid > 1 && processStamp(pid)) ::kill(pid, SIGKILL);
+    if (const auto pid = recordedPid(); pid > 1 && processStamp(pid)) ::kill(pid, SIGKILL);
   }
   HelperRegistration& registration() { return registration_; }
   void install() { folder_.writeExecutable("Helper", "#!/bin/sh\necho $$ >> \"$2/begun\"; exec sleep 1000\n"); }
   bool helperRuns() {
-    const auto pid = recordedProcess(record_);
+    const auto pid = recordedPid();
     return pid > 1 && processStamp(pid) && begun().ends_with(std::to_string(pid) + "\n");
   }
-  void helperEnds() const { ::kill(recordedProcess(record_), SIGKILL); }
+  void helperEnds() const { ::kill(recordedPid(), SIGKILL); }
   std::ptrdiff_t starts() { return std::ranges::count(begun(), '\n'); }
   bool wait(const std::function<bool()>& done) { return loop_.wait(done); }
 
- private:
+ protected:
   std::string begun() { return TemporaryFolder::read(folder_.path() / "begun"); }
-
-  TemporaryFolder folder_;
-  RealLoop loop_;
-  std::filesystem::path record_ = folder_.path() / "record.json";
-  ChildHelperRegistration registration_{loop_.mainQueue(),
-                                        {.executable = folder_.path() / "Helper",
-                                         .arguments = {"--root", folder_.path()},
-                                         .environment = {{"PATH", "/usr/bin:/bin"}}},
-                                        {.record = record_, .socket = folder_.path() / "helper.sock"},
-                                        nullptr};
-};
-
-}  // namespace
-
-INSTANTIATE_TYPED_TEST_SUITE_P(Child, HelperRegistrationContract, ChildWorld);
-
-struct ChildHelperRegistrationTest : ::testing::Test {
-  ~ChildHelperRegistrationTest() override {
-    if (const auto pid = recordedPid(); pid > 1 && processStamp(pid)) ::kill(pid, SIGKILL);
-  }
-  void writeHelper(const std::string& body) {
-    folder_.writeExecutable("Helper", "#!/bin/sh\n" + body);
-    std::filesystem::remove(folder_.path() / "up");
-  }
-  pid_t recordedPid() { return recordedProcess(record_); }
-  bool isUp() {
-    return loop_.wait([&] { return std::filesystem::exists(folder_.path() / "up"); });
-  }
-  Status unregister() {
-    std::optional<Status> ended;
-    registration_.unregisterDaemon([&](Status status) { ended = std::move(status); });
-    EXPECT_FALSE(ended.has_value());
-    EXPECT_TRUE(loop_.pump([&] { return ended.has_value(); }, 30s));
-    return *ended;
+  [[nodiscard]] pid_t recordedPid() const {
+    const auto json = parseJson(TemporaryFolder::read(record_));
+    return json && json->find("pid") != nullptr ? static_cast<pid_t>(*json->find("pid")->integer()) : 0;
   }
 
   TemporaryFolder folder_;
@@ -89,6 +48,27 @@ struct ChildHelperRegistrationTest : ::testing::Test {
                                         {.record = record_, .socket = socket_},
                                         [this](std::string_view line) { told_.emplace_back(line); },
                                         100ms};
+};
+
+}  // namespace
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Child, HelperRegistrationContract, ChildWorld);
+
+struct ChildHelperRegistrationTest : ::testing::Test, ChildWorld {
+  void writeHelper(const std::string& body) {
+    folder_.writeExecutable("Helper", "#!/bin/sh\n" + body);
+    std::filesystem::remove(folder_.path() / "up");
+  }
+  bool isUp() {
+    return wait([&] { return std::filesystem::exists(folder_.path() / "up"); });
+  }
+  Status unregister() {
+    std::optional<Status> ended;
+    registration_.unregisterDaemon([&](Status status) { ended = std::move(status); });
+    EXPECT_FALSE(ended.has_value());
+    EXPECT_TRUE(wait([&] { return ended.has_value(); }));
+    return *ended;
+  }
 };
 
 TEST_F(ChildHelperRegistrationTest, TheHelperHasASessionOfItsOwn) {

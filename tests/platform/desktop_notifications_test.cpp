@@ -25,24 +25,25 @@ class Ear final : public UserNotificationDelegate {
   void didClose(const std::string& identifier) override { closed.push_back(identifier); }
 };
 
-class Session {
- public:
-  PrivateBus bus;
-  RealLoop loop;
-  UvWorkQueue work;
+struct Desktop : BusSession {
   std::unique_ptr<BusLink> link;
   ScriptedApplication application;
   TemporaryFolder runtime;
 
   // As a process of its own has them; those of before must be gone.
-  [[nodiscard]] std::unique_ptr<DesktopNotifications> notifications(Duration limit = kPatience) {
-    link = std::make_unique<BusLink>(loop.loop(), loop.mainQueue(), work, bus.address(), kBrisk);
-    return std::make_unique<DesktopNotifications>(DesktopNotifications::Surroundings{.session = *link,
-                                                                                     .main = loop.mainQueue(),
-                                                                                     .clock = loop.clock(),
+  [[nodiscard]] std::unique_ptr<DesktopNotifications> begin(Duration limit = kPatience, bool stay = false) {
+    link = std::make_unique<BusLink>(loop_.loop(), loop_.mainQueue(), work_, bus_.address(), kBrisk);
+    return beginOn(*link, runtime.path(), limit, stay);
+  }
+  std::unique_ptr<DesktopNotifications> beginOn(BusLink& session, const std::filesystem::path& folder, Duration limit,
+                                                bool stay) {
+    return std::make_unique<DesktopNotifications>(DesktopNotifications::Surroundings{.session = session,
+                                                                                     .main = loop_.mainQueue(),
+                                                                                     .clock = loop_.clock(),
                                                                                      .application = application,
-                                                                                     .folder = runtime.path(),
-                                                                                     .limit = limit});
+                                                                                     .folder = folder,
+                                                                                     .limit = limit,
+                                                                                     .stay = stay});
   }
 };
 
@@ -56,12 +57,12 @@ class DesktopWorld {
   void dismiss(const std::string& title) { server_.dismiss(server_.numberOf(title)); }
   void refuse(bool refuses) { server_.refuses = refuses; }
   void inFront(bool front) { session_.application.active = front; }
-  bool wait(const std::function<bool()>& done) { return session_.loop.wait(done); }
+  bool wait(const std::function<bool()>& done) { return session_.wait(done); }
 
  private:
-  Session session_;
-  NotificationServer server_{session_.bus};
-  std::unique_ptr<DesktopNotifications> notifications_ = session_.notifications();
+  Desktop session_;
+  NotificationServer server_{session_.bus_};
+  std::unique_ptr<DesktopNotifications> notifications_ = session_.begin();
 };
 
 class ScriptedWorld {
@@ -102,36 +103,30 @@ class ScriptedWorld {
 INSTANTIATE_TYPED_TEST_SUITE_P(Desktop, UserNotificationsContract, DesktopWorld);
 INSTANTIATE_TYPED_TEST_SUITE_P(Scripted, UserNotificationsContract, ScriptedWorld);
 
-struct DesktopNotificationsTest : ::testing::Test {
-  void SetUp() override {
-    if (!isInstalled(PrivateBus::kDaemon)) GTEST_SKIP() << "needs dbus-daemon";
-    ASSERT_TRUE(session_.bus.works());
-  }
+struct DesktopNotificationsTest : SessionTest<Desktop> {
   std::optional<Error> add(DesktopNotifications& notifications, UserNotification notification) {
     std::optional<Status> status;
     notifications.add(std::move(notification), [&](Status given) { status = std::move(given); });
-    EXPECT_TRUE(session_.loop.wait([&] { return status.has_value(); }));
+    EXPECT_TRUE(wait([&] { return status.has_value(); }));
     return !status || *status ? std::nullopt : std::optional(status->error());
   }
   NotificationSettings settings(DesktopNotifications& notifications) {
     std::optional<NotificationSettings> settings;
     notifications.settings([&](NotificationSettings given) { settings = given; });
-    EXPECT_TRUE(session_.loop.wait([&] { return settings.has_value(); }));
+    EXPECT_TRUE(wait([&] { return settings.has_value(); }));
     return settings.value_or(NotificationSettings{});
   }
   bool shows(const NotificationServer& server, const std::vector<std::string>& titles) {
-    return session_.loop.wait([&] { return server.titles() == titles; });
+    return wait([&] { return server.titles() == titles; });
   }
   static UserNotification note(const std::string& identifier) {
     return {.identifier = identifier, .title = identifier};
   }
-
-  Session session_;
 };
 
 TEST_F(DesktopNotificationsTest, EverythingIsSaidInTheServicesWords) {
-  const NotificationServer server(session_.bus);
-  const auto notifications = session_.notifications();
+  const NotificationServer server(bus_);
+  const auto notifications = begin();
   notifications->setCategories(
       {{.identifier = "updates", .actions = {{.identifier = "open", .title = "Open Corvane"}}}});
   EXPECT_FALSE(add(*notifications, {.identifier = "a",
@@ -163,8 +158,8 @@ TEST_F(DesktopNotificationsTest, EverythingIsSaidInTheServicesWords) {
 }
 
 TEST_F(DesktopNotificationsTest, AServiceThatCanDoLittleIsAskedForLittle) {
-  const NotificationServer plain(session_.bus, {});
-  const auto notifications = session_.notifications();
+  const NotificationServer plain(bus_, {});
+  const auto notifications = begin();
   EXPECT_FALSE(add(*notifications, {.identifier = "a", .title = "Title", .body = "a < b", .sound = true}));
   const auto shown = plain.shown();
   ASSERT_EQ(shown.size(), 1U);
@@ -177,54 +172,54 @@ TEST_F(DesktopNotificationsTest, AServiceThatCanDoLittleIsAskedForLittle) {
 TEST_F(DesktopNotificationsTest, TheSoundThatTheDelegateForbidsIsSuppressed) {
   Ear quiet;
   quiet.presented = {.banner = true};
-  const NotificationServer server(session_.bus);
-  const auto notifications = session_.notifications();
+  const NotificationServer server(bus_);
+  const auto notifications = begin();
   notifications->setDelegate(&quiet);
-  session_.application.active = true;
+  application.active = true;
   EXPECT_FALSE(add(*notifications, {.identifier = "a", .title = "A", .sound = true}));
   ASSERT_EQ(server.shown().size(), 1U);
   EXPECT_TRUE(server.shown()[0].isQuiet());
 }
 
 TEST_F(DesktopNotificationsTest, WhatAnEarlierProcessShowedIsItsSuccessors) {
-  NotificationServer server(session_.bus);
+  NotificationServer server(bus_);
   {
-    const auto earlier = session_.notifications();
+    const auto earlier = begin();
     for (const auto* identifier : {"old", "older", "oldest", "chosen", "dismissed"}) {
       auto given = note(identifier);
       given.userInfo = {{"intent", "showDeferralPrompt"}};
       EXPECT_FALSE(add(*earlier, given));
     }
     server.dismiss(server.numberOf("dismissed"));
-    ASSERT_TRUE(session_.loop.wait([&] {
-      const ShownNotifications file(session_.runtime.path() / "corvane-notifications.json");
+    ASSERT_TRUE(wait([&] {
+      const ShownNotifications file(runtime.path() / "corvane-notifications.json");
       return file.byIdentifier().size() == 4;
     }));
   }
   Ear ear;
-  const auto later = session_.notifications();
+  const auto later = begin();
   later->setDelegate(&ear);
   EXPECT_FALSE(add(*later, note("old"))) << "in the place of the one that is there";
   EXPECT_TRUE(shows(server, {"older", "oldest", "chosen", "old"}));
   later->removeDelivered({"older"});
   EXPECT_TRUE(shows(server, {"oldest", "chosen", "old"}));
   server.choose(server.numberOf("chosen"), "default");
-  ASSERT_TRUE(session_.loop.wait([&] { return ear.heard.size() == 1; }));
+  ASSERT_TRUE(wait([&] { return ear.heard.size() == 1; }));
   EXPECT_EQ(ear.heard[0].userInfo.at("intent"), "showDeferralPrompt");
   later->removeAllDelivered();
   EXPECT_TRUE(shows(server, {}));
 }
 
 TEST_F(DesktopNotificationsTest, NumbersOfAServiceThatRanBeforeMeanNothing) {
-  auto notifications = session_.notifications();
+  auto notifications = begin();
   {
-    const NotificationServer first(session_.bus);
+    const NotificationServer first(bus_);
     EXPECT_FALSE(add(*notifications, note("a")));
     EXPECT_FALSE(add(*notifications, note("b")));
   }
-  auto second = std::make_unique<NotificationServer>(session_.bus);
+  auto second = std::make_unique<NotificationServer>(bus_);
   const auto foreign = [&] {
-    const auto speaker = sdbus::createSessionBusConnectionWithAddress(session_.bus.address());
+    const auto speaker = sdbus::createSessionBusConnectionWithAddress(bus_.address());
     const auto proxy = sdbus::createProxy(*speaker, NotificationServer::kName, "/org/freedesktop/Notifications");
     std::uint32_t number = 0;
     proxy->callMethod("Notify")
@@ -242,11 +237,11 @@ TEST_F(DesktopNotificationsTest, NumbersOfAServiceThatRanBeforeMeanNothing) {
   // Restarted with its bus, beside a process that comes after, so that even its address may be the same.
   notifications.reset();
   second.reset();
-  session_.bus.end();
-  session_.bus.start();
-  second = std::make_unique<NotificationServer>(session_.bus);
+  bus_.end();
+  bus_.start();
+  second = std::make_unique<NotificationServer>(bus_);
   foreign();
-  notifications = session_.notifications();
+  notifications = begin();
   notifications->removeAllDelivered();
   settings(*notifications);
   EXPECT_TRUE(shows(*second, {"foreign"}));
@@ -254,42 +249,36 @@ TEST_F(DesktopNotificationsTest, NumbersOfAServiceThatRanBeforeMeanNothing) {
 
 TEST_F(DesktopNotificationsTest, WhatGoesWithItsServiceIsToldUnlessItComesAnew) {
   Ear ear;
-  auto server = std::make_unique<NotificationServer>(session_.bus);
-  const auto notifications = session_.notifications();
+  auto server = std::make_unique<NotificationServer>(bus_);
+  const auto notifications = begin();
   notifications->setDelegate(&ear);
   EXPECT_FALSE(add(*notifications, note("a")));
   EXPECT_FALSE(add(*notifications, note("b")));
   server.reset();
-  EXPECT_TRUE(session_.loop.wait([&] { return ear.closed == std::vector<std::string>{"a", "b"}; }));
+  EXPECT_TRUE(wait([&] { return ear.closed == std::vector<std::string>{"a", "b"}; }));
 
-  server = std::make_unique<NotificationServer>(session_.bus);
+  server = std::make_unique<NotificationServer>(bus_);
   EXPECT_FALSE(add(*notifications, note("c")));
   server.reset();
-  server = std::make_unique<NotificationServer>(session_.bus, std::vector<std::string>{"body"}, 100);
+  server = std::make_unique<NotificationServer>(bus_, std::vector<std::string>{"body"}, 100);
   EXPECT_FALSE(add(*notifications, note("c")));
   EXPECT_TRUE(shows(*server, {"c"}));
   EXPECT_THAT(ear.closed, ElementsAre("a", "b"));
 }
 
 TEST_F(DesktopNotificationsTest, WhatStaysIsCriticalAndHasNoEnd) {
-  const NotificationServer server(session_.bus);
-  BusLink link(session_.loop.loop(), session_.loop.mainQueue(), session_.work, session_.bus.address(), kBrisk);
-  DesktopNotifications notifications({.session = link,
-                                      .main = session_.loop.mainQueue(),
-                                      .clock = session_.loop.clock(),
-                                      .application = session_.application,
-                                      .folder = session_.runtime.path(),
-                                      .stay = true});
-  EXPECT_FALSE(add(notifications, note("a")));
+  const NotificationServer server(bus_);
+  const auto notifications = begin(kPatience, true);
+  EXPECT_FALSE(add(*notifications, note("a")));
   ASSERT_EQ(server.shown().size(), 1U);
   EXPECT_EQ(server.shown()[0].hints.at("urgency").get<std::uint8_t>(), 2);
   EXPECT_EQ(server.shown()[0].timeout, 0);
 }
 
 TEST_F(DesktopNotificationsTest, AServiceThatNumbersAnewLeavesNothingBehind) {
-  NotificationServer server(session_.bus);
+  NotificationServer server(bus_);
   server.numbersAnew = true;
-  const auto notifications = session_.notifications();
+  const auto notifications = begin();
   EXPECT_FALSE(add(*notifications, {.identifier = "a", .title = "One"}));
   EXPECT_FALSE(add(*notifications, {.identifier = "a", .title = "Two"}));
   EXPECT_TRUE(shows(server, {"Two"}));
@@ -298,7 +287,7 @@ TEST_F(DesktopNotificationsTest, AServiceThatNumbersAnewLeavesNothingBehind) {
 }
 
 TEST_F(DesktopNotificationsTest, WithoutAServiceTheErrorSaysWhatIsMissing) {
-  const auto notifications = session_.notifications();
+  const auto notifications = begin();
   const auto error = add(*notifications, note("a"));
   ASSERT_TRUE(error);
   EXPECT_EQ(error->domain, DesktopNotificationError::domain);
@@ -306,27 +295,22 @@ TEST_F(DesktopNotificationsTest, WithoutAServiceTheErrorSaysWhatIsMissing) {
   EXPECT_EQ(error->text, "No notification service runs in this desktop session.");
   EXPECT_EQ(settings(*notifications).authorization, NotificationAuthorization::denied);
 
-  session_.bus.makeStartable(NotificationServer::kName, "/bin/false");
-  session_.bus.end();
-  session_.bus.start();
-  EXPECT_TRUE(session_.loop.wait(
-      [&] { return settings(*notifications).authorization == NotificationAuthorization::authorized; }));
+  bus_.makeStartable(NotificationServer::kName, "/bin/false");
+  bus_.end();
+  bus_.start();
+  EXPECT_TRUE(wait([&] { return settings(*notifications).authorization == NotificationAuthorization::authorized; }));
 
-  BusLink none(session_.loop.loop(), session_.loop.mainQueue(), session_.work, std::nullopt);
-  DesktopNotifications lonely({.session = none,
-                               .main = session_.loop.mainQueue(),
-                               .clock = session_.loop.clock(),
-                               .application = session_.application,
-                               .folder = session_.runtime.path() / "not there"});
-  EXPECT_EQ(add(lonely, note("a"))->text, "There is no desktop session to show notifications in.");
-  lonely.removeAllDelivered();
-  EXPECT_EQ(settings(lonely).badge, NotificationSetting::notSupported);
+  BusLink none(loop_.loop(), loop_.mainQueue(), work_, std::nullopt);
+  const auto lonely = beginOn(none, runtime.path() / "not there", kPatience, false);
+  EXPECT_EQ(add(*lonely, note("a"))->text, "There is no desktop session to show notifications in.");
+  lonely->removeAllDelivered();
+  EXPECT_EQ(settings(*lonely).badge, NotificationSetting::notSupported);
 }
 
 TEST_F(DesktopNotificationsTest, AServiceThatHangsFailsAllThatWaitAndTakesBackWhatCameLate) {
-  NotificationServer server(session_.bus);
-  EXPECT_FALSE(add(*session_.notifications(), note("before")));
-  const auto notifications = session_.notifications(50ms);
+  NotificationServer server(bus_);
+  EXPECT_FALSE(add(*begin(), note("before")));
+  const auto notifications = begin(50ms);
   server.holdBack(true);
   std::vector<int> codes;
   for (const auto* identifier : {"a", "b", "c"})
@@ -334,19 +318,19 @@ TEST_F(DesktopNotificationsTest, AServiceThatHangsFailsAllThatWaitAndTakesBackWh
   notifications->removeDelivered({"before"});
   std::optional<NotificationSettings> settings;
   notifications->settings([&](auto given) { settings = given; });
-  ASSERT_TRUE(session_.loop.wait([&] { return codes.size() == 3 && settings; }));
+  ASSERT_TRUE(wait([&] { return codes.size() == 3 && settings; }));
   EXPECT_THAT(codes, ElementsAre(BusError::noAnswer, BusError::noAnswer, BusError::noAnswer));
   server.holdBack(false);
   EXPECT_TRUE(shows(server, {"before"})) << "the one that came late is gone again";
 }
 
 TEST_F(DesktopNotificationsTest, AMemoryThatCannotBeReadIsNoMemory) {
-  const NotificationServer server(session_.bus);
+  const NotificationServer server(bus_);
   for (const auto* torn : {"", R"({"version":2,"service":"x","shown":{}})",
                            R"({"version":1,"service":"x","shown":{"a":{"number":-1},"b":7,"c":{"number":9999999999}}})",
                            R"({"version":1,"service":"x","shown":{"a":{"number":3,"userInfo":{"k":4}}}})"}) {
-    const auto file = session_.runtime.write("corvane-notifications.json", torn);
-    const auto notifications = session_.notifications();
+    const auto file = runtime.write("corvane-notifications.json", torn);
+    const auto notifications = begin();
     notifications->removeAllDelivered();
     EXPECT_FALSE(add(*notifications, note("a"))) << torn;
     EXPECT_EQ(ShownNotifications(file).byIdentifier().size(), 1U) << torn;
@@ -354,19 +338,19 @@ TEST_F(DesktopNotificationsTest, AMemoryThatCannotBeReadIsNoMemory) {
 }
 
 TEST_F(DesktopNotificationsTest, NobodyIsAnsweredAfterItsEnd) {
-  const NotificationServer server(session_.bus);
+  const NotificationServer server(bus_);
   int answers = 0;
   for (int turns = 0; turns < 10; ++turns) {
-    auto notifications = session_.notifications();
+    auto notifications = begin();
     notifications->add(note("a"), [&](const Status&) { ++answers; });
     auto later = note("b");
     later.delay = 1h;
     notifications->add(later, [&](const Status&) { ++answers; });
     notifications->settings([&](auto) { ++answers; });
-    for (int i = 0; i < turns; ++i) session_.loop.look();
+    for (int i = 0; i < turns; ++i) loop_.look();
     notifications.reset();
     const int before = answers;
-    session_.loop.look();
+    loop_.look();
     EXPECT_EQ(answers, before) << turns;
   }
 }

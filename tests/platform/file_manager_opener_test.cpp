@@ -20,17 +20,15 @@ TEST_F(FileManagerOpenerTest, TheFileManagerIsToldWhichFileAndItsRefusalIsHeard)
 
   std::mutex mutex;
   std::vector<std::string> shown;
-  const auto manager = sdbus::createSessionBusConnectionWithAddress(bus_.address());
-  manager->requestName("org.freedesktop.FileManager1");
-  const auto object = sdbus::createObject(*manager, "/org/freedesktop/FileManager1");
-  object->registerMethod("ShowItems")
+  BusService manager(bus_, "org.freedesktop.FileManager1");
+  manager.at("/org/freedesktop/FileManager1")
+      .registerMethod("ShowItems")
       .onInterface("org.freedesktop.FileManager1")
       .implementedAs([&](const std::vector<std::string>& uris, const std::string&) {
         const std::scoped_lock lock(mutex);
         shown.insert(shown.end(), uris.begin(), uris.end());
       });
-  object->finishRegistration();
-  manager->enterEventLoopAsync();
+  manager.answer();
   reveal();
   ASSERT_TRUE(loop_.wait([&] { return answers.size() == 2; }));
   EXPECT_TRUE(answers.back()) << answers.back().error().text;

@@ -41,12 +41,6 @@ TYPED_TEST(LocaleContract, NumbersAndDurationsAreWordedInFull) {
   EXPECT_EQ(world.locale.duration(0, DurationUnit::day), "0 days");
 }
 
-TEST(LinuxLocaleTest, DurationsFollowTheLanguage) {
-  const LinuxLocale german("de_DE", [] { return "Europe/Berlin"; });
-  EXPECT_EQ(german.duration(2, DurationUnit::day), "2 Tage");
-  EXPECT_EQ(german.number(1204), "1.204");
-}
-
 TYPED_TEST(LocaleContract, AmericanEnglishIsWordedTheSameInEveryZone) {
   TypeParam newYork("America/New_York");
   EXPECT_EQ(newYork.locale.calendar().zoneName(), "America/New_York");
@@ -71,6 +65,8 @@ TEST(LinuxLocaleTest, AccentsAndOtherLanguagesFollowTheirOrder) {
   const LinuxLocale german("de_DE", [] { return "Europe/Berlin"; });
   EXPECT_EQ(german.longDate(kAfternoon), "22. November 2026");
   EXPECT_EQ(german.shortTime(kAfternoon), "20:40");
+  EXPECT_EQ(german.duration(2, DurationUnit::day), "2 Tage");
+  EXPECT_EQ(german.number(1204), "1.204");
   EXPECT_EQ(sorted(german, {"Zeit", "Über", "Uhr", "Ärger", "Apfel"}),
             (std::vector<std::string>{"Apfel", "Ärger", "Über", "Uhr", "Zeit"}));
 }

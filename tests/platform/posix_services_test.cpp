@@ -1,5 +1,4 @@
-// The small services of a POSIX machine: trust in folders, the session's lock, the own bundle, chance.
-#include <sys/stat.h>
+// The small services of a POSIX machine: the session's lock, the own bundle, chance.
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -7,7 +6,6 @@
 
 #include "base/plist.h"
 #include "platform/posix/executable_bundle.h"
-#include "platform/posix/folder_ownership.h"
 #include "platform/posix/instance_lock.h"
 #include "platform/posix/process_application.h"
 #include "platform/posix/system_entropy.h"
@@ -16,23 +14,6 @@
 #include "support/test.h"
 
 namespace corvane::testing {
-
-TEST(FolderOwnershipTest, OnlyAFolderOfOursThatNobodyElseMayWriteToIsTrusted) {
-  TemporaryFolder folder;
-  const auto root = folder.path() / "root";
-  EXPECT_THAT(checkOwnFolder(root).error().text, HasSubstr(root.string()));
-  folder.write("root/file", "");
-  EXPECT_TRUE(checkOwnFolder(root));
-  EXPECT_THAT(checkOwnFolder(root / "file").error().text, HasSubstr("is not a folder"));
-  for (const mode_t mode : {0775, 0757, 0777, 01777}) {
-    ASSERT_EQ(::chmod(root.c_str(), mode), 0);
-    EXPECT_THAT(checkOwnFolder(root).error().text, HasSubstr("written to by others")) << mode;
-  }
-  ASSERT_EQ(::chmod(root.c_str(), 0755), 0);
-  if (::geteuid() != 0) return;
-  ASSERT_EQ(::chown(root.c_str(), 65534, 65534), 0);
-  EXPECT_THAT(checkOwnFolder(root).error().text, HasSubstr("does not belong"));
-}
 
 TEST(InstanceLockTest, OneHoldsAndTheNextGetsItWhenTheProcessEndsHowever) {
   TemporaryFolder folder;

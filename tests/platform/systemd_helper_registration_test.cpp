@@ -1,32 +1,15 @@
 #include "platform/dbus/systemd_helper_registration.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cerrno>
-#include <functional>
-#include <memory>
-#include <string>
-#include <vector>
 
-#include "platform/uv/uv_work_queue.h"
+#include "support/bus_test.h"
 #include "support/helper_registration_contract.h"
-#include "support/private_bus.h"
-#include "support/real_loop.h"
 #include "support/service_manager.h"
 
 namespace corvane::testing {
 
 namespace {
 
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
-
-constexpr BusHabits kBrisk{.firstRetry = 5ms, .lastRetry = 20ms};
 constexpr const char* kAsksFirst = "org.freedesktop.DBus.Error.InteractiveAuthorizationRequired";
 constexpr const char* kDenied = "org.freedesktop.DBus.Error.AccessDenied";
 
@@ -34,25 +17,19 @@ constexpr const char* kDenied = "org.freedesktop.DBus.Error.AccessDenied";
 constexpr SystemdHelperRegistration::Limits kGenerous{
     .waits = {.call = 30000ms, .answer = 30000ms}, .call = kPatience, .reload = kPatience, .stop = kPatience};
 
-// A system bus, a loop, and what leans on both.
-class System {
- public:
-  System() : manager(std::make_unique<ServiceManager>(bus, ServiceManager::Unit{})) {}
-
-  PrivateBus bus;
-  std::unique_ptr<ServiceManager> manager;
-  RealLoop loop;
-  UvWorkQueue work;
+// A system bus with its manager, and what a process has that asks it.
+struct System : BusSession {
+  std::unique_ptr<ServiceManager> manager = std::make_unique<ServiceManager>(bus_, ServiceManager::Unit{});
   std::vector<std::string> told;
 
   // As a process of its own has it.
   SystemdHelperRegistration& begin(std::optional<UnitFile> known = std::nullopt,
                                    SystemdHelperRegistration::Limits limits = kGenerous) {
     registration_.reset();
-    link_ = std::make_unique<BusLink>(loop.loop(), loop.mainQueue(), work, bus.address(), kBrisk);
+    link_ = std::make_unique<BusLink>(loop_.loop(), loop_.mainQueue(), work_, bus_.address(), kBrisk);
     registration_ = std::make_unique<SystemdHelperRegistration>(
-        *link_, loop.mainQueue(),
-        SystemdHelperRegistration::Settings{.systemBus = bus.address(),
+        *link_, loop_.mainQueue(),
+        SystemdHelperRegistration::Settings{.systemBus = bus_.address(),
                                             .known = known,
                                             .log = [this](std::string_view line) { told.emplace_back(line); },
                                             .limits = limits});
@@ -63,8 +40,8 @@ class System {
                                        SystemdHelperRegistration::Limits limits = kGenerous) {
     manager->becomes(unit);
     auto& registration = begin(std::nullopt, limits);
-    EXPECT_TRUE(loop.wait([&] { return registration.status() != HelperStatus::unknown; }));
-    EXPECT_TRUE(loop.wait([&] { return registration.printExitCode().has_value(); }));
+    EXPECT_TRUE(wait([&] { return registration.status() != HelperStatus::unknown; }));
+    EXPECT_TRUE(wait([&] { return registration.printExitCode().has_value(); }));
     return registration;
   }
 
@@ -80,7 +57,7 @@ class SystemdWorld {
   [[nodiscard]] bool helperRuns() const { return system_.manager->unit().active == "active"; }
   void helperEnds() { system_.manager->becomes({.file = "enabled", .active = "failed", .exitStatus = 9}); }
   [[nodiscard]] int starts() const { return system_.manager->begun(); }
-  bool wait(const std::function<bool()>& done) { return system_.loop.wait(done); }
+  bool wait(const std::function<bool()>& done) { return system_.wait(done); }
 
  private:
   System system_;
@@ -91,33 +68,25 @@ class SystemdWorld {
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Systemd, HelperRegistrationContract, SystemdWorld);
 
-class SystemdHelperRegistrationTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    if (!isInstalled(PrivateBus::kDaemon)) GTEST_SKIP() << "needs dbus-daemon";
-    ASSERT_TRUE(system_.bus.works());
-  }
+struct SystemdHelperRegistrationTest : SessionTest<System> {
   bool becomes(const HelperRegistration& registration, HelperStatus status) {
-    return system_.loop.wait([&] { return registration.status() == status; });
+    return wait([&] { return registration.status() == status; });
   }
   bool prints(const HelperRegistration& registration, std::optional<std::int32_t> code) {
-    return system_.loop.wait([&] { return registration.printExitCode() == code; });
+    return wait([&] { return registration.printExitCode() == code; });
   }
   bool tells(const std::string& part) {
-    return system_.loop.wait([&] {
-      return std::ranges::any_of(system_.told, [&](const auto& line) { return line.find(part) != line.npos; });
-    });
+    return wait(
+        [&] { return std::ranges::any_of(told, [&](const auto& line) { return line.find(part) != line.npos; }); });
   }
   // 0, or the code of the failure.
   int unregister(HelperRegistration& registration) {
     std::optional<int> code;
-    registration.unregisterDaemon([&](const Status& status) { code = status ? 0 : status.error().code; });
-    EXPECT_TRUE(system_.loop.wait([&] { return code.has_value(); }));
+    registration.unregisterDaemon([&](const Status& status) { code = codeOf(status); });
+    EXPECT_TRUE(wait([&] { return code.has_value(); }));
     return code.value_or(-1);
   }
   static int codeOf(const Status& status) { return status ? 0 : status.error().code; }
-
-  System system_;
 };
 
 TEST_F(SystemdHelperRegistrationTest, EachWordOfTheManagerIsAStatus) {
@@ -134,21 +103,21 @@ TEST_F(SystemdHelperRegistrationTest, EachWordOfTheManagerIsAStatus) {
               {"masked-runtime", HelperStatus::requiresApproval},
               {"bad", HelperStatus::notFound},
               {"", HelperStatus::notFound}};
-  const auto& registration = system_.begin();
+  const auto& registration = begin();
   EXPECT_EQ(registration.status(), HelperStatus::unknown) << "before anybody has answered";
   EXPECT_EQ(registration.printExitCode(), std::nullopt);
   for (const auto& row : rows) {
-    system_.manager->becomes({.file = row.file});
+    manager->becomes({.file = row.file});
     EXPECT_TRUE(becomes(registration, row.status)) << row.file;
   }
-  const auto& informed = system_.begin(UnitFile::disabled);
+  const auto& informed = begin(UnitFile::disabled);
   EXPECT_EQ(informed.status(), HelperStatus::notRegistered) << "from what was found before";
 }
 
 TEST_F(SystemdHelperRegistrationTest, AHelperIsLoadedWhileTheManagerKeepsItRunning) {
-  const auto& registration = system_.begin();
+  const auto& registration = begin();
   for (const auto* active : {"active", "activating", "failed", "reloading", "deactivating", "active", "inactive"}) {
-    system_.manager->becomes({.file = "enabled", .active = active, .exitStatus = 3});
+    manager->becomes({.file = "enabled", .active = active, .exitStatus = 3});
     const bool runs =
         std::string(active) != "failed" && std::string(active) != "inactive" && std::string(active) != "deactivating";
     EXPECT_TRUE(prints(registration, runs ? 0 : kDaemonNotLoaded)) << active;
@@ -158,35 +127,35 @@ TEST_F(SystemdHelperRegistrationTest, AHelperIsLoadedWhileTheManagerKeepsItRunni
 }
 
 TEST_F(SystemdHelperRegistrationTest, OrdersComeInTheirSequence) {
-  auto& registration = system_.beginWith({.file = "disabled"});
+  auto& registration = beginWith({.file = "disabled"});
   ASSERT_TRUE(registration.registerDaemon());
   ASSERT_TRUE(prints(registration, 0));
   EXPECT_EQ(unregister(registration), 0);
-  EXPECT_THAT(system_.manager->orders(),
+  EXPECT_THAT(manager->orders(),
               ElementsAre("EnableUnitFiles", "Reload", "StartUnit", "DisableUnitFiles", "Reload", "StopUnit"));
 }
 
 TEST_F(SystemdHelperRegistrationTest, UnregisteringWaitsUntilTheHelperHasGone) {
-  auto& registration = system_.beginWith({.file = "enabled", .active = "active"});
-  system_.manager->holdJobs();
+  auto& registration = beginWith({.file = "enabled", .active = "active"});
+  manager->holdJobs();
   std::optional<Status> ended;
   registration.unregisterDaemon([&](Status status) { ended = std::move(status); });
-  ASSERT_TRUE(system_.loop.wait([&] { return system_.manager->count("StopUnit") == 1; }));
-  system_.loop.look();
+  ASSERT_TRUE(wait([&] { return manager->count("StopUnit") == 1; }));
+  loop_.look();
   EXPECT_FALSE(ended);
   EXPECT_EQ(codeOf(registration.registerDaemon()), EBUSY);
-  system_.manager->finishJobs();
-  ASSERT_TRUE(system_.loop.wait([&] { return ended.has_value(); }));
+  manager->finishJobs();
+  ASSERT_TRUE(wait([&] { return ended.has_value(); }));
   EXPECT_TRUE(*ended);
-  EXPECT_EQ(system_.manager->count("EnableUnitFiles"), 0);
+  EXPECT_EQ(manager->count("EnableUnitFiles"), 0);
 }
 
 TEST_F(SystemdHelperRegistrationTest, AStartThatIsOvertakenByUnregisteringIsNotGiven) {
-  auto& registration = system_.beginWith({.file = "disabled"});
+  auto& registration = beginWith({.file = "disabled"});
   ASSERT_TRUE(registration.registerDaemon());
   EXPECT_EQ(unregister(registration), 0);
-  EXPECT_EQ(system_.manager->count("StartUnit"), 0);
-  EXPECT_EQ(system_.manager->unit().active, "inactive");
+  EXPECT_EQ(manager->count("StartUnit"), 0);
+  EXPECT_EQ(manager->unit().active, "inactive");
   EXPECT_EQ(registration.status(), HelperStatus::notRegistered);
 }
 
@@ -194,38 +163,38 @@ TEST_F(SystemdHelperRegistrationTest, AStartThatIsOvertakenByUnregisteringIsNotG
 
 TEST_F(SystemdHelperRegistrationTest, WhatPolkitRefusesWaitsForTheAdministrator) {
   for (const auto* refusal : {kAsksFirst, kDenied}) {
-    system_.manager->refuseAll(refusal);
-    system_.told.clear();
-    auto& registration = system_.beginWith({.file = "disabled"});
+    manager->refuseAll(refusal);
+    told.clear();
+    auto& registration = beginWith({.file = "disabled"});
     EXPECT_TRUE(registration.registerDaemon()) << "nothing that an error would help with";
     EXPECT_EQ(registration.status(), HelperStatus::requiresApproval);
-    EXPECT_THAT(system_.told, ElementsAre(HasSubstr("systemctl enable --now CorvaneRootHelper.service")));
+    EXPECT_THAT(told, ElementsAre(HasSubstr("systemctl enable --now CorvaneRootHelper.service")));
 
-    system_.manager->becomes({.file = "enabled", .active = "active"});  // the administrator allows it
+    manager->becomes({.file = "enabled", .active = "active"});  // the administrator allows it
     EXPECT_TRUE(becomes(registration, HelperStatus::enabled));
     EXPECT_EQ(unregister(registration), EACCES);
     EXPECT_EQ(registration.status(), HelperStatus::enabled) << "nothing has changed";
-    EXPECT_THAT(system_.manager->orders(), Not(Contains("StopUnit")));
+    EXPECT_THAT(manager->orders(), Not(Contains("StopUnit")));
 
-    system_.manager->becomes({.file = "enabled", .active = "failed"});
+    manager->becomes({.file = "enabled", .active = "failed"});
     ASSERT_TRUE(prints(registration, kDaemonNotLoaded));
     EXPECT_EQ(registration.kickstart(), EACCES);
     EXPECT_EQ(registration.status(), HelperStatus::requiresApproval);
-    system_.manager->becomes({.file = "enabled", .active = "active"});
+    manager->becomes({.file = "enabled", .active = "active"});
     EXPECT_TRUE(prints(registration, 0));
-    system_.manager->becomes({.file = "enabled", .active = "failed"});
+    manager->becomes({.file = "enabled", .active = "failed"});
     EXPECT_TRUE(prints(registration, kDaemonNotLoaded));
     EXPECT_EQ(registration.status(), HelperStatus::enabled) << "it was allowed once, and is asked for again";
   }
 }
 
 TEST_F(SystemdHelperRegistrationTest, AMaskedUnitIsLeftToTheAdministrator) {
-  auto& registration = system_.beginWith({.file = "masked"});
+  auto& registration = beginWith({.file = "masked"});
   EXPECT_TRUE(registration.registerDaemon());
   EXPECT_EQ(registration.kickstart(), kDaemonNotLoaded);
-  EXPECT_THAT(system_.manager->orders(), IsEmpty());
+  EXPECT_THAT(manager->orders(), IsEmpty());
   // One that was masked without a word.
-  auto& late = system_.begin(UnitFile::disabled);
+  auto& late = begin(UnitFile::disabled);
   const auto refused = late.registerDaemon();
   EXPECT_EQ(codeOf(refused), EIO);
   EXPECT_THAT(refused.error().text, HasSubstr("Unit is masked"));
@@ -233,30 +202,30 @@ TEST_F(SystemdHelperRegistrationTest, AMaskedUnitIsLeftToTheAdministrator) {
 }
 
 TEST_F(SystemdHelperRegistrationTest, AHelperThatDoesNotStartIsTold) {
-  auto& registration = system_.beginWith({.file = "disabled"});
-  system_.manager->jobsEnd("failed", {.file = "enabled", .active = "failed", .exitStatus = 203});
+  auto& registration = beginWith({.file = "disabled"});
+  manager->jobsEnd("failed", {.file = "enabled", .active = "failed", .exitStatus = 203});
   ASSERT_TRUE(registration.registerDaemon());
   EXPECT_TRUE(tells("ended with \"failed\"; its exit status is 203"));
   EXPECT_TRUE(prints(registration, kDaemonNotLoaded));
   EXPECT_EQ(registration.status(), HelperStatus::enabled);
 
-  system_.manager->refuse("StartUnit", "org.freedesktop.systemd1.BadUnitSetting");
+  manager->refuse("StartUnit", "org.freedesktop.systemd1.BadUnitSetting");
   EXPECT_EQ(registration.kickstart(), EIO);
   ASSERT_TRUE(registration.registerDaemon());
   EXPECT_TRUE(tells("The helper was not started: The service manager refused"));
 }
 
 TEST_F(SystemdHelperRegistrationTest, AHelperThatDoesNotStopFailsTheUnregistering) {
-  auto& registration = system_.beginWith({.file = "enabled", .active = "active"});
-  system_.manager->jobsEnd("canceled", {.file = "disabled", .active = "active"});
+  auto& registration = beginWith({.file = "enabled", .active = "active"});
+  manager->jobsEnd("canceled", {.file = "disabled", .active = "active"});
   EXPECT_EQ(unregister(registration), EIO);
-  system_.manager->refuse("StopUnit", "org.freedesktop.DBus.Error.LimitsExceeded");
+  manager->refuse("StopUnit", "org.freedesktop.DBus.Error.LimitsExceeded");
   EXPECT_EQ(unregister(registration), EIO);
-  system_.manager->refuse("StopUnit", "");
-  system_.manager->holdJobs();
+  manager->refuse("StopUnit", "");
+  manager->holdJobs();
   auto limits = kGenerous;
   limits.stop = 20ms;
-  auto& impatient = system_.beginWith({.file = "enabled", .active = "active"}, limits);
+  auto& impatient = beginWith({.file = "enabled", .active = "active"}, limits);
   EXPECT_EQ(unregister(impatient), ETIMEDOUT);
 }
 
@@ -265,57 +234,57 @@ TEST_F(SystemdHelperRegistrationTest, AManagerThatHangsCostsItsLimitOnlyAndIsAsk
   limits.waits = {.call = 20ms, .answer = 30ms};
   limits.call = 20ms;
   limits.askAgain = 20ms;
-  system_.manager->becomes({.file = "disabled"});
-  system_.manager->hang(true);
-  auto& registration = system_.begin(std::nullopt, limits);
-  ASSERT_TRUE(system_.loop.wait([&] { return system_.manager->count("Subscribe") == 1; }));
+  manager->becomes({.file = "disabled"});
+  manager->hang(true);
+  auto& registration = begin(std::nullopt, limits);
+  ASSERT_TRUE(wait([&] { return manager->count("Subscribe") == 1; }));
   EXPECT_EQ(registration.status(), HelperStatus::unknown);
   EXPECT_EQ(codeOf(registration.registerDaemon()), ETIMEDOUT);
   EXPECT_EQ(registration.kickstart(), std::nullopt);
   EXPECT_EQ(unregister(registration), ETIMEDOUT);
   EXPECT_EQ(registration.status(), HelperStatus::unknown);
-  const auto asked = askUnitFile(system_.bus.address(), kHelperUnit, limits.waits);
+  const auto asked = askUnitFile(bus_.address(), kHelperUnit, limits.waits);
   EXPECT_EQ(asked.error(), Silence::unreadable);
-  system_.manager->hang(false);
-  EXPECT_TRUE(system_.loop.wait([&] { return registration.status() != HelperStatus::unknown; }));
+  manager->hang(false);
+  EXPECT_TRUE(wait([&] { return registration.status() != HelperStatus::unknown; }));
 }
 
 TEST_F(SystemdHelperRegistrationTest, AManagerThatReadsItsUnitsAnewIsNotTakenForOneThatHangs) {
   auto limits = kGenerous;
   limits.call = 500ms;
   limits.askAgain = 20ms;
-  system_.manager->becomes({.file = "disabled"});
-  auto& registration = system_.begin(UnitFile::disabled, limits);
+  manager->becomes({.file = "disabled"});
+  auto& registration = begin(UnitFile::disabled, limits);
   ASSERT_TRUE(prints(registration, kDaemonNotLoaded));
-  system_.manager->hang(true, "Reload");
+  manager->hang(true, "Reload");
   ASSERT_TRUE(registration.registerDaemon());
-  ASSERT_TRUE(system_.loop.wait([&] { return system_.manager->count("Reload") == 1; }));
+  ASSERT_TRUE(wait([&] { return manager->count("Reload") == 1; }));
   // Whatever was asked before has had its time when this has.
   EXPECT_EQ(unregister(registration), ETIMEDOUT);
   EXPECT_EQ(registration.status(), HelperStatus::enabled);
-  system_.manager->hang(false);
+  manager->hang(false);
   EXPECT_TRUE(becomes(registration, HelperStatus::notRegistered)) << "what it was asked it does, late";
 }
 
 TEST_F(SystemdHelperRegistrationTest, AManagerThatVanishesEndsWhatWaitsForItAndIsFoundAgain) {
-  auto& registration = system_.beginWith({.file = "enabled", .active = "active"});
-  system_.manager->holdJobs();
+  auto& registration = beginWith({.file = "enabled", .active = "active"});
+  manager->holdJobs();
   std::optional<int> code;
   registration.unregisterDaemon([&](const Status& status) { code = codeOf(status); });
-  ASSERT_TRUE(system_.loop.wait([&] { return system_.manager->count("StopUnit") == 1; }));
-  system_.manager.reset();
-  ASSERT_TRUE(system_.loop.wait([&] { return code.has_value(); }));
+  ASSERT_TRUE(wait([&] { return manager->count("StopUnit") == 1; }));
+  manager.reset();
+  ASSERT_TRUE(wait([&] { return code.has_value(); }));
   EXPECT_THAT(*code, ::testing::AnyOf(ENOTCONN, ETIMEDOUT));
   ASSERT_TRUE(becomes(registration, HelperStatus::unknown));
   EXPECT_EQ(registration.printExitCode(), std::nullopt);
   EXPECT_EQ(codeOf(registration.registerDaemon()), ENOTCONN);
   EXPECT_EQ(registration.kickstart(), std::nullopt);
   EXPECT_EQ(unregister(registration), ENOTCONN);
-  EXPECT_EQ(askUnitFile(system_.bus.address(), kHelperUnit).error(), Silence::nobody);
+  EXPECT_EQ(askUnitFile(bus_.address(), kHelperUnit).error(), Silence::nobody);
 
-  system_.manager = std::make_unique<ServiceManager>(system_.bus, ServiceManager::Unit{.file = "disabled"});
+  manager = std::make_unique<ServiceManager>(bus_, ServiceManager::Unit{.file = "disabled"});
   ASSERT_TRUE(becomes(registration, HelperStatus::notRegistered));
-  EXPECT_EQ(askUnitFile(system_.bus.address(), kHelperUnit), UnitFile::disabled);
+  EXPECT_EQ(askUnitFile(bus_.address(), kHelperUnit), UnitFile::disabled);
   ASSERT_TRUE(registration.registerDaemon());
   EXPECT_TRUE(prints(registration, 0)) << "its signals are heard again";
   EXPECT_EQ(askUnitFile(std::nullopt, kHelperUnit).error(), Silence::nobody);

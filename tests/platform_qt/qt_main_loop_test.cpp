@@ -14,7 +14,7 @@ struct QtDriver {
   char name[5] = "test";
   char* argv[2] = {name, nullptr};
   QCoreApplication application{argc, argv};
-  RealClock clock;
+  SystemClock clock;
   UvMainLoop loop{clock};
   QtMainLoop qt{loop};
 

@@ -8,25 +8,6 @@ struct BadInputDiaryTest : SimulationTest {
   BadInputDiaryTest() { plan.settings["DeadlineCountHard"] = PlistValue(1); }
 };
 
-TEST_F(BadInputDiaryTest, aMenuWithoutAUsableMinuteOffersTheFallback) {
-  plan.settings["DeferralTimerMenu"] = PlistValue(PlistArray{PlistValue(0), PlistValue(-5)});
-  plan.habits = {.answer = Habits::Answer::defers, .minutes = 120};
-  start();
-  mac->runUntil("2026-10-26 12:00");
-  expectDiary(R"(Mon 26 Oct 09:00 asked: 3 applications
-Mon 26 Oct 09:00 deferred for 2 hours
-)" + forcedAt("Mon 26 Oct 09:01", "Mon 26 Oct 11:00", "Mon 26 Oct 11:03"));
-}
-
-TEST_F(BadInputDiaryTest, aTimeThatIsNoTimeIsNoWindow) {
-  plan.settings["DeadlineCountHard"] = PlistValue(0);
-  hours("09:00", "25:00");
-  start();
-  mac->runUntil("2026-10-26 12:00");
-  EXPECT_EQ(mac->log().count("BusinessHoursEndTime, \"25:00\", is no time of day"), 1U);
-  expectDiary(forcedAt("Mon 26 Oct 09:00", "Mon 26 Oct 09:05", "Mon 26 Oct 09:08"));
-}
-
 TEST_F(BadInputDiaryTest, aDeadlineThatPassedBeforeTheStartIsToldBeforeItInstalls) {
   plan.settings["DeadlineDaysHard"] = PlistValue(1);
   plan.start = "2026-10-28 08:00";

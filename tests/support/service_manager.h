@@ -9,6 +9,7 @@
 #include <mutex>
 #include <string>
 #include <tuple>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -50,41 +51,32 @@ class ServiceManager {
   ~ServiceManager() { hang(false); }
 
   [[nodiscard]] Unit unit() const {
-    const std::scoped_lock lock(mutex_);
-    return unit_;
+    return guarded([&] { return unit_; });
   }
   // How often it was asked to.
   [[nodiscard]] int count(const std::string& method) const {
-    const std::scoped_lock lock(mutex_);
-    return static_cast<int>(std::ranges::count(asked_, method));
+    return guarded([&] { return static_cast<int>(std::ranges::count(asked_, method)); });
   }
   // How often the helper was started that did not run.
   [[nodiscard]] int begun() const {
-    const std::scoped_lock lock(mutex_);
-    return begun_;
+    return guarded([&] { return begun_; });
   }
   // All orders, in their sequence.
   [[nodiscard]] std::vector<std::string> orders() const {
-    const std::scoped_lock lock(mutex_);
-    std::vector<std::string> orders;
-    for (const auto& one : asked_)
-      if (one != "GetUnitFileState" && one != "Subscribe") orders.push_back(one);
+    auto orders = guarded([&] { return asked_; });
+    std::erase_if(orders, [](const auto& one) { return one == "GetUnitFileState" || one == "Subscribe"; });
     return orders;
   }
 
   // An administrator's doing, or the helper's own.
   void becomes(Unit unit) {
-    {
-      const std::scoped_lock lock(mutex_);
-      unit_ = std::move(unit);
-    }
+    guarded([&] { unit_ = std::move(unit); });
     tellOfFiles();
     tellOfState();
   }
   // The order `method` is answered with this error from now on; with an empty name it is carried out again.
   void refuse(const std::string& method, const std::string& error) {
-    const std::scoped_lock lock(mutex_);
-    refused_[method] = error;
+    guarded([&] { refused_[method] = error; });
   }
   void refuseAll(const std::string& error) {
     for (const auto* method : {"EnableUnitFiles", "DisableUnitFiles", "Reload", "StartUnit", "StopUnit"})
@@ -92,31 +84,22 @@ class ServiceManager {
   }
   // Jobs end with this result; one that is not "done" leaves the unit as `otherwise`.
   void jobsEnd(const std::string& result, Unit otherwise = {}) {
-    const std::scoped_lock lock(mutex_);
-    result_ = result;
-    otherwise_ = std::move(otherwise);
+    guarded([&] { std::tie(result_, otherwise_) = std::tuple(result, std::move(otherwise)); });
   }
   // Jobs wait until finishJobs().
   void holdJobs() {
-    const std::scoped_lock lock(mutex_);
-    holdsJobs_ = true;
+    guarded([&] { holdsJobs_ = true; });
   }
   void finishJobs() {
-    std::vector<std::pair<std::string, std::string>> jobs;
-    {
-      const std::scoped_lock lock(mutex_);
+    const auto jobs = guarded([&] {
       holdsJobs_ = false;
-      jobs = std::exchange(jobs_, {});
-    }
+      return std::exchange(jobs_, {});
+    });
     for (const auto& [job, active] : jobs) finish(job, active);
   }
   // In the midst of what it is asked next, or of `method` alone, until told to go on.
   void hang(bool hangs, const std::string& method = "") {
-    {
-      const std::scoped_lock lock(mutex_);
-      hangs_ = hangs;
-      hangsIn_ = method;
-    }
+    guarded([&] { std::tie(hangs_, hangsIn_) = std::tie(hangs, method); });
     goesOn_.notify_all();
   }
 
@@ -130,8 +113,7 @@ class ServiceManager {
   void serveFiles() {
     manager_.registerMethod("Subscribe").onInterface(kManager).implementedAs([this] {
       take("Subscribe");
-      const std::scoped_lock lock(mutex_);
-      subscribed_ = true;
+      guarded([&] { subscribed_ = true; });
     });
     manager_.registerMethod("GetUnitFileState").onInterface(kManager).implementedAs([this](const std::string& name) {
       take("GetUnitFileState");
@@ -185,37 +167,28 @@ class ServiceManager {
       throw sdbus::Error("org.freedesktop.DBus.Error.FileNotFound", "No such file or directory");
   }
   void put(const std::string& file) {
-    {
-      const std::scoped_lock lock(mutex_);
-      unit_.file = file;
-    }
+    guarded([&] { unit_.file = file; });
     tellOfFiles();
   }
   // Ended before its number is answered, unless jobs are held.
   sdbus::ObjectPath job(const std::string& active) {
-    std::string path;
-    bool held = false;
-    {
-      const std::scoped_lock lock(mutex_);
-      path = "/org/freedesktop/systemd1/job/" + std::to_string(++lastJob_);
-      held = holdsJobs_;
-      if (held) jobs_.emplace_back(path, active);
-    }
+    const auto path = "/org/freedesktop/systemd1/job/" + std::to_string(guarded([&] { return ++lastJob_; }));
+    const bool held = guarded([&] {
+      if (holdsJobs_) jobs_.emplace_back(path, active);
+      return holdsJobs_;
+    });
     if (!held) finish(path, active);
     return sdbus::ObjectPath(path);
   }
   void finish(const std::string& job, const std::string& active) {
-    std::string result;
-    {
-      const std::scoped_lock lock(mutex_);
-      result = result_;
-      if (result == "done") {
-        begun_ += active == "active" && unit_.active != "active" ? 1 : 0;
+    const auto result = guarded([&] {
+      begun_ += result_ == "done" && active == "active" && unit_.active != "active" ? 1 : 0;
+      if (result_ == "done")
         unit_.active = active;
-      } else {
+      else
         unit_ = otherwise_;
-      }
-    }
+      return result_;
+    });
     tellOfState();
     signal("JobRemoved", std::uint32_t{1}, sdbus::ObjectPath(job), std::string(kUnit), result);
   }
@@ -224,8 +197,13 @@ class ServiceManager {
     if (isHeard()) object_.emitPropertiesChangedSignal(kUnitInterface, {"ActiveState"});
   }
   [[nodiscard]] bool isHeard() const {
+    return guarded([&] { return subscribed_; });
+  }
+  // The service and the test are on threads of their own.
+  template <class Deed>
+  std::invoke_result_t<const Deed&> guarded(const Deed& deed) const {
     const std::scoped_lock lock(mutex_);
-    return subscribed_;
+    return deed();
   }
   template <class... Values>
   void signal(const char* name, const Values&... values) {

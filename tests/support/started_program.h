@@ -7,7 +7,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <functional>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -53,6 +56,15 @@ class StartedProgram {
  private:
   pid_t pid_ = 0;
 };
+
+// Looks every few milliseconds; what is waited for is another process.
+inline bool eventually(const std::function<bool()>& holds) {
+  for (int i = 0; i < 2000; ++i) {
+    if (holds()) return true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  return false;
+}
 
 // The line by which a program tells on a descriptor that it is ready; `start` starts it with that descriptor. Empty
 // when it ends without one.

@@ -6,9 +6,6 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QImage>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QTest>
 #include <QtEndian>
 
 #include "base/atomic_file.h"
@@ -16,17 +13,11 @@
 #include "pictures/page_states.h"
 #include "pictures/prompt_states.h"
 #include "support/temporary_folder.h"
-#include "support/test.h"
 #include "ui/heard_prompt.h"
+#include "ui/window_fixture.h"
 
 namespace corvane::ui {
 namespace {
-
-void collect(QQuickItem* item, const QString& name, QList<QQuickItem*>& found) {
-  if (!item->isVisible()) return;
-  if (item->objectName() == name) found.append(item);
-  for (auto* child : item->childItems()) collect(child, name, found);
-}
 
 void collectButtons(QQuickItem* item, QList<QQuickItem*>& found) {
   if (!item->isVisible()) return;
@@ -34,13 +25,10 @@ void collectButtons(QQuickItem* item, QList<QQuickItem*>& found) {
   for (auto* child : item->childItems()) collectButtons(child, found);
 }
 
-struct DashboardWindowTest : ::testing::Test {
+struct DashboardWindowTest : WindowTest {
   DashboardWindowTest() {
-    window_.setAppearance({.reducedMotion = true});
     show(ordinaryState());
-    window_.show();
-    EXPECT_TRUE(QTest::qWaitForWindowActive(window_.window()));
-    draw();
+    open(window_);
   }
 
   void show(PageState state) {
@@ -49,15 +37,6 @@ struct DashboardWindowTest : ::testing::Test {
     bridge_.setSetupPage(state_.setupPage());
     draw();
   }
-  void draw() {
-    QCoreApplication::processEvents();
-    (void)window_.grab();
-  }
-  QQuickItem* item(const char* name) {
-    QList<QQuickItem*> found;
-    collect(window_.window()->contentItem(), QLatin1String(name), found);
-    return found.value(0);
-  }
   // Of the row with `key`; absent when it is not listed or not in view.
   QQuickItem* inRow(const std::string& key, const char* name) {
     const auto* rows = bridge_.rows();
@@ -65,25 +44,12 @@ struct DashboardWindowTest : ::testing::Test {
       if (rows->data(rows->index(i, 0), rows->roleNames().key("key")).toString().toStdString() != key) continue;
       QQuickItem* row = nullptr;
       QMetaObject::invokeMethod(item("apps"), "itemAtIndex", Q_RETURN_ARG(QQuickItem*, row), Q_ARG(int, i));
-      QList<QQuickItem*> found;
-      if (row != nullptr) collect(row, QLatin1String(name), found);
-      return found.value(0);
+      return row == nullptr ? nullptr : item(name, row);
     }
     return nullptr;
   }
-  void click(QQuickItem* target) {
-    ASSERT_NE(target, nullptr);
-    QTest::mouseClick(window_.window(), Qt::LeftButton, {},
-                      target->mapToScene(QPointF(target->width() / 2, target->height() / 2)).toPoint());
-    draw();
-  }
-  void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
-    QTest::keyClick(window_.window(), key, modifiers);
-    draw();
-  }
-  [[nodiscard]] std::string heard() { return std::exchange(heard_, {}); }
+  QQuickWindow* window() final { return window_.window(); }
 
-  std::string heard_;
   PromptBridge prompt_{heardBy(heard_)};
   DashboardBridge bridge_{{.discoverInstalledApps = [this] { heard_ += "discover "; },
                            .checkForUpdates = [this] { heard_ += "check "; },
@@ -129,7 +95,7 @@ PageState stateNamed(const char* name) {
 TEST_F(DashboardWindowTest, whyUnfoldsByPointerAndByKeyAndIsCopiedWhole) {
   click(inRow("bramble", "why"));
   EXPECT_EQ(heard(), "why:bramble ");
-  item("apps")->forceActiveFocus(Qt::TabFocusReason);
+  focus(item("apps"));
   press(Qt::Key_Question);
   EXPECT_EQ(heard(), "why:lantern ");
 
@@ -243,7 +209,7 @@ TEST_F(DashboardWindowTest, theFilterIsChosenByMouseAndByArrows) {
   std::erase_if(state.listed, [](const AppInfo& app) { return app.label == Label("atlas"); });
   show(state);
   EXPECT_EQ(inRow("atlas", "history"), nullptr);
-  ASSERT_NE(window_.window()->activeFocusItem(), nullptr);
+  ASSERT_NE(window()->activeFocusItem(), nullptr);
   press(Qt::Key_Right);
   EXPECT_EQ(heard(), "filter:alerts ") << "the focus is still on the filter";
 }
@@ -261,7 +227,7 @@ TEST_F(DashboardWindowTest, shortcutsCheckForUpdates) {
 }
 
 TEST_F(DashboardWindowTest, theListIsWalkedByTheKeyboard) {
-  item("apps")->forceActiveFocus(Qt::TabFocusReason);
+  focus(item("apps"));
   press(Qt::Key_Down);
   press(Qt::Key_Down);
   press(Qt::Key_Return);
@@ -345,7 +311,7 @@ TEST_F(DashboardWindowTest, thePromptStandsInTheWindowThatAskedAndTakesItsAnswer
 }
 
 TEST_F(DashboardWindowTest, inASmallWindowThePromptKeepsItsButtonsWithinIt) {
-  window_.window()->resize(640, 480);
+  window()->resize(640, 480);
   prompt_.setPage(promptPage(6, DeferralEscalation::normal, DeferralPromptHost::dashboard));
   draw();
   auto* button = item("install");
@@ -363,7 +329,7 @@ TEST_F(DashboardWindowTest, everyButtonHasANameAndAPress) {
   state.capabilities = {.updatesItself = true};
   show(state);
   QList<QQuickItem*> buttons;
-  collectButtons(window_.window()->contentItem(), buttons);
+  collectButtons(window()->contentItem(), buttons);
   EXPECT_GT(buttons.size(), 15);
   for (auto* button : buttons) {
     auto* spoken = QAccessible::queryAccessibleInterface(button);

@@ -1,23 +1,16 @@
-#include <gtest/gtest.h>
-
 #include <QClipboard>
 #include <QGuiApplication>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QtTest>
-#include <algorithm>
-#include <string>
-#include <utility>
 
 #include "pictures/log_states.h"
 #include "pictures/page_states.h"
 #include "presentation/shortcuts_sheet.h"
 #include "ui/dashboard_window.h"
+#include "ui/window_fixture.h"
 
 namespace corvane::ui {
 namespace {
 
-struct LogPageTest : ::testing::Test {
+struct LogPageTest : WindowTest {
   LogPageTest() {
     bridge_.setShortcuts(makeShortcutsSheet(PageTexts(AppDisplayTitle(CorvaneConfiguration()))));
     bridge_.setPage(ordinaryState().page());
@@ -25,21 +18,10 @@ struct LogPageTest : ::testing::Test {
     const auto& logs = *std::ranges::find(states, std::string("logs"), &LogState::name);
     logs_.setPage(logs.page);
     logs_.setRows(logs.rows, Calendar::utc());
-    window_.setAppearance({.dark = false, .reducedMotion = true});
-    window_.show();
-    EXPECT_TRUE(QTest::qWaitForWindowActive(window_.window()));
+    open(window_);
   }
-  template <class T = QQuickItem>
-  T* named(const char* name) {
-    return window_.window()->findChild<T*>(QLatin1String(name));
-  }
-  void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
-    QTest::keyClick(window_.window(), key, modifiers);
-    QCoreApplication::processEvents();
-  }
-  [[nodiscard]] std::string heard() { return std::exchange(heard_, {}); }
+  QQuickWindow* window() final { return window_.window(); }
 
-  std::string heard_;
   PromptBridge prompt_{{}};
   LogBridge logs_{{.refresh = [this] { heard_ += "refresh "; },
                    .clear = [this] { heard_ += "clear "; },
@@ -66,9 +48,8 @@ TEST_F(LogPageTest, theKeysOfThePagesMeanThePageInFront) {
 
 TEST_F(LogPageTest, anEntryIsChosenByTheKeyboardAndCopiedWhole) {
   press(Qt::Key_2, Qt::ControlModifier);
-  auto* entries = named("logEntries");
-  ASSERT_NE(entries, nullptr);
-  entries->forceActiveFocus(Qt::TabFocusReason);
+  auto* entries = item("logEntries");
+  focus(entries);
   press(Qt::Key_Home);
   press(Qt::Key_Down);
   press(Qt::Key_C, Qt::ControlModifier);
@@ -79,7 +60,7 @@ TEST_F(LogPageTest, anEntryIsChosenByTheKeyboardAndCopiedWhole) {
 }
 
 TEST_F(LogPageTest, theSheetOfShortcutsOpensByItsKeysAndClosesByEscape) {
-  auto* sheet = named<QObject>("shortcutsSheet");
+  auto* sheet = window()->findChild<QObject*>("shortcutsSheet");
   ASSERT_NE(sheet, nullptr);
   press(Qt::Key_F1);
   EXPECT_TRUE(sheet->property("opened").toBool());

@@ -2,21 +2,19 @@
 #include "ui/settings_window.h"
 
 #include <QAccessible>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QTest>
 #include <set>
 
 #include "pictures/prompt_states.h"
 #include "pictures/settings_states.h"
-#include "support/test.h"
 #include "ui/heard_prompt.h"
+#include "ui/window_fixture.h"
 
 namespace corvane::ui {
 namespace {
 
 struct HeardSettings final : SettingsActions {
-  std::string heard;
+  explicit HeardSettings(std::string& heard) : heard(heard) {}
+  std::string& heard;
   void tell(const std::string& what) { heard += what + " "; }
 
   void selectTab(const std::string& key) override { tell("tab:" + key); }
@@ -29,30 +27,12 @@ struct HeardSettings final : SettingsActions {
   void save() override { tell("save"); }
 };
 
-struct SettingsWindowTest : ::testing::Test {
-  SettingsWindowTest() {
-    window_.setAppearance({.reducedMotion = true});
-    window_.show();
-    EXPECT_TRUE(QTest::qWaitForWindowActive(window_.window()));
-    draw();
-  }
+struct SettingsWindowTest : WindowTest {
+  SettingsWindowTest() { open(window_); }
 
   void show() {
     bridge_.setPage(page_);
     draw();
-  }
-  void draw() {
-    QCoreApplication::processEvents();
-    (void)window_.grab();
-  }
-  // The first one by that name; absent when it cannot be seen.
-  QQuickItem* item(const std::string& name, QQuickItem* within = nullptr) {
-    if (within == nullptr) within = window_.window()->contentItem();
-    if (!within->isVisible()) return nullptr;
-    if (within->objectName().toStdString() == name) return within;
-    for (auto* child : within->childItems())
-      if (auto* found = item(name, child)) return found;
-    return nullptr;
   }
   // What is typed into or pressed of the control with `key`.
   QQuickItem* control(const std::string& key) {
@@ -64,23 +44,8 @@ struct SettingsWindowTest : ::testing::Test {
       if (child->activeFocusOnTab() && child->isVisible()) return child;
     return made;
   }
-  void focus(QQuickItem* target) {
-    ASSERT_NE(target, nullptr);
-    target->forceActiveFocus(Qt::TabFocusReason);
-    draw();
-  }
-  void click(QQuickItem* target) {
-    ASSERT_NE(target, nullptr);
-    QTest::mouseClick(window_.window(), Qt::LeftButton, {},
-                      target->mapToScene(QPointF(target->width() / 2, target->height() / 2)).toPoint());
-    draw();
-  }
-  void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
-    QTest::keyClick(window_.window(), key, modifiers);
-    draw();
-  }
   void type(const char* text) {
-    for (const char* letter = text; *letter != '\0'; ++letter) QTest::keyClick(window_.window(), *letter);
+    for (const char* letter = text; *letter != '\0'; ++letter) QTest::keyClick(window(), *letter);
   }
   SettingsControl& shown(const std::string& key) {
     for (auto& section : page_.sections)
@@ -89,9 +54,9 @@ struct SettingsWindowTest : ::testing::Test {
     ADD_FAILURE() << key;
     return page_.sections.front().controls.front();
   }
-  [[nodiscard]] std::string heard() { return std::exchange(actions_.heard, {}); }
+  QQuickWindow* window() final { return window_.window(); }
 
-  HeardSettings actions_;
+  HeardSettings actions_{heard_};
   std::string promptHeard_;
   PromptBridge prompt_{heardBy(promptHeard_)};
   SettingsBridge bridge_{actions_, prompt_};
@@ -100,7 +65,7 @@ struct SettingsWindowTest : ::testing::Test {
 };
 
 TEST_F(SettingsWindowTest, eachKindIsWorkedByTheMouse) {
-  window_.window()->resize(720, 2300);
+  window()->resize(720, 2300);
   draw();
   click(control("reopen"));
   click(control("force"));
@@ -141,7 +106,7 @@ TEST_F(SettingsWindowTest, aStepperStepsByKeysWiderWhileOneIsHeld) {
   EXPECT_EQ(heard(), "count+1 count+-1 count+10 ");
   for (int i = 0; i < 14; ++i) {
     QKeyEvent held(QEvent::KeyPress, Qt::Key_Up, {}, {}, true);
-    QCoreApplication::sendEvent(window_.window(), &held);
+    QCoreApplication::sendEvent(window(), &held);
   }
   EXPECT_THAT(heard(), ::testing::EndsWith("count+1 count+5 count+5 count+5 "));
 }
@@ -258,7 +223,7 @@ TEST_F(SettingsWindowTest, aQuestionKeepsTheFormOutOfReachUntilItsAnswer) {
   EXPECT_EQ(heard(), "");
   press(Qt::Key_Escape);
   EXPECT_EQ(heard(), "no ");
-  EXPECT_TRUE(window_.window()->isVisible()) << "only what floats";
+  EXPECT_TRUE(window()->isVisible()) << "only what floats";
   click(item("answerYes"));
   EXPECT_EQ(heard(), "yes ");
   page_.question.visible = false;
@@ -275,14 +240,14 @@ TEST_F(SettingsWindowTest, thePromptStandsHereWhenItWasAskedForHere) {
   click(item("install"));
   press(Qt::Key_Escape);
   EXPECT_EQ(promptHeard_, "install close ");
-  EXPECT_TRUE(window_.window()->isVisible());
+  EXPECT_TRUE(window()->isVisible());
 }
 
 TEST_F(SettingsWindowTest, escapeClosesItAndIsTold) {
   int closed = 0;
   QObject::connect(&window_, &SettingsWindow::closed, [&closed] { ++closed; });
   press(Qt::Key_Escape);
-  EXPECT_FALSE(window_.window()->isVisible());
+  EXPECT_FALSE(window()->isVisible());
   EXPECT_EQ(closed, 1);
 }
 
@@ -298,7 +263,7 @@ TEST_F(SettingsWindowTest, whoseControlsAreDecidedElsewhereSaysSo) {
   EXPECT_NE(item("managedBanner"), nullptr);
   EXPECT_NE(item("managed:reopen"), nullptr);
   EXPECT_EQ(item("managed:force"), nullptr);
-  window_.window()->resize(720, 2300);
+  window()->resize(720, 2300);
   draw();
   click(control("reopen"));
   click(item("more:count"));
@@ -315,7 +280,7 @@ TEST_F(SettingsWindowTest, theKeyboardAloneReachesEverythingInReadingOrderAndInV
   double last = -1;
   auto* form = item("form");
   for (;;) {
-    auto* now = window_.window()->activeFocusItem();
+    auto* now = window()->activeFocusItem();
     ASSERT_NE(now, nullptr);
     if (!seen.insert(now).second) break;
     auto* spoken = QAccessible::queryAccessibleInterface(now);
@@ -369,7 +334,7 @@ TEST_F(SettingsWindowTest, controlsCanBePressedAndSteppedThroughTheAccessibility
 TEST_F(SettingsWindowTest, nothingIsWiderThanItsCardAtAnySizeOfText) {
   for (const double scale : {1.0, 1.5, 2.0}) {
     window_.setAppearance({.reducedMotion = true, .textScale = scale});
-    window_.window()->resize(560, 900);
+    window()->resize(560, 900);
     draw();
     auto* form = item("form");
     for (const auto& section : page_.sections)

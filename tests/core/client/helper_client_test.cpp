@@ -9,23 +9,6 @@
 namespace corvane {
 namespace {
 
-TEST(HelperMessages, EveryQuestionComesBackAsItWasAsked) {
-  const HelperQuestion questions[] = {
-      ask::Status{},
-      ask::DiscoverInstalled{},
-      ask::DiscoverWithUpdates{},
-      ask::DiscoverForLabels{.labels = {Label("a-1"), Label("B_2")}, .includeLatestVersions = true},
-      ask::StartPatching{.labels = {Label("a")}, .alsoStageLabels = {Label("b")}},
-      ask::PatchingProgress{},
-  };
-  for (const auto& question : questions) {
-    const HelperRequest request{.id = "7", .question = question};
-    const auto read = parseRequest(composeRequest(request));
-    ASSERT_TRUE(read) << operationName(question);
-    EXPECT_EQ(*read, request);
-  }
-}
-
 TEST(HelperMessages, AnAnswerOfAnotherRequestOrVersionIsNoAnswer) {
   EXPECT_TRUE(parseAnswer(composeAnswer("a", true), "a"));
   EXPECT_FALSE(parseAnswer(composeAnswer("a", true), "b"));

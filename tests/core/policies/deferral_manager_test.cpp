@@ -101,28 +101,17 @@ TEST_F(DeferralManagerTest, SeedsEachSidesDateFromTheAnchorWithinTheCycle) {
 
   config_.deadlineDaysHard = 7;
   manager().seedDeadlineDatesFromAnchor(anchor, std::nullopt);
+  const auto written = domains.user().version;
+  manager().seedDeadlineDatesFromAnchor(anchor, std::nullopt);
+  EXPECT_EQ(domains.user().version, written) << "the same dates again";
   EXPECT_EQ(manager().hardDeadlineDate(), day("2026-10-26")) << "calendar days, also over a clock change";
 
   config_.deadlineDaysFocus.reset();
   config_.deadlineDaysHard.reset();
+  EXPECT_FALSE(manager().hardDeadlineDate()) << "none is shown while the day limit is off";
   manager().seedDeadlineDatesFromAnchor(anchor, std::nullopt);
   EXPECT_FALSE(preferences.readFocusDeferralDate());
   EXPECT_FALSE(manager().getDeferralInfo().hardDeferralDate);
-}
-
-TEST_F(DeferralManagerTest, SeedingTheSameDatesWritesNothing) {
-  config_.deadlineDaysHard = 7;
-  manager().seedDeadlineDatesFromAnchor(day("2026-10-19"), std::nullopt);
-  const auto written = domains.user().version;
-  manager().seedDeadlineDatesFromAnchor(day("2026-10-19"), std::nullopt);
-  EXPECT_EQ(domains.user().version, written);
-}
-
-TEST_F(DeferralManagerTest, ShowsNoHardDateWhileTheDayLimitIsOff) {
-  storeDate("HardDeferralDate", now() + 24h);
-  EXPECT_FALSE(manager().hardDeadlineDate());
-  config_.deadlineDaysHard = 5;
-  EXPECT_TRUE(manager().hardDeadlineDate());
 }
 
 TEST_F(DeferralManagerTest, ResettingKeepsWhatIsArmed) {

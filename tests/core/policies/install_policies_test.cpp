@@ -146,11 +146,5 @@ TEST(PatchErrorFollowUp, FindsTheLabelsThatTheMessageNamesAsFailed) {
     EXPECT_EQ(PatchErrorFollowUp::erroredLabels(message, attempted), errored) << message;
 }
 
-TEST(PatchErrorFollowUp, RetriesUnlessErrorsCompleteTheCycle) {
-  using Decision = PatchErrorFollowUp::Decision;
-  EXPECT_EQ(PatchErrorFollowUp::forUpdateAll(false, 45), Decision(PatchErrorFollowUp::RetryAfterMinutes{45}));
-  EXPECT_EQ(PatchErrorFollowUp::forUpdateAll(true, 45), Decision(PatchErrorFollowUp::MarkCycleComplete{}));
-}
-
 }  // namespace
 }  // namespace corvane

@@ -7,8 +7,6 @@
 #include "core/policies/login_item_agent_policy.h"
 #include "core/policies/login_session.h"
 #include "core/policies/menu_bar_icon_click_policy.h"
-#include "core/policies/network_readiness_checker.h"
-#include "core/policies/running_apps_detector.h"
 #include "core/policies/satisfied_deferral_cycle.h"
 #include "core/policies/self_update_version_check.h"
 #include "core/policies/self_update_version_display.h"
@@ -16,7 +14,6 @@
 #include "platform/scripted/scripted_entropy.h"
 #include "platform/scripted/scripted_files.h"
 #include "platform/scripted/scripted_http_client.h"
-#include "platform/scripted/scripted_running_applications.h"
 #include "platform/scripted/scripted_surroundings.h"
 #include "support/scripted_preferences.h"
 #include "support/test.h"
@@ -123,24 +120,6 @@ TEST(FocusModeDetector, WeighsDoNotDisturbAndWhoKeepsTheDisplayAwake) {
   }
 }
 
-TEST(NetworkReadinessChecker, NeedsALinkAndNoKnownCaptivePortal) {
-  VirtualMachine machine;
-  ScriptedNetworkProbe probe(machine.main());
-  const std::pair<NetworkState, bool> rows[] = {{{true, false}, true},
-                                                {{true, std::nullopt}, true},
-                                                {{true, true}, false},
-                                                {{false, false}, false},
-                                                {{false, std::nullopt}, false}};
-  for (const auto& [state, available] : rows) {
-    probe.state = state;
-    std::optional<bool> answer;
-    NetworkReadinessChecker::isInternetAvailable(probe, [&](bool is) { answer = is; });
-    EXPECT_FALSE(answer.has_value());
-    machine.runUntilIdle();
-    EXPECT_EQ(answer, available);
-  }
-}
-
 TEST(LoginItemAgentPolicy, FollowsTheSettingsUnlessTheOrganisationHasItsOwnAgent) {
   using Policy = LoginItemAgentPolicy;
   for (const bool open : {false, true})
@@ -162,19 +141,6 @@ TEST(MenuBarIconClickPolicy, AClickThatClosesThePanelDoesNotOpenItAgain) {
   EXPECT_EQ(Policy::action(mouseDown, false, false), (Policy::Decision{deliver, false}));
   EXPECT_EQ(Policy::action(mouseUp, true, false), (Policy::Decision{deliver, false}));
   EXPECT_EQ(Policy::action(mouseDown, false, true), (Policy::Decision{deliver, false})) << "a release that never came";
-}
-
-TEST(RunningAppsDetector, ListsBundlesAndNeverTakesAnUnreadableTableForNothing) {
-  ScriptedRunningApplications applications;
-  applications.open("/Applications/Quill.app");
-  applications.open("/Applications/Quill.app");
-  applications.add({.pid = 9, .executable = "/usr/bin/zsh"});
-  const RunningAppsDetector detector(applications);
-  const auto paths = detector.runningAppBundlePathsIfEnumerable();
-  ASSERT_TRUE(paths);
-  EXPECT_EQ(*paths, (std::set<std::string, std::less<>>{"/Applications/Quill.app"}));
-  applications.setReadable(false);
-  EXPECT_FALSE(detector.runningAppBundlePathsIfEnumerable());
 }
 
 TEST(StartupJitter, SpreadsOverTheWholeSpanAndFallsBackWithoutOne) {

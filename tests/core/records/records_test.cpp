@@ -10,20 +10,6 @@ using testing::HasSubstr;
 
 Date at(std::string_view text) { return *parseIso8601(text); }
 
-TEST(Labels, JoinAndLoseRepetitions) {
-  const Labels labels{Label("quill"), Label("ember"), Label("quill")};
-  EXPECT_EQ(joined(labels), "quill, ember, quill");
-  EXPECT_EQ(joined({}), "");
-  EXPECT_EQ(joined(withoutDuplicates(labels), " "), "quill ember");
-}
-
-TEST(Enumerations, ReadRawStringsInAnyCase) {
-  EXPECT_EQ(caseFromRaw<VersionComparisonMethod>("equal_to"), VersionComparisonMethod::equalTo);
-  EXPECT_EQ(caseFromRaw<BackgroundPatchSchedulerMode>("HELPERDAEMON"), BackgroundPatchSchedulerMode::helperDaemon);
-  EXPECT_EQ(caseFromRaw<OrdinalValue>("last"), std::nullopt);
-  EXPECT_EQ(caseFromRaw<OrdinalValue>(""), std::nullopt);
-}
-
 TEST(AppInfo, DisplayNameIsTheBundleWhenInstalledElseTheLabelsName) {
   AppInfo app{.label = Label("quill"), .name = "Quill Editor", .appName = "Quill.app"};
   EXPECT_FALSE(app.isInstalled());
