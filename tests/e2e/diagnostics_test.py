@@ -105,9 +105,9 @@ class Diagnostics(sample_mac.SampleMacTest):
             log.truncate(256 << 20)  # takes its time, and no room here
         output = ["--output", self.root / "x.zip"]
         copying, zipping = 1, 2  # what the staging folder holds then
-        for program, entries, told in (([PROGRAM, "--generate-diagnostic-bundle"], copying, signal.SIGINT),
-                                       ([PROGRAM.with_name("corvanectl"), "bundle"], zipping, signal.SIGINT),
-                                       ([PROGRAM.with_name("corvanectl"), "bundle"], zipping, signal.SIGTERM)):
+        for program, entries, told in (([sample_mac.PROGRAM, "--generate-diagnostic-bundle"], copying, signal.SIGINT),
+                                       ([sample_mac.PROGRAM.with_name("corvanectl"), "bundle"], zipping, signal.SIGINT),
+                                       ([sample_mac.PROGRAM.with_name("corvanectl"), "bundle"], zipping, signal.SIGTERM)):
             with self.subTest(program=program[0].name, entries=entries, told=told):
                 process = subprocess.Popen([*program, *output], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                            stderr=subprocess.PIPE, text=True, env=self.environment(),
