@@ -331,6 +331,14 @@ TEST_F(SettingsWindowTest, controlsCanBePressedAndSteppedThroughTheAccessibility
   EXPECT_EQ(fact->text(QAccessible::Name).toStdString(), "Operational: No");
 }
 
+TEST_F(SettingsWindowTest, aFactTooLongForItsSideTakesTheWholeRowBelowItsLabel) {
+  shown("version").value = "workplace-service-desk.regional-infrastructure@updates.example-foundation.org";
+  show();
+  auto* fact = item("control:version");
+  EXPECT_EQ(fact->x(), 0);
+  EXPECT_EQ(fact->width(), fact->parentItem()->width());
+}
+
 TEST_F(SettingsWindowTest, nothingIsWiderThanItsCardAtAnySizeOfText) {
   for (const double scale : {1.0, 1.5, 2.0}) {
     window_.setAppearance({.reducedMotion = true, .textScale = scale});

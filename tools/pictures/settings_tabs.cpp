@@ -68,15 +68,15 @@ Seen byItsUser() {
   return {.managed = {},
           .user = {{"GitHubAPIAuthEnabled", true},
                    {"InstallomatorOptions", "LOGO=/Library/Logos/icon.icns"},
-                   {"BusinessHoursStart", "09:00"},
-                   {"BusinessHoursEnd", "17:00"},
+                   {"BusinessHoursStartTime", "09:00"},
+                   {"BusinessHoursEndTime", "17:00"},
                    {"IgnoredLabels", PlistArray{"zoom*", "googlechrome"}},
                    {"WebhookURLSlack", "https://hooks.example.com/services/T0/B0/secret"}}};
 }
 
 Seen byItsOrganisation() {
   auto seen = byItsUser();
-  seen.managed = {{"SettingsLocked", true},
+  seen.managed = {{"LockSettings", true},
                   {"SupportTeamName", "Regional Infrastructure and Workplace Service Desk of the Example Foundation"},
                   {"SupportTeamPhone", "+49 30 1234567"},
                   {"SupportTeamEmail", "workplace-service-desk.regional-infrastructure@example-foundation.org"},

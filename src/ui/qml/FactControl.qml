@@ -23,7 +23,7 @@ Item {
         color: Theme.role(root.row.color)
         font.pixelSize: Theme.textSize
         textFormat: TextEdit.PlainText
-        horizontalAlignment: TextEdit.AlignRight
+        horizontalAlignment: root.row.stacked ? TextEdit.AlignLeft : TextEdit.AlignRight
         wrapMode: TextEdit.Wrap
         readOnly: true
         selectByMouse: true

@@ -35,9 +35,8 @@ Item {
 
     readonly property real wanted: control.item && !fillsTheRow && !isField ? control.item.implicitWidth : 0
     readonly property bool stacked: fillsTheRow || (isField ? width < Theme.scaled(480) : wanted > form.width * 0.68)
-    readonly property real controlWidth: fillsTheRow || (isField && stacked) ? form.width
+    readonly property real controlWidth: fillsTheRow || (stacked && (isField || kind === "fact")) ? form.width
                                        : isField ? form.width * 0.56
-                                       : kind === "fact" ? Math.min(wanted, form.width * 0.6)
                                        : Math.min(wanted, form.width)
 
     implicitHeight: Math.max(Theme.scaled(48), form.height + 2.5 * Theme.grid)
