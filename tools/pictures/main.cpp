@@ -37,7 +37,7 @@ bool draw(const PageState& state, const DeferralPromptPage& prompt, const std::f
   bridge.setSetupPage(state.setupPage());
   ui::DashboardWindow window(bridge);
   if (!window.ok()) return false;
-  window.setAppearance({.dark = state.dark, .reducedMotion = true});
+  window.setAppearance({.dark = state.dark, .reducedMotion = true, .textScale = state.textScale});
   window.resize(state.width, state.height);
   promptBridge.setPage(prompt);
   window.show();
@@ -67,7 +67,7 @@ bool draw(const LogState& state, const std::filesystem::path& folder) {
 }
 
 bool draw(ui::FloatingPanel& panel, const PromptState& state, const std::filesystem::path& folder) {
-  panel.setAppearance({.dark = state.dark, .reducedMotion = true});
+  panel.setAppearance({.dark = state.dark, .reducedMotion = true, .textScale = state.textScale});
   return panel.show() && save(ui::grabWhole(*panel.window()), folder, state.name);
 }
 

@@ -336,6 +336,8 @@ std::vector<PageState> allPageStates() {
   states.back().height = 480;
   addSized(banner("small-banner", HelperStatus::notRegistered, false), 640, 480);
   addSized(ordinary("wide"), 1920, 1080);
+  addSized(ordinary("large-text"), 1080, 800);
+  states.back().textScale = 1.5;
   for (std::size_t i = 0, light = states.size(); i < light; ++i) {
     states.push_back(states[i]);
     states.back().dark = true;

@@ -28,6 +28,7 @@ struct PageState {
   DashboardCapabilities capabilities;
   std::string statusLine;
   std::string statusSymbol;
+  double textScale = 1;
   int width = 920;
   int height = 680;
   bool dark = false;

@@ -97,6 +97,8 @@ std::vector<PromptState> allPromptStates() {
       {.name = "prompt-long-names", .page = pageOf(longNames(), {})},
       {.name = "prompt-confirmation", .page = confirming},
       {.name = "confirmation-panel", .page = confirming, .inOwnPanel = true},
+      {.name = "prompt-large-text", .page = pageOf(longNames(), {}), .textScale = 1.5},
+      {.name = "confirmation-panel-large-text", .page = confirming, .inOwnPanel = true, .textScale = 1.5},
       {.name = "dashboard-prompt", .page = promptPage(4, normal, DeferralPromptHost::dashboard), .inDashboard = true}};
   const auto light = states;
   for (auto state : light) {

@@ -14,6 +14,7 @@ struct PromptState {
   bool inDashboard = false;
   bool inOwnPanel = false;  // the confirmation alone
   bool dark = false;
+  double textScale = 1;
 };
 
 // A normal prompt of `apps` applications in its own window.

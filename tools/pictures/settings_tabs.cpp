@@ -96,7 +96,7 @@ Seen inTestMode() {
                               .focusCount = 2,
                               .hardCount = 3,
                               .lastActionMessage = "Deferral state reset."};
-  seen.about.diagnosticBundleURL = "/Users/jane/Desktop/Corvane_Diagnostics_2026-11-01_12-00-00.zip";
+  seen.about.diagnosticBundleURL = "/Users/jane/Desktop/Corvane-Diagnostic-2026-11-01-120000.zip";
   seen.about.resetHelperMessage = "Helper registered, but the daemon did not start. Try Reset Helper again.";
   return seen;
 }

@@ -8,10 +8,10 @@ Window {
     required property var bridge
     readonly property QtObject theme: Theme
 
-    width: 480
+    width: Theme.scaled(480)
     height: Math.max(220, Math.ceil(view.implicitHeight) + 2 * Theme.margin)
-    minimumWidth: 440
-    maximumWidth: 600
+    minimumWidth: Theme.scaled(440)
+    maximumWidth: Theme.scaled(600)
     minimumHeight: height
     maximumHeight: height
     title: bridge.windowTitle

@@ -8,7 +8,7 @@ Sheet {
     property string host: "dashboard"
     readonly property bool wanted: bridge.page.visible && bridge.page.host === host
 
-    width: 480
+    width: parent ? Math.min(implicitWidth, parent.width - 2 * Theme.grid) : implicitWidth
     height: Math.min(implicitHeight, parent ? parent.height - 2 * Theme.grid : implicitHeight)
     padding: 0
     color: Theme.window

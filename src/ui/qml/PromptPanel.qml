@@ -9,9 +9,9 @@ Window {
     readonly property QtObject theme: Theme
     readonly property int wantedHeight: Math.ceil(view.implicitHeight)
 
-    width: 480
-    minimumWidth: 480
-    maximumWidth: 480
+    width: Theme.scaled(480)
+    minimumWidth: width
+    maximumWidth: width
     title: bridge.windowTitle
     color: Theme.window
     flags: Qt.Dialog | Qt.WindowTitleHint | Qt.CustomizeWindowHint | Qt.WindowStaysOnTopHint

@@ -10,7 +10,7 @@ FocusScope {
     required property var rows
     required property var actions
 
-    implicitWidth: 480
+    implicitWidth: Theme.scaled(480)
     implicitHeight: (page.confirmation.visible ? confirmation.implicitHeight : prompt.implicitHeight) + 2 * Theme.margin
 
     Accessible.role: Accessible.Dialog

@@ -12,8 +12,8 @@ ApplicationWindow {
 
     width: Math.min(Theme.scaled(720), Screen.desktopAvailableWidth)
     height: Math.min(Theme.scaled(640), Screen.desktopAvailableHeight)
-    minimumWidth: 520
-    minimumHeight: 420
+    minimumWidth: Math.min(Theme.scaled(520), Screen.desktopAvailableWidth)
+    minimumHeight: Math.min(Theme.scaled(420), Screen.desktopAvailableHeight)
     title: page.windowTitle
     color: Theme.window
 
