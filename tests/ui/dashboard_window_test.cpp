@@ -92,6 +92,38 @@ PageState stateNamed(const char* name) {
   return found == states.end() ? PageState() : *found;
 }
 
+// Where an item ends, and where the one that is seen next begins.
+void expectOneAfterTheOther(QQuickItem* parts, Qt::Orientation along, const std::string& where) {
+  ASSERT_NE(parts, nullptr) << where;
+  double end = 0;
+  for (auto* part : parts->childItems()) {
+    if (!part->isVisible()) continue;
+    EXPECT_GE(along == Qt::Vertical ? part->y() : part->x(), end) << where;
+    end = along == Qt::Vertical ? part->y() + part->height() : part->x() + part->width();
+  }
+  EXPECT_LE(end, (along == Qt::Vertical ? parts->height() : parts->width()) + 1) << where;
+}
+
+TEST_F(DashboardWindowTest, nothingOverlapsAndNoNameIsCutWhereThereIsRoomAtAnySizeOfText) {
+  std::erase_if(state_.listed, [](const AppInfo& app) { return app.label != Label("bramble"); });
+  show(state_);
+  for (const double scale : {1.0, 1.5, 2.0})
+    for (const int width : {640, 760, 1080, 1600}) {
+      const auto where = std::to_string(scale) + " in " + std::to_string(width);
+      DashboardWindow fresh(bridge_);  // what it was before its first frame is seen in that frame alone
+      fresh.setAppearance({.reducedMotion = true, .textScale = scale});
+      fresh.resize(width, 960);
+      fresh.window()->show();
+      QCoreApplication::processEvents();
+      (void)fresh.grab();
+      auto* whole = fresh.window()->contentItem();
+      expectOneAfterTheOther(item("statusParts", whole), Qt::Vertical, where);
+      auto* row = item("rowParts", whole);
+      expectOneAfterTheOther(row, Qt::Horizontal, where);
+      EXPECT_FALSE(item("name", row)->property("truncated").toBool()) << where;
+    }
+}
+
 TEST_F(DashboardWindowTest, whyUnfoldsByPointerAndByKeyAndIsCopiedWhole) {
   click(inRow("bramble", "why"));
   EXPECT_EQ(heard(), "why:bramble ");

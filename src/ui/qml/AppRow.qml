@@ -50,6 +50,27 @@ Item {
     Accessible.role: Accessible.ListItem
     Accessible.name: spokenText
 
+    // One after the other; where there is no room for both, each is cut, the second to a third of the line.
+    component TwoTexts: Item {
+        id: texts
+
+        property alias first: first
+        property alias second: second
+        readonly property real kept: second.text === "" ? 0 : Math.min(second.implicitWidth, width * 0.35)
+
+        Layout.fillWidth: true
+        implicitHeight: first.implicitHeight
+        ElidedText {
+            id: first
+            width: Math.min(Math.ceil(implicitWidth) + 1, texts.width - texts.kept - Theme.grid)
+        }
+        ElidedText {
+            id: second
+            x: first.text === "" ? 0 : first.width + Theme.grid
+            width: texts.width - x
+        }
+    }
+
     HoverHandler { id: hover }
 
     Rectangle {
@@ -73,7 +94,7 @@ Item {
     }
 
     RowLayout {
-        id: line
+        objectName: "rowParts"
         x: 2 * Theme.grid
         width: root.width - 4 * Theme.grid
         height: Theme.rowHeight
@@ -86,54 +107,34 @@ Item {
         ColumnLayout {
             Layout.fillWidth: true
             spacing: 3
-            RowLayout {
-                spacing: Theme.grid
-                ElidedText {
-                    Layout.fillWidth: true
-                    Layout.maximumWidth: Math.ceil(implicitWidth) + 1
-                    Layout.minimumWidth: Math.min(implicitWidth, line.width * 0.25)
-                    text: root.name
-                    font.weight: Font.Medium
-                }
-                ElidedText {
-                    Layout.fillWidth: true
-                    Layout.minimumWidth: Math.min(implicitWidth, line.width * 0.2)
-                    text: root.versionText
-                    color: Theme.secondary
-                }
+            TwoTexts {
+                first.objectName: "name"
+                first.text: root.name
+                first.font.weight: Font.Medium
+                second.text: root.versionText
+                second.color: Theme.secondary
             }
-            RowLayout {
-                spacing: Theme.grid
-                ElidedText {
-                    Layout.fillWidth: true
-                    Layout.maximumWidth: Math.ceil(implicitWidth) + 1
-                    visible: root.progressText === "" && root.statusText !== ""
-                    text: root.statusText
-                    color: Theme.role(root.statusColor)
-                    font.pixelSize: Theme.captionSize
-                }
-                ElidedText {
-                    Layout.fillWidth: true
-                    Layout.maximumWidth: Math.ceil(implicitWidth) + 1
-                    visible: root.progressText === "" && root.failureText !== ""
-                    text: root.failureText
-                    color: Theme.red
-                    font.pixelSize: Theme.captionSize
-                }
-                ElidedText {
-                    Layout.fillWidth: true
-                    visible: root.progressText !== ""
-                    text: root.progressText
-                    color: Theme.accentText
-                    font.pixelSize: Theme.captionSize
-                    font.weight: Font.Medium
-                }
-                Item { Layout.fillWidth: true }
+            TwoTexts {
+                visible: root.progressText === ""
+                first.text: root.statusText
+                first.color: Theme.role(root.statusColor)
+                first.font.pixelSize: Theme.captionSize
+                second.text: root.failureText
+                second.color: Theme.red
+                second.font.pixelSize: Theme.captionSize
+            }
+            ElidedText {
+                Layout.fillWidth: true
+                visible: root.progressText !== ""
+                text: root.progressText
+                color: Theme.accentText
+                font.pixelSize: Theme.captionSize
+                font.weight: Font.Medium
             }
         }
         Item {
-            Layout.preferredWidth: 20
-            Layout.preferredHeight: 20
+            implicitWidth: Theme.scaled(20)
+            implicitHeight: implicitWidth
             visible: root.showsStatusIcon
             Accessible.role: Accessible.Graphic
             Accessible.name: root.statusIconHelp
@@ -150,8 +151,8 @@ Item {
             }
         }
         Item {
-            Layout.preferredWidth: 104
-            Layout.preferredHeight: 32
+            implicitWidth: 3 * Theme.controlHeight + 2 * Theme.inset
+            implicitHeight: Theme.controlHeight
             Row {
                 anchors.right: parent.right
                 spacing: Theme.inset

@@ -12,7 +12,8 @@ ApplicationWindow {
     width: 920
     height: 680
     minimumWidth: 640
-    minimumHeight: 480
+    // Head, pills, filter and a row of the list.
+    minimumHeight: Math.min(Math.max(480, Theme.scaled(420)), Screen.desktopAvailableHeight)
     title: bridge.windowTitle
     color: Theme.window
 

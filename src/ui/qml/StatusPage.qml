@@ -10,19 +10,24 @@ Item {
     required property var actions
 
     readonly property bool narrow: width < 640
+    readonly property int margin: narrow ? 2 * Theme.grid : Theme.margin
 
     function focusFilter() { filters.takeFocus() }
 
     ColumnLayout {
+        objectName: "statusParts"
         anchors.fill: parent
-        anchors.margins: root.narrow ? 2 * Theme.grid : Theme.margin
+        anchors.margins: root.margin
         anchors.bottomMargin: 1.5 * Theme.grid
         spacing: root.narrow ? 1.5 * Theme.grid : 2 * Theme.grid
 
         // Beside the buttons while the title has room there, else above them.
+        // Told from widths that stand before anything is laid out.
         GridLayout {
+            readonly property real wanted: title.implicitWidth + discover.implicitWidth + check.implicitWidth
+                                           + updateAll.implicitWidth + 3 * Theme.grid
             Layout.fillWidth: true
-            columns: width - buttons.implicitWidth - columnSpacing >= title.implicitWidth ? 2 : 1
+            columns: root.width - 2 * root.margin >= wanted ? 2 : 1
             columnSpacing: Theme.grid
             rowSpacing: Theme.grid
             ColumnLayout {
@@ -47,20 +52,22 @@ Item {
                 }
             }
             RowLayout {
-                id: buttons
                 spacing: Theme.grid
                 ActionButton {
+                    id: discover
                     objectName: "discover"
                     button: root.page.discover
                     onClicked: root.actions.discoverInstalledApps()
                 }
                 ActionButton {
+                    id: check
                     objectName: "check"
                     button: root.page.check
                     primary: !root.page.updateAll.enabled
                     onClicked: root.actions.checkForUpdates()
                 }
                 ActionButton {
+                    id: updateAll
                     objectName: "updateAll"
                     button: root.page.updateAll
                     primary: true

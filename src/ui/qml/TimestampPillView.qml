@@ -9,7 +9,7 @@ Rectangle {
     property bool slim: false
 
     implicitWidth: line.implicitWidth + 20
-    implicitHeight: slim ? 20 : 26
+    implicitHeight: Theme.scaled(slim ? 20 : 26)
     radius: height / 2
     color: Theme.sidebar
 
