@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -27,14 +26,19 @@ std::unexpected<Error> trouble(std::string_view doing, const std::filesystem::pa
   return std::unexpected(std::move(error));
 }
 
+// A record lock: it is this process's alone. A lock on the open file would pass to every child, and one that a
+// killed helper has forked but that has not come to its exec would keep the next helper out.
 Result<int> lockBeside(const std::filesystem::path& socket) {
   const auto path = socket.parent_path() / "helper.lock";
   const int fd = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
   if (fd < 0) return trouble("opening", path, errno);
-  if (flock(fd, LOCK_EX | LOCK_NB) == 0) return fd;
+  struct flock whole {};
+  whole.l_type = F_WRLCK;
+  whole.l_whence = SEEK_SET;
+  if (fcntl(fd, F_SETLK, &whole) == 0) return fd;
   const int reason = errno;
   close(fd);
-  if (reason == EWOULDBLOCK)
+  if (reason == EAGAIN || reason == EACCES)
     return failure(kDomain, EALREADY, fmt::format("another helper serves {}", socket.parent_path().string()));
   return trouble("locking", path, reason);
 }

@@ -2,7 +2,10 @@
 #include "helper/helper_listener.h"
 
 #include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
+
+#include <csignal>
 
 #include "platform/posix/system_clock.h"
 #include "platform/scripted/virtual_time.h"
@@ -197,6 +200,17 @@ TEST_F(ListenerFixture, AnAnswerThatIsTooLargeIsRefusedUnderItsRequestsId) {
   ask(fd, "huge");
   EXPECT_EQ(codeFor(fd, "huge"), static_cast<int>(HelperErrorCode::tooLarge));
   close(fd);
+}
+
+TEST_F(ListenerFixture, IsFreeOnceItsProcessIsGoneThoughAForkedChildHasNotComeToItsExec) {
+  const auto child = fork();
+  if (child == 0) {
+    pause();
+    _exit(0);
+  }
+  EXPECT_NO_THROW(openWithIdleLimit(kPeerIdleLimit));
+  kill(child, SIGKILL);
+  waitpid(child, nullptr, 0);
 }
 
 }  // namespace
