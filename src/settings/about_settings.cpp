@@ -4,9 +4,8 @@
 
 #include <utility>
 
-#include "base/ascii.h"
 #include "base/localized.h"
-#include "base/plist.h"
+#include "core/discovery/mac_release.h"
 
 namespace corvane {
 namespace {
@@ -40,22 +39,12 @@ std::string versionOf(const OwnBundle& bundle) {
   return build ? fmt::format("{} ({})", version, *build) : version;
 }
 
-std::optional<std::string> systemVersion(const Files& files, const CorvaneConstants& places) {
-  const auto bytes = files.read(places.root / "System/Library/CoreServices/SystemVersion.plist");
-  const auto document = bytes ? parsePlist(*bytes) : std::unexpected(bytes.error());
-  const auto* values = document ? document->root.dict() : nullptr;
-  if (values == nullptr) return std::nullopt;
-  const auto found = values->find("ProductVersion");
-  const auto text = found == values->end() ? std::nullopt : found->second.string();
-  return text && !trimmed(*text).empty() ? std::optional<std::string>(*text) : std::nullopt;
-}
-
 }  // namespace
 
 AboutSettings::AboutSettings(Services services, std::function<void()> changed)
     : s_(std::move(services)), log_(s_.log, "AboutSettings"), changed_(std::move(changed)) {
   state_.version = versionOf(s_.bundle);
-  state_.systemVersion = systemVersion(s_.files, s_.places);
+  if (auto release = macRelease(s_.files, s_.places)) state_.systemVersion = std::move(release->version);
   state_.canGenerateDiagnostics = static_cast<bool>(s_.generateDiagnostics);
   state_.hasLoginAgent = s_.loginAgent != nullptr;
   look();

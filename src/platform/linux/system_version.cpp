@@ -3,30 +3,14 @@
 #include <sys/utsname.h>
 
 #include <algorithm>
-#include <optional>
 #include <string_view>
 
 #include "base/atomic_file.h"
-#include "base/plist.h"
 
 namespace corvane {
 namespace {
 
 constexpr std::size_t kReleaseLimit = 64U << 10U;
-
-std::optional<std::string> versionOfMac(const std::filesystem::path& root) {
-  const auto bytes = readFile(root / "System/Library/CoreServices/SystemVersion.plist", kReleaseLimit);
-  const auto document = bytes ? parsePlist(*bytes) : std::unexpected(bytes.error());
-  const auto* values = document ? document->root.dict() : nullptr;
-  const auto text = [&](std::string_view key) {
-    const auto found = values->find(key);
-    return found == values->end() ? std::nullopt : found->second.string();
-  };
-  const auto version = values ? text("ProductVersion") : std::nullopt;
-  if (!version) return std::nullopt;
-  const auto build = text("ProductBuildVersion");
-  return "Version " + std::string(*version) + (build ? " (Build " + std::string(*build) + ")" : "");
-}
 
 // PRETTY_NAME="Debian GNU/Linux 12 (bookworm)", with quotes or without.
 std::string prettyName(std::string_view text) {
@@ -45,8 +29,7 @@ std::string prettyName(std::string_view text) {
 
 }  // namespace
 
-std::string systemVersion(const std::filesystem::path& root) {
-  if (auto version = versionOfMac(root)) return *version;
+std::string systemVersion() {
   const auto text = readFile("/etc/os-release", kReleaseLimit);
   auto name = text ? prettyName(*text) : std::string();
   utsname kernel{};

@@ -1,5 +1,6 @@
 #include "programs/user/user_diagnostics.h"
 
+#include "core/discovery/mac_release.h"
 #include "platform/linux/system_version.h"
 #include "platform/linux/utmp_console_sessions.h"
 #include "programs/user/user_places.h"
@@ -29,6 +30,15 @@ std::filesystem::path temporaryFolder() {
   return none ? "/tmp" : folder;
 }
 
+// What the root says it is: a Mac, or else the Linux system this runs on.
+std::string operatingSystem(const Files& files, const CorvaneConstants& places) {
+  const auto release = macRelease(files, places);
+  if (!release) return systemVersion();
+  auto text = "Version " + release->version;
+  if (release->build) text += " (Build " + *release->build + ")";
+  return text;
+}
+
 }  // namespace
 
 UserDiagnostics::UserDiagnostics(UserMachine& machine, const Services& services)
@@ -49,7 +59,7 @@ UserDiagnostics::UserDiagnostics(UserMachine& machine, const Services& services)
                .receipts = services.receipts,
                .log = machine.log,
                .places = machine.places,
-               .operatingSystem = systemVersion(machine.places.root),
+               .operatingSystem = operatingSystem(machine.files, machine.places),
                .temporaryFolder = temporaryFolder()}) {}
 
 HomeOf UserDiagnostics::homes() const {
