@@ -50,27 +50,6 @@ Item {
     Accessible.role: Accessible.ListItem
     Accessible.name: spokenText
 
-    // One after the other; where there is no room for both, each is cut, the second to a third of the line.
-    component TwoTexts: Item {
-        id: texts
-
-        property alias first: first
-        property alias second: second
-        readonly property real kept: second.text === "" ? 0 : Math.min(second.implicitWidth, width * 0.35)
-
-        Layout.fillWidth: true
-        implicitHeight: first.implicitHeight
-        ElidedText {
-            id: first
-            width: Math.min(Math.ceil(implicitWidth) + 1, texts.width - texts.kept - Theme.grid)
-        }
-        ElidedText {
-            id: second
-            x: first.text === "" ? 0 : first.width + Theme.grid
-            width: texts.width - x
-        }
-    }
-
     HoverHandler { id: hover }
 
     Rectangle {

@@ -31,22 +31,13 @@ Item {
         ColumnLayout {
             Layout.fillWidth: true
             spacing: 3
-            RowLayout {
-                Layout.fillWidth: true
-                spacing: Theme.grid
-                ElidedText {
-                    Layout.fillWidth: true
-                    text: root.name
-                    font.weight: Font.Medium
-                    horizontalAlignment: Text.AlignLeft
-                }
-                ElidedText {
-                    Layout.maximumWidth: root.width * 0.36
-                    text: root.versions
-                    elide: Text.ElideMiddle
-                    color: Theme.secondary
-                    font.pixelSize: Theme.captionSize
-                }
+            TwoTexts {
+                toTheEdge: true
+                first.text: root.name
+                first.font.weight: Font.Medium
+                second.text: root.versions
+                second.color: Theme.secondary
+                second.font.pixelSize: Theme.captionSize
             }
             ElidedText {
                 Layout.fillWidth: true
